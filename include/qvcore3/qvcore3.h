@@ -1,0 +1,313 @@
+#ifndef QVCORE3_QVCORE3_H
+#define QVCORE3_QVCORE3_H
+
+/*
+ * qvcore3: the platform layer under qvcl3. Plain C-callable functions with the
+ * prefix QV. Every operation that can fail returns a result code (0 success,
+ * negative failure) and never throws. Only this layer calls the operating
+ * system.
+ *
+ * Handles are opaque 32-bit values. A stale or never-issued handle is reported
+ * as QV_E_INVALIDARG, never dereferenced.
+ */
+
+#include <stddef.h>
+#include <stdint.h>
+
+#if defined(__GNUC__)
+#define QVCORE3_API __attribute__((visibility("default")))
+#else
+#define QVCORE3_API
+#endif
+
+#ifdef __cplusplus
+#define QVCORE3_NOEXCEPT noexcept
+extern "C" {
+#else
+#define QVCORE3_NOEXCEPT
+#endif
+
+typedef int32_t QVRESULT;
+typedef int32_t QVHANDLE;
+
+#define QV_INVALID_HANDLE ((QVHANDLE)-1)
+
+#define QV_S_OK ((QVRESULT)0)
+#define QV_S_FALSE ((QVRESULT)1)
+#define QV_E_FAIL ((QVRESULT)0x80004005)
+#define QV_E_OUTOFMEMORY ((QVRESULT)0x8007000E)
+#define QV_E_INVALIDARG ((QVRESULT)0x80070057)
+#define QV_E_NOTIMPL ((QVRESULT)0x80004001)
+#define QV_E_NOINTERFACE ((QVRESULT)0x80004002)
+#define QV_E_POINTER ((QVRESULT)0x80004003)
+#define QV_E_ILLEGAL_METHOD_CALL ((QVRESULT)0x80004007)
+#define QV_E_BUFFER_TOO_SMALL ((QVRESULT)0x80004009)
+#define QV_E_NOAGGREGATION ((QVRESULT)0x80040110)
+#define QV_E_CLASSNOTAVAILABLE ((QVRESULT)0x80040111)
+#define QV_E_FILE_NOT_FOUND ((QVRESULT)0x80070002)
+#define QV_E_ACCESSDENIED ((QVRESULT)0x80070005)
+#define QV_E_HANDLE_EOF ((QVRESULT)0x80070026)
+#define QV_E_ALREADY_EXISTS ((QVRESULT)0x800700B7)
+#define QV_E_TIMEOUT ((QVRESULT)0x800705B4)
+/* A try operation found the object taken; not a fault of the caller. */
+#define QV_E_BUSY ((QVRESULT)0x800700AA)
+
+#define QV_SUCCEEDED(r) ((QVRESULT)(r) >= 0)
+#define QV_FAILED(r) ((QVRESULT)(r) < 0)
+
+/* ---- errors ------------------------------------------------------------ */
+
+/* errno to result code: ENOENT, ENOMEM, EINVAL, EACCES, EEXIST, ETIMEDOUT have
+   their own codes; anything else is 0x80070000 | errno. 0 gives 0. */
+QVCORE3_API QVRESULT QVResultFromNative(int32_t nativeError) QVCORE3_NOEXCEPT;
+/* The calling thread's errno. */
+QVCORE3_API int32_t QVLastNativeError(void) QVCORE3_NOEXCEPT;
+
+/* ---- memory ------------------------------------------------------------ */
+
+QVCORE3_API void* QVMemAlloc(size_t size) QVCORE3_NOEXCEPT;
+QVCORE3_API void* QVMemRealloc(void* block, size_t size) QVCORE3_NOEXCEPT;
+QVCORE3_API void QVMemFree(void* block) QVCORE3_NOEXCEPT;
+
+typedef void (*QVNewHandler)(void);
+/* Installs handler as the C++ new-handler; returns the one it replaces. */
+QVCORE3_API QVNewHandler QVSetNewHandler(QVNewHandler handler) QVCORE3_NOEXCEPT;
+
+/* ---- synchronisation ----------------------------------------------------- */
+/* name: optional label (may be null), kept for diagnostics.
+   flags: reserved, pass 0.
+   Mutexes are recursive for their owning thread. */
+
+QVCORE3_API QVRESULT QVMutexCreate(const char* name, uint32_t flags, QVHANDLE* handle) QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVMutexAcquire(QVHANDLE handle) QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVMutexTryAcquire(QVHANDLE handle) QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVMutexRelease(QVHANDLE handle) QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVMutexDestroy(QVHANDLE handle) QVCORE3_NOEXCEPT;
+
+/* A condition variable with its own lock. */
+QVCORE3_API QVRESULT QVConditionCreate(const char* name, uint32_t flags, QVHANDLE* handle) QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVConditionAcquire(QVHANDLE handle) QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVConditionRelease(QVHANDLE handle) QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVConditionWait(QVHANDLE handle) QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVConditionTimedWait(QVHANDLE handle, uint32_t milliseconds) QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVConditionSignal(QVHANDLE handle) QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVConditionBroadcast(QVHANDLE handle) QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVConditionDestroy(QVHANDLE handle) QVCORE3_NOEXCEPT;
+
+/* Reader-writer lock. Either release ends either kind of hold: the
+   thread-safe buffers take a read lock and give it back through the write
+   release. */
+QVCORE3_API QVRESULT QVRWLockCreate(const char* name, uint32_t flags, QVHANDLE* handle) QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVRWLockAcquireRead(QVHANDLE handle) QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVRWLockTryAcquireRead(QVHANDLE handle) QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVRWLockReleaseRead(QVHANDLE handle) QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVRWLockAcquireWrite(QVHANDLE handle) QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVRWLockTryAcquireWrite(QVHANDLE handle) QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVRWLockReleaseWrite(QVHANDLE handle) QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVRWLockDestroy(QVHANDLE handle) QVCORE3_NOEXCEPT;
+
+/* A gate stays open, letting every waiter through, until it is closed.
+   It is created closed. */
+QVCORE3_API QVRESULT QVGateCreate(const char* name, uint32_t flags, QVHANDLE* handle) QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVGateWait(QVHANDLE handle) QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVGateTryWait(QVHANDLE handle) QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVGateTimedWait(QVHANDLE handle, uint32_t milliseconds) QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVGateOpen(QVHANDLE handle) QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVGateClose(QVHANDLE handle) QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVGateDestroy(QVHANDLE handle) QVCORE3_NOEXCEPT;
+
+/* Auto-reset event: a signal releases exactly one wait, now or later. */
+QVCORE3_API QVRESULT QVEventCreate(const char* name, uint32_t flags, QVHANDLE* handle) QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVEventWait(QVHANDLE handle) QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVEventTimedWait(QVHANDLE handle, uint32_t milliseconds) QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVEventSignal(QVHANDLE handle) QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVEventDestroy(QVHANDLE handle) QVCORE3_NOEXCEPT;
+
+/* Counting semaphore. Wait, TryWait, Post and GetValue also accept a handle
+   from QVNamedSemOpen. */
+QVCORE3_API QVRESULT QVSemaphoreCreate(uint32_t initialCount, const char* name, uint32_t flags, QVHANDLE* handle) QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVSemaphoreWait(QVHANDLE handle) QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVSemaphoreTryWait(QVHANDLE handle) QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVSemaphorePost(QVHANDLE handle) QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVSemaphoreGetValue(QVHANDLE handle, int32_t* value) QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVSemaphoreDestroy(QVHANDLE handle) QVCORE3_NOEXCEPT;
+
+/* Named semaphore shared between processes (created with initialCount when it
+   does not exist yet, opened otherwise). */
+QVCORE3_API QVRESULT QVNamedSemOpen(const char* name, uint32_t initialCount, QVHANDLE* handle) QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVNamedSemClose(QVHANDLE handle) QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVNamedSemUnlink(const char* name) QVCORE3_NOEXCEPT;
+
+/* ---- threads ------------------------------------------------------------- */
+
+typedef void* (*QVThreadEntry)(void* argument);
+
+/* stackSize 0: the platform default. flags: reserved, pass 0. */
+QVCORE3_API QVRESULT QVThreadCreate(QVThreadEntry entry, void* argument, uint32_t flags, uint32_t stackSize,
+                                    QVHANDLE* handle, uint32_t* threadId) QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVThreadJoin(QVHANDLE handle, void** result) QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVThreadDetach(QVHANDLE handle) QVCORE3_NOEXCEPT;
+QVCORE3_API uint32_t QVThreadGetCurrentId(void) QVCORE3_NOEXCEPT;
+QVCORE3_API void QVThreadSleep(uint32_t milliseconds) QVCORE3_NOEXCEPT;
+
+/* ---- processes ----------------------------------------------------------- */
+
+/* Flags of QVProcessCreate: which of the child's standard streams get a pipe
+   back to the parent. Streams without a pipe are inherited. */
+#define QV_PROCESS_PIPE_STDIN 0x1u
+#define QV_PROCESS_PIPE_STDOUT 0x2u
+#define QV_PROCESS_PIPE_STDERR 0x4u
+
+/* The parent's ends of the child's pipes, as file descriptors usable with
+   QVFileRead / QVFileWrite / QVFileClose; -1 where no pipe was asked for. The
+   caller owns them. */
+typedef struct STRUCT_QV_PROCESS_PIPES {
+    int32_t stdinWrite;
+    int32_t stdoutRead;
+    int32_t stderrRead;
+} STRUCT_QV_PROCESS_PIPES;
+
+/* program: path of the executable (searched on PATH when it has no slash).
+   arguments: one string split into argv[1..] by the Windows command-line
+   rules; may be null. directory and environment (null-terminated array of
+   "NAME=value") may be null to inherit. Never runs a shell. */
+QVCORE3_API QVRESULT QVProcessCreate(const char16_t* program, const char16_t* arguments, const char16_t* directory,
+                                     const char16_t* const* environment, uint32_t flags,
+                                     STRUCT_QV_PROCESS_PIPES* pipes, QVHANDLE* handle) QVCORE3_NOEXCEPT;
+/* Blocks until the child ends; the handle is then gone. A child killed by a
+   signal reports 128 + the signal number. */
+QVCORE3_API QVRESULT QVProcessJoin(QVHANDLE handle, int32_t* exitCode) QVCORE3_NOEXCEPT;
+/* Never blocks: QV_S_OK with the exit code when the child has ended (the
+   handle stays valid for join), QV_S_FALSE while it runs. */
+QVCORE3_API QVRESULT QVProcessGetExitCode(QVHANDLE handle, int32_t* exitCode) QVCORE3_NOEXCEPT;
+/* Lets the child run on unwatched; the handle is gone. */
+QVCORE3_API QVRESULT QVProcessDetach(QVHANDLE handle) QVCORE3_NOEXCEPT;
+QVCORE3_API uint32_t QVProcessGetCurrentId(void) QVCORE3_NOEXCEPT;
+
+/* Splits a command line by the Windows rules (quotes, backslashes before
+   quotes, "" inside quotes). On success *argv is an array of *argc
+   NUL-terminated strings followed by a null pointer, freed with
+   QVCommandLineFree. */
+QVCORE3_API QVRESULT QVCommandLineSplit(const char16_t* commandLine, char16_t*** argv, int32_t* argc) QVCORE3_NOEXCEPT;
+QVCORE3_API void QVCommandLineFree(char16_t** argv) QVCORE3_NOEXCEPT;
+
+/* ---- file descriptors (pipes of child processes) ------------------------- */
+
+/* Reads at most size bytes; *done is 0 at end of stream. */
+QVCORE3_API QVRESULT QVFileRead(int32_t fd, void* data, uint32_t size, uint32_t* done) QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVFileWrite(int32_t fd, const void* data, uint32_t size, uint32_t* done) QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVFileClose(int32_t fd) QVCORE3_NOEXCEPT;
+
+/* ---- shared libraries ---------------------------------------------------- */
+
+/* The handle of the shared object that contains address (for a library's own
+   module handle). */
+QVCORE3_API QVRESULT QVModuleGetHandle(const void* address, QVHANDLE* module) QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVModuleSetInitialized(QVHANDLE module, int32_t initialized) QVCORE3_NOEXCEPT;
+QVCORE3_API int32_t QVModuleIsInitialized(QVHANDLE module) QVCORE3_NOEXCEPT;
+/* module: the module asking (may be QV_INVALID_HANDLE); path is UTF-16. */
+QVCORE3_API QVRESULT QVModuleLibOpen(QVHANDLE module, const char16_t* path, QVHANDLE* library) QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVLibGetSymbol(QVHANDLE library, const char16_t* name, void** address) QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVModuleLibClose(QVHANDLE library) QVCORE3_NOEXCEPT;
+
+/* ---- shared memory ------------------------------------------------------- */
+
+#define QV_SHAREDMEM_CREATE 0x1u
+
+/* Opens (or, with QV_SHAREDMEM_CREATE, creates when absent) a named region of
+   size bytes. */
+QVCORE3_API QVRESULT QVSharedMemOpen(const char* name, uint32_t size, uint32_t flags, QVHANDLE* handle) QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVSharedMemMap(QVHANDLE handle, void** address) QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVSharedMemUnmap(QVHANDLE handle) QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVSharedMemClose(QVHANDLE handle) QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVSharedMemUnlink(const char* name) QVCORE3_NOEXCEPT;
+
+/* ---- UTF-16 string primitives -------------------------------------------- */
+/* Case mapping covers Basic Latin, Latin-1, Latin Extended-A/B, Greek and
+   Cyrillic, whatever the C locale. Null strings count as empty. */
+
+QVCORE3_API int32_t QVStrLenW(const char16_t* text) QVCORE3_NOEXCEPT;
+QVCORE3_API int32_t QVStrLenA(const char* text) QVCORE3_NOEXCEPT;
+QVCORE3_API char16_t* QVStrCpyW(char16_t* destination, const char16_t* source) QVCORE3_NOEXCEPT;
+/* Copies at most count units and pads with NULs up to count, like strncpy. */
+QVCORE3_API char16_t* QVStrNCpyW(char16_t* destination, const char16_t* source, int32_t count) QVCORE3_NOEXCEPT;
+/* Unit by unit as unsigned 16-bit numbers: <0, 0, >0. */
+QVCORE3_API int32_t QVStrCmpW(const char16_t* a, const char16_t* b) QVCORE3_NOEXCEPT;
+/* First occurrence of unit in text, or null; the terminating NUL is not found. */
+QVCORE3_API const char16_t* QVStrChrW(const char16_t* text, char16_t unit) QVCORE3_NOEXCEPT;
+/* Compares at most count units after lower-casing both: <0, 0, >0. */
+QVCORE3_API int32_t QVStrNICmpW(const char16_t* a, const char16_t* b, int32_t count) QVCORE3_NOEXCEPT;
+QVCORE3_API char16_t* QVStrToLowerW(char16_t* text) QVCORE3_NOEXCEPT;
+QVCORE3_API char16_t* QVStrToUpperW(char16_t* text) QVCORE3_NOEXCEPT;
+/* Same as the two above over an explicit length (the text may hold NULs). */
+QVCORE3_API void QVStrToLowerNW(char16_t* text, int32_t length) QVCORE3_NOEXCEPT;
+QVCORE3_API void QVStrToUpperNW(char16_t* text, int32_t length) QVCORE3_NOEXCEPT;
+QVCORE3_API char16_t QVToLowerW(char16_t unit) QVCORE3_NOEXCEPT;
+QVCORE3_API char16_t QVToUpperW(char16_t unit) QVCORE3_NOEXCEPT;
+/* Like atoi: leading white space, optional sign, decimal digits; stops at the
+   first other unit; 0 when there is no number. Overflow wraps. */
+QVCORE3_API int32_t QVStrToIW(const char16_t* text) QVCORE3_NOEXCEPT;
+/* Like strtoul (radix 0 or 2..36; a leading '-' negates modulo 2^32). end may
+   be null. */
+QVCORE3_API uint32_t QVStrToULW(const char16_t* text, const char16_t** end, int32_t radix) QVCORE3_NOEXCEPT;
+/* Like strtod in the "C" locale. end may be null. */
+QVCORE3_API double QVStrToDW(const char16_t* text, const char16_t** end) QVCORE3_NOEXCEPT;
+/* UTF-16 to the default narrow encoding (QVGetDefaultCharEncoding's), with '?'
+   for what it can't represent. length -1: NUL-terminated. Writes at most
+   capacity bytes including the NUL; *written excludes the NUL.
+   QV_E_BUFFER_TOO_SMALL when it does not fit. */
+QVCORE3_API QVRESULT QVUnicodeToAnsi(const char16_t* text, int32_t length, char* destination, int32_t capacity,
+                                     int32_t* written) QVCORE3_NOEXCEPT;
+
+/* ---- encodings and time -------------------------------------------------- */
+
+/* The process locale's code set as a codec-table name ("ASCII", "UTF-8",
+   "ISO8859_1", ...), NUL-terminated into capacity units. */
+QVCORE3_API QVRESULT QVGetDefaultCharEncoding(char16_t* name, int32_t capacity) QVCORE3_NOEXCEPT;
+
+typedef struct STRUCT_QV_TIME {
+    uint16_t wYear;
+    uint16_t wMonth;
+    uint16_t wDayOfWeek;
+    uint16_t wDay;
+    uint16_t wHour;
+    uint16_t wMinute;
+    uint16_t wSecond;
+    uint16_t wMilliseconds;
+} STRUCT_QV_TIME;
+
+QVCORE3_API QVRESULT QVTimeGetLocal(STRUCT_QV_TIME* time) QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVTimeGetSystem(STRUCT_QV_TIME* time) QVCORE3_NOEXCEPT;
+/* Seconds since the POSIX epoch to local (local != 0) or UTC time. */
+QVCORE3_API QVRESULT QVTimeFromPosix(int64_t seconds, int32_t local, STRUCT_QV_TIME* time) QVCORE3_NOEXCEPT;
+
+/* ---- sockets ------------------------------------------------------------- */
+
+/* errno (or the last resolver result recorded by the networking layer)
+   translated into the Windows Sockets numbering. */
+QVCORE3_API int32_t QVLastNativeSocketError(void) QVCORE3_NOEXCEPT;
+QVCORE3_API int32_t QVSocketErrorFromErrno(int32_t error) QVCORE3_NOEXCEPT;
+QVCORE3_API int32_t QVSocketErrorFromEai(int32_t eaiError) QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVSocketLayerStartup(void) QVCORE3_NOEXCEPT;
+QVCORE3_API int32_t QVSocketLayerShutdown(void) QVCORE3_NOEXCEPT;
+
+/* ---- fault injection (test builds only) ----------------------------------
+   Present when the library is built with QVCORE3_FAULT_INJECTION. An armed
+   operation fails with the given code on its nth call from now (1 = the next
+   call); the allocation form makes the nth QVMemAlloc/QVMemRealloc (and
+   operator new, where the test installs the counting one) return null. */
+
+QVCORE3_API int32_t QVFaultInjectionAvailable(void) QVCORE3_NOEXCEPT;
+/* operation: the function's name, e.g. "QVMutexCreate". */
+QVCORE3_API QVRESULT QVFaultArm(const char* operation, int32_t nth, QVRESULT code) QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVFaultArmAllocation(int32_t nth) QVCORE3_NOEXCEPT;
+QVCORE3_API void QVFaultDisarmAll(void) QVCORE3_NOEXCEPT;
+/* Allocation hook for a test's own operator new: true when the armed
+   allocation failure fires now. */
+QVCORE3_API int32_t QVFaultAllocationFires(void) QVCORE3_NOEXCEPT;
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif
