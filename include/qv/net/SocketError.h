@@ -2,6 +2,7 @@
 #define QV_NET_SOCKETERROR_H
 
 #include <qv/core/Export.h>
+#include <qvcore3/qvcore3.h>
 
 #include <cstdint>
 
@@ -89,8 +90,8 @@ extern "C" {
 QV_EXPORT ENUM_QV_E_SOCKET QV_E_SOCKETFromNativeSocketError(int32_t nativeError) noexcept;
 // A resolver error number as a family member; sockets numbers are understood too.
 QV_EXPORT ENUM_QV_E_SOCKET QV_E_SOCKETFromNativeEaiSocketError(int32_t nativeError) noexcept;
-// The calling thread's last sockets error, in the Windows Sockets numbering.
-QV_EXPORT int32_t QVLastNativeSocketError() noexcept;
+// QVLastNativeSocketError(), the calling thread's last sockets error in the
+// Windows Sockets numbering, comes from the platform layer.
 // The member's constant description ("OK", "FAIL" or the table's text); never null.
 QV_EXPORT const char16_t* QVGetDescriptionFromQV_E_SOCKET(int32_t code) noexcept;
 }
