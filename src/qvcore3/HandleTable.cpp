@@ -108,7 +108,7 @@ bool GrowLocked() noexcept
 QVRESULT Recycle(uint32_t index, Slot* slot) noexcept
 {
     HandleObject* object = slot->object.load(std::memory_order_relaxed);
-    const QVRESULT result = object->release();
+    const QVRESULT result = object->closeResources();
     delete object;
     const uint64_t word = slot->word.load(std::memory_order_relaxed);
     const uint32_t next = WordGeneration(word) % kGenerationMask + 1;

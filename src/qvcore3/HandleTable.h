@@ -49,7 +49,7 @@ public:
 
     // Runs just before deletion; its result is what a close reports when the
     // object goes at once (no other thread inside a call on it).
-    virtual QVRESULT release() noexcept { return QV_S_OK; }
+    virtual QVRESULT closeResources() noexcept { return QV_S_OK; }
 
     Kind kind() const noexcept { return m_kind; }
 

@@ -38,9 +38,9 @@ ModuleObject* g_modules = nullptr;
 class LibraryObject : public HandleObject {
 public:
     explicit LibraryObject(void* library) noexcept : HandleObject(Kind::Library), m_library(library) {}
-    ~LibraryObject() override { release(); }
+    ~LibraryObject() override { closeResources(); }
 
-    QVRESULT release() noexcept override
+    QVRESULT closeResources() noexcept override
     {
         void* library = m_library;
         m_library = nullptr;

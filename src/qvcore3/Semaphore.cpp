@@ -46,9 +46,9 @@ public:
     {
         m_semaphore = semaphore;
     }
-    ~NamedSemObject() override { release(); }
+    ~NamedSemObject() override { closeResources(); }
 
-    QVRESULT release() noexcept override
+    QVRESULT closeResources() noexcept override
     {
         sem_t* semaphore = m_semaphore;
         m_semaphore = nullptr;

@@ -23,11 +23,11 @@ public:
     }
     ~SharedMemObject() override
     {
-        release();
+        closeResources();
         pthread_mutex_destroy(&m_lock);
     }
 
-    QVRESULT release() noexcept override
+    QVRESULT closeResources() noexcept override
     {
         QVRESULT result = QV_S_OK;
         if (m_address && munmap(m_address, m_size) != 0) {
