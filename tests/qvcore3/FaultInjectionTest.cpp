@@ -19,19 +19,6 @@ protected:
     void TearDown() override { QVFaultDisarmAll(); }
 };
 
-int CountOpenDescriptors()
-{
-    int count = 0;
-    DIR* dir = opendir("/proc/self/fd");
-    while (dir && readdir(dir)) {
-        ++count;
-    }
-    if (dir) {
-        closedir(dir);
-    }
-    return count;
-}
-
 TEST_F(FaultInjection, CreateFailsOnTheNthCallOnly)
 {
     const uint32_t before = QVHandleCountOpen();
@@ -110,7 +97,7 @@ TEST_F(FaultInjection, AllocationCountsAllocatorAndHook)
 TEST_F(FaultInjection, EveryAllocationFailureIsCleanInProcessCreate)
 {
     const uint32_t handles = QVHandleCountOpen();
-    const int descriptors = CountOpenDescriptors();
+    const int descriptors = qvtest::CountOpenDescriptors();
     const char16_t* environment[] = {u"A=1", nullptr};
     bool succeeded = false;
     for (int nth = 1; nth < 20 && !succeeded; ++nth) {
@@ -130,7 +117,7 @@ TEST_F(FaultInjection, EveryAllocationFailureIsCleanInProcessCreate)
             EXPECT_EQ(pipes.stdoutRead, -1);
         }
         EXPECT_EQ(QVHandleCountOpen(), handles) << nth;
-        EXPECT_EQ(CountOpenDescriptors(), descriptors) << nth;
+        EXPECT_EQ(qvtest::CountOpenDescriptors(), descriptors) << nth;
     }
     EXPECT_TRUE(succeeded);
 }

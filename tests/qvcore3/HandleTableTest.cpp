@@ -80,24 +80,33 @@ TEST(HandleTable, NullOutputsAreRejected)
     EXPECT_EQ(QVMutexCreate(nullptr, 0x10, &semaphore), QV_E_INVALIDARG);
 }
 
-TEST(HandleTable, ReusedSlotsNeverRevalidateOldHandles)
+// White-box: the low 20 bits of a handle are its slot. Slots are recycled, so
+// live objects are created until one sits in the slot of a closed handle.
+TEST(HandleTable, OldHandleOfAReusedSlotStaysInvalid)
 {
     const uint32_t before = QVHandleCountOpen();
-    std::vector<QVHANDLE> retired;
-    for (int i = 0; i < 3000; ++i) {
+    QVHANDLE old = QV_INVALID_HANDLE;
+    ASSERT_EQ(QVMutexCreate(nullptr, 0, &old), QV_S_OK);
+    ASSERT_EQ(QVMutexDestroy(old), QV_S_OK);
+    std::vector<QVHANDLE> live;
+    QVHANDLE reuser = QV_INVALID_HANDLE;
+    for (int i = 0; i < 5000 && reuser == QV_INVALID_HANDLE; ++i) {
         QVHANDLE handle = QV_INVALID_HANDLE;
-        ASSERT_EQ(QVEventCreate(nullptr, 0, &handle), QV_S_OK);
+        ASSERT_EQ(i % 2 == 0 ? QVMutexCreate(nullptr, 0, &handle) : QVEventCreate(nullptr, 0, &handle), QV_S_OK);
         ASSERT_GT(handle, 0);
-        for (QVHANDLE old : retired) {
-            ASSERT_NE(old, handle);
-        }
-        ASSERT_EQ(QVEventDestroy(handle), QV_S_OK);
-        if (i % 100 == 0) {
-            retired.push_back(handle);
+        ASSERT_NE(handle, old);
+        live.push_back(handle);
+        if ((handle & 0xFFFFF) == (old & 0xFFFFF)) {
+            reuser = handle;
         }
     }
-    for (QVHANDLE old : retired) {
-        EXPECT_EQ(QVEventSignal(old), QV_E_INVALIDARG);
+    ASSERT_NE(reuser, QV_INVALID_HANDLE) << "no slot was reused";
+    EXPECT_EQ(QVMutexAcquire(old), QV_E_INVALIDARG);
+    EXPECT_EQ(QVEventSignal(old), QV_E_INVALIDARG);
+    EXPECT_EQ(QVMutexDestroy(old), QV_E_INVALIDARG);
+    EXPECT_EQ(QVEventDestroy(old), QV_E_INVALIDARG);
+    for (size_t i = 0; i < live.size(); ++i) {
+        EXPECT_EQ(i % 2 == 0 ? QVMutexDestroy(live[i]) : QVEventDestroy(live[i]), QV_S_OK);
     }
     EXPECT_EQ(QVHandleCountOpen(), before);
 }

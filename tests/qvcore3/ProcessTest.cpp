@@ -20,19 +20,6 @@ using qvtest::RunChild;
 
 constexpr uint32_t kAllPipes = QV_PROCESS_PIPE_STDIN | QV_PROCESS_PIPE_STDOUT | QV_PROCESS_PIPE_STDERR;
 
-int CountOpenDescriptors()
-{
-    int count = 0;
-    DIR* dir = opendir("/proc/self/fd");
-    while (dir && readdir(dir)) {
-        ++count;
-    }
-    if (dir) {
-        closedir(dir);
-    }
-    return count;
-}
-
 // Children of this process in any state, zombies included, read from /proc.
 int CountChildren()
 {
@@ -202,7 +189,7 @@ TEST(Process, DetachedChildrenAreReaped)
 
 TEST(Process, FailuresLeaveNothingBehind)
 {
-    const int descriptors = CountOpenDescriptors();
+    const int descriptors = qvtest::CountOpenDescriptors();
     const uint32_t handles = QVHandleCountOpen();
     STRUCT_QV_PROCESS_PIPES pipes{1, 2, 3};
     QVHANDLE child = QV_INVALID_HANDLE;
@@ -214,7 +201,7 @@ TEST(Process, FailuresLeaveNothingBehind)
     EXPECT_EQ(QVProcessCreate(u"no-such-program-on-path", nullptr, nullptr, nullptr, 0, nullptr, &child),
               QV_E_FILE_NOT_FOUND);
     EXPECT_EQ(RunChild("exit 0", kAllPipes, &pipes, &child, nullptr, u"/nonexistent-dir"), QV_E_FILE_NOT_FOUND);
-    EXPECT_EQ(CountOpenDescriptors(), descriptors);
+    EXPECT_EQ(qvtest::CountOpenDescriptors(), descriptors);
     EXPECT_EQ(QVHandleCountOpen(), handles);
 
     EXPECT_EQ(QVProcessCreate(nullptr, nullptr, nullptr, nullptr, 0, nullptr, &child), QV_E_POINTER);

@@ -3,6 +3,8 @@
 
 #include <qvcore3/qvcore3.h>
 
+#include <dirent.h>
+
 #include <chrono>
 #include <cstdint>
 #include <string>
@@ -26,6 +28,19 @@ inline std::string UniqueName(const char* stem)
 inline std::u16string Utf16(const std::string& text)
 {
     return std::u16string(text.begin(), text.end());
+}
+
+inline int CountOpenDescriptors()
+{
+    int count = 0;
+    DIR* dir = opendir("/proc/self/fd");
+    while (dir && readdir(dir)) {
+        ++count;
+    }
+    if (dir) {
+        closedir(dir);
+    }
+    return count;
 }
 
 // Reads a descriptor to its end.
