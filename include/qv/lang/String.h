@@ -122,7 +122,7 @@ public:
     // read-only; other modes copy.
     String(AcquireMode mode, util::ICharBuffer* buffer);
     // Wraps the literal read-only; never copies it.
-    String(const STRUCT_QV_STR_LIT_INFO& literal) noexcept;
+    String(const STRUCT_QV_STR_LIT_INFO& literal);
     // Addition: UTF-32 text (wchar_t on this platform), stored as UTF-16 with
     // surrogate pairs above U+FFFF; values that are no Unicode scalar value
     // become U+FFFD.
@@ -321,19 +321,10 @@ public:
     void releaseWriteLock(int32_t newLength) override;
     void freeExtra() override;
 
-    using util::AbstractCharBuffer::GetReadLock;
-    using util::AbstractCharBuffer::GetWriteLock;
-    using util::AbstractCharBuffer::EnsureCapacity;
-
+    // The interface operations are those of AbstractCharBuffer over the
+    // operations above; these two answer directly.
     int32_t GetLength() const override;
     const char16_t* GetData() const override;
-    Result GetReadLock(const char16_t** data) const override;
-    Result ReleaseReadLock() const override;
-    int16_t IsWritable() const override;
-    Result GetWriteLock(int32_t capacity, char16_t** data) override;
-    Result EnsureCapacity(int32_t capacity, char16_t** data) override;
-    Result ReleaseWriteLock(int32_t newLength) override;
-    Result FreeExtra() override;
 
     // Additions for interoperation, tests and demonstrations.
     std::u16string toU16String() const;
@@ -352,16 +343,25 @@ private:
     void holdEmpty() noexcept;
     void holdNew(const char16_t* text, int32_t length, int32_t capacity);
     void holdWrap(const char16_t* text, int32_t length);
-    void holdShared(util::ICharBuffer* buffer) noexcept;
+    void holdShared(util::ICharBuffer* buffer, util::RWCharBuffer* own) noexcept;
+    void hold(util::ICharBuffer* buffer, util::RWCharBuffer* own) noexcept;
+    void initRegion(AcquireMode mode, const String& source, int32_t begin, int32_t end, int32_t capacity);
+    void initText(AcquireMode mode, const char16_t* text, int32_t length, int32_t capacity);
     void dropNarrow() noexcept;
     void copyOnWrite(int32_t capacity);
     char16_t* lockForWrite(int32_t capacity);
-    void unlockAfterWrite(int32_t newLength);
+    void unlockAfterWrite(char16_t* data, int32_t newLength);
     void markShared() const noexcept { m_exclusive.store(false, std::memory_order_relaxed); }
-    int32_t currentLength() const;
-    const char16_t* currentData() const;
+    int32_t currentLength() const noexcept;
+    const char16_t* currentData() const noexcept;
+    int32_t clampStart(int32_t start, int32_t length) const noexcept;
+    String& replaceRun(int32_t start, int32_t count, const char16_t* run, int32_t inserted);
     String& replaceFill(int32_t start, int32_t count, char16_t c, int32_t repeat);
-    String& trimWith(bool (*inSet)(const void* set, char16_t unit), const void* set, TrimType type);
+    template <class InSet>
+    String& trimWith(const InSet& inSet, TrimType type);
+    template <class NextArgument>
+    void formatWith(NextArgument& next);
+    bool equalsRun(const char16_t* text, int32_t length, bool ignoreCase) const;
 
     // The held buffer, never null; its length counts the NUL.
     util::ICharBuffer* m_buffer;

@@ -163,7 +163,7 @@ public:
     E* ensureCapacity(int32_t minCapacity) override;
     // A negative length keeps the old one; one beyond the capacity is refused
     // with ResultException(0x80070057).
-    void releaseWriteLock(int32_t newLength) override;
+    void releaseWriteLock(int32_t newLength) override { setLength(newLength); }
     // Shrinks to the length; at length 0 the block is freed.
     void freeExtra() override;
 
@@ -178,7 +178,15 @@ protected:
     void allocBuffer(int32_t n);
     void reallocBuffer(int32_t n);
     void copyFrom(const BasicRWBuffer& other);
-    void setLength(int32_t newLength);
+    void setLength(int32_t newLength)
+    {
+        if (newLength < 0)
+            return;
+        if (newLength > m_capacity)
+            refuseLength();
+        m_length = newLength;
+    }
+    [[noreturn]] static void refuseLength();
 
 private:
     E* m_data;
