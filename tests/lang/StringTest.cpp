@@ -348,7 +348,10 @@ TEST(StringQueries, LongSearchesAgreeWithTheStandardLibrary)
     std::mt19937 random(7);
     std::u16string hay;
     for (int i = 0; i < 20000; ++i)
-        hay += static_cast<char16_t>(u'a' + random() % 4 + (random() % 50 == 0 ? 0x100 : 0));
+        // Some units share the low byte of a letter, some carry it as their
+        // high byte: neither may pass for the letter.
+        hay += static_cast<char16_t>(u'a' + random() % 4 + (random() % 50 == 0 ? 0x100 : 0) +
+                                     (random() % 40 == 0 ? 0x6100 : 0));
     String s(hay.c_str(), static_cast<int32_t>(hay.size()));
     for (int trial = 0; trial < 300; ++trial) {
         size_t n = 1 + random() % 12;

@@ -347,14 +347,25 @@ private:
     void hold(util::ICharBuffer* buffer, util::RWCharBuffer* own) noexcept;
     void initRegion(AcquireMode mode, const String& source, int32_t begin, int32_t end, int32_t capacity);
     void initText(AcquireMode mode, const char16_t* text, int32_t length, int32_t capacity);
-    void dropNarrow() noexcept;
+    inline void dropNarrow() noexcept;
     void copyOnWrite(int32_t capacity);
     char16_t* lockForWrite(int32_t capacity);
     void unlockAfterWrite(char16_t* data, int32_t newLength);
     void markShared() const noexcept { m_exclusive.store(false, std::memory_order_relaxed); }
-    int32_t currentLength() const noexcept;
-    const char16_t* currentData() const noexcept;
-    int32_t clampStart(int32_t start, int32_t length) const noexcept;
+    // Inline: the write and search paths call them for every operation.
+    int32_t currentLength() const noexcept
+    {
+        int32_t n = m_own ? m_own->util::RWCharBuffer::GetLength() : m_buffer->GetLength();
+        return n > 0 ? n - 1 : 0;
+    }
+    const char16_t* currentData() const noexcept
+    {
+        return m_own ? m_own->util::RWCharBuffer::GetData() : m_buffer->GetData();
+    }
+    static int32_t clampStart(int32_t start, int32_t length) noexcept
+    {
+        return (start < 0 || start > length) ? length : start;
+    }
     String& replaceRun(int32_t start, int32_t count, const char16_t* run, int32_t inserted);
     String& replaceFill(int32_t start, int32_t count, char16_t c, int32_t repeat);
     template <class InSet>
@@ -395,6 +406,36 @@ public:
 private:
     char16_t* m_encoding;
 };
+
+inline void String::dropNarrow() noexcept
+{
+    if (m_narrow) {
+        m_narrow->Release();
+        m_narrow = nullptr;
+    }
+}
+
+// Inline, with the buffer's count changed without a virtual call when it is
+// one of our own: copying is the String's most frequent operation.
+inline String::String(const String& other) noexcept
+    : util::AbstractCharBuffer(), m_buffer(other.m_buffer), m_narrow(nullptr), m_reserved(nullptr),
+      m_own(other.m_own), m_exclusive(false)
+{
+    if (m_own)
+        m_own->util::RWCharBuffer::AddRef();
+    else
+        m_buffer->AddRef();
+    other.markShared();
+}
+
+inline String::~String()
+{
+    dropNarrow();
+    if (m_own)
+        m_own->util::RWCharBuffer::Release();
+    else if (m_buffer)
+        m_buffer->Release();
+}
 
 inline String::TextRef::TextRef(const String& text) : m_text(text.currentData()), m_length(text.currentLength()) {}
 

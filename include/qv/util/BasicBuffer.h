@@ -48,7 +48,7 @@ public:
     // count, and assignment never touches the count.
     BasicAbstractBuffer(const BasicAbstractBuffer&) noexcept : Object() {}
     BasicAbstractBuffer& operator=(const BasicAbstractBuffer&) noexcept { return *this; }
-    ~BasicAbstractBuffer() override;
+    ~BasicAbstractBuffer() override = default;
 
     virtual int32_t getLength() const = 0;
     virtual const E* getData() const = 0;

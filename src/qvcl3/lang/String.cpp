@@ -51,14 +51,6 @@ String::String() noexcept
     holdEmpty();
 }
 
-String::String(const String& other) noexcept
-    : util::AbstractCharBuffer(), m_buffer(other.m_buffer), m_narrow(nullptr), m_reserved(nullptr),
-      m_own(other.m_own), m_exclusive(false)
-{
-    m_buffer->AddRef();
-    other.markShared();
-}
-
 String::String(String&& other) noexcept
     : util::AbstractCharBuffer(), m_buffer(other.m_buffer), m_narrow(other.m_narrow), m_reserved(nullptr),
       m_own(other.m_own), m_exclusive(other.m_exclusive.load(std::memory_order_relaxed))
@@ -232,13 +224,6 @@ String::String(const std::u16string& text)
     initText(ACQUIRE_COPY, text.data(), static_cast<int32_t>(text.size()), 0);
 }
 
-String::~String()
-{
-    dropNarrow();
-    if (m_buffer)
-        m_buffer->Release();
-}
-
 void String::hold(util::ICharBuffer* buffer, util::RWCharBuffer* own) noexcept
 {
     // The caller has taken the reference for us.
@@ -370,25 +355,6 @@ String String::CQVString(AcquireMode mode, const unsigned short* text, int32_t l
     return String(mode, text, length, capacity);
 }
 
-void String::dropNarrow() noexcept
-{
-    if (m_narrow) {
-        m_narrow->Release();
-        m_narrow = nullptr;
-    }
-}
-
-int32_t String::currentLength() const noexcept
-{
-    int32_t n = m_own ? m_own->RW::GetLength() : m_buffer->GetLength();
-    return n > 0 ? n - 1 : 0;
-}
-
-const char16_t* String::currentData() const noexcept
-{
-    return m_own ? m_own->RW::GetData() : m_buffer->GetData();
-}
-
 void String::copyOnWrite(int32_t capacity)
 {
     bool sole = false;
@@ -444,12 +410,7 @@ inline void String::unlockAfterWrite(char16_t* data, int32_t newLength)
         qvcom::throwIfFailed(m_buffer->ReleaseWriteLock(newLength + 1));
 }
 
-int32_t String::clampStart(int32_t start, int32_t length) const noexcept
-{
-    return (start < 0 || start > length) ? length : start;
-}
-
-String& String::replaceRun(int32_t start, int32_t count, const char16_t* run, int32_t inserted)
+inline String& String::replaceRun(int32_t start, int32_t count, const char16_t* run, int32_t inserted)
 {
     int32_t length = currentLength();
     start = clampStart(start, length);
@@ -478,7 +439,7 @@ String& String::replaceRun(int32_t start, int32_t count, const char16_t* run, in
     return *this;
 }
 
-String& String::replaceFill(int32_t start, int32_t count, char16_t c, int32_t repeat)
+inline String& String::replaceFill(int32_t start, int32_t count, char16_t c, int32_t repeat)
 {
     if (repeat < 0)
         repeat = 0;

@@ -59,13 +59,47 @@ const char16_t* findUnit(const char16_t* p, const char16_t* end, char16_t c) noe
     return nullptr;
 }
 
-// First match of needle (n >= 2 units) in hay[from, length).
+// Which byte of a unit in memory holds its low eight bits.
+int lowByteOffset() noexcept
+{
+    const char16_t probe = 1;
+    unsigned char first;
+    std::memcpy(&first, &probe, 1);
+    return first == 1 ? 0 : 1;
+}
+
+// How common a byte is as the low byte of a unit of ordinary text, higher
+// meaning more common: NUL (the high byte of Latin text) and space first,
+// then lower-case letters by their frequency in English, digits,
+// punctuation and capitals. The search scans for the needle unit that ranks
+// lowest, so that it stops at as few false candidates as possible.
+int byteRank(unsigned char b) noexcept
+{
+    static const char order[] = "etaoinshrdlcumwfgypbvkjxqz";
+    if (b == 0)
+        return 255;
+    if (b == ' ')
+        return 250;
+    if (b >= 'a' && b <= 'z')
+        return 240 - 4 * static_cast<int>(std::strchr(order, b) - order);
+    if (b >= 'A' && b <= 'Z')
+        return 100 - 2 * static_cast<int>(std::strchr(order, b - 'A' + 'a') - order);
+    if (b >= '0' && b <= '9')
+        return 130;
+    if (b == ',' || b == '.' || b == '\n' || b == '-' || b == '\'' || b == '\r')
+        return 125;
+    return 40;
+}
+
+// First match of needle (n >= 1 units) in hay[from, length). Long texts are
+// scanned with memchr for the low byte of the needle's rarest-looking unit;
+// each hit on a unit's low byte is checked in full.
 int32_t searchForward(const char16_t* hay, int32_t length, int32_t from, const char16_t* needle, int32_t n)
 {
-    const size_t restBytes = static_cast<size_t>(n - 1) * sizeof(char16_t);
-    if (n < 4 || length - from < 256) {
+    if (length - from < 64) {
         const char16_t* p = hay + from;
         const char16_t* end = hay + (length - n) + 1;
+        const size_t restBytes = static_cast<size_t>(n - 1) * sizeof(char16_t);
         while (p < end) {
             p = findUnit(p, end, needle[0]);
             if (!p)
@@ -76,21 +110,30 @@ int32_t searchForward(const char16_t* hay, int32_t length, int32_t from, const c
         }
         return -1;
     }
-    // Horspool over the low byte of each unit: on ordinary text the window
-    // moves by about the needle's length per step.
-    int32_t shift[256];
-    for (int32_t& s : shift)
-        s = n;
-    for (int32_t k = 0; k < n - 1; ++k)
-        shift[needle[k] & 0xFF] = n - 1 - k;
-    const char16_t last = needle[n - 1];
-    const int32_t limit = length - n;
-    int32_t pos = from;
-    while (pos <= limit) {
-        char16_t u = hay[pos + n - 1];
-        if (u == last && std::memcmp(hay + pos, needle, restBytes) == 0)
-            return pos;
-        pos += shift[u & 0xFF];
+    int32_t pivot = 0;
+    for (int32_t k = 1; k < n; ++k) {
+        if (byteRank(static_cast<unsigned char>(needle[k] & 0xFF)) <
+            byteRank(static_cast<unsigned char>(needle[pivot] & 0xFF)))
+            pivot = k;
+    }
+    const char16_t unit = needle[pivot];
+    const int low = lowByteOffset();
+    const unsigned char* base = reinterpret_cast<const unsigned char*>(hay);
+    // Candidates are the units j in [from + pivot, length - n + pivot].
+    size_t at = static_cast<size_t>(from + pivot) * 2 + static_cast<size_t>(low);
+    const size_t end = static_cast<size_t>(length - n + pivot) * 2 + static_cast<size_t>(low) + 1;
+    const size_t bytes = static_cast<size_t>(n) * sizeof(char16_t);
+    while (at < end) {
+        const void* hit = std::memchr(base + at, unit & 0xFF, end - at);
+        if (!hit)
+            return -1;
+        size_t offset = static_cast<size_t>(static_cast<const unsigned char*>(hit) - base);
+        if ((offset & 1) == static_cast<size_t>(low)) {
+            size_t j = offset / 2;
+            if (hay[j] == unit && std::memcmp(hay + j - pivot, needle, bytes) == 0)
+                return static_cast<int32_t>(j) - pivot;
+        }
+        at = offset + 1;
     }
     return -1;
 }
@@ -290,10 +333,8 @@ int32_t String::indexOf(char16_t c, int32_t from, bool ignoreCase) const
         from = 0;
     if (from >= length)
         return -1;
-    if (!ignoreCase) {
-        const char16_t* p = findUnit(data + from, data + length, c);
-        return p ? static_cast<int32_t>(p - data) : -1;
-    }
+    if (!ignoreCase)
+        return searchForward(data, length, from, &c, 1);
     char16_t lower = QVToLowerW(c);
     for (int32_t i = from; i < length; ++i) {
         if (QVToLowerW(data[i]) == lower)
@@ -315,13 +356,8 @@ int32_t String::indexOf(TextRef text, int32_t from, bool ignoreCase) const
         return from;
     if (n > length - from)
         return -1;
-    if (!ignoreCase) {
-        if (n == 1) {
-            const char16_t* p = findUnit(data + from, data + length, text.data()[0]);
-            return p ? static_cast<int32_t>(p - data) : -1;
-        }
+    if (!ignoreCase)
         return searchForward(data, length, from, text.data(), n);
-    }
     detail::UnitScratch scratch(n);
     const char16_t* needle = prepareNeedle(text.data(), n, true, scratch);
     for (int32_t i = from; i <= length - n; ++i) {

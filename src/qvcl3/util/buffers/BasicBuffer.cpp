@@ -15,9 +15,6 @@ QV_INTERFACE_CHAIN(Object)
 QV_END_INTERFACE_MAP()
 
 template <class E>
-BasicAbstractBuffer<E>::~BasicAbstractBuffer() = default;
-
-template <class E>
 int32_t BasicAbstractBuffer<E>::GetLength() const
 {
     Result r = qvcom::guardBoundary([&] { return getLength(); });
