@@ -5,6 +5,7 @@
 #include <charconv>
 #include <cinttypes>
 #include <cstdio>
+#include <stdexcept>
 #include <utility>
 #include <vector>
 
@@ -14,6 +15,7 @@ namespace {
 
 // "{n}" as valueOf(int) prints n: no sign, no leading zeros.
 struct Placeholder {
+    Placeholder() noexcept = default;
     explicit Placeholder(int32_t index) noexcept
     {
         char16_t digits[12];
@@ -28,14 +30,45 @@ struct Placeholder {
             units[length++] = digits[--count];
         units[length++] = u'}';
     }
-    char16_t units[14];
+    char16_t units[14] = {};
     int32_t length = 0;
 };
 
 struct Argument {
     Placeholder placeholder;
-    const char16_t* text;
-    int32_t length;
+    const char16_t* text = nullptr;
+    int32_t length = 0;
+};
+
+// The working tables of a format: the first N entries stay on the stack,
+// which covers ordinary patterns without a heap allocation.
+template <class T, size_t N>
+class SmallList {
+public:
+    void push(const T& value)
+    {
+        if (m_heap.empty() && m_size < N) {
+            m_local[m_size++] = value;
+            return;
+        }
+        if (m_heap.empty())
+            m_heap.assign(m_local, m_local + m_size);
+        m_heap.push_back(value);
+        ++m_size;
+    }
+    T* begin() noexcept { return m_heap.empty() ? m_local : m_heap.data(); }
+    T* end() noexcept { return begin() + m_size; }
+    const T& at(size_t index)
+    {
+        if (index >= m_size)
+            throw std::out_of_range("format argument index");
+        return begin()[index];
+    }
+
+private:
+    T m_local[N];
+    std::vector<T> m_heap;
+    size_t m_size = 0;
 };
 
 class ListArguments {
@@ -88,9 +121,10 @@ String fromAscii(const char* text, int32_t length)
 template <class NextArgument>
 void String::formatWith(NextArgument& next)
 {
-    std::vector<Argument> arguments;
-    // Placeholder position in the pattern -> argument index.
-    std::vector<std::pair<int32_t, int32_t>> positions;
+    SmallList<Argument, 16> arguments;
+    // Placeholder position in the pattern -> argument index, sorted below.
+    SmallList<std::pair<int32_t, int32_t>, 64> positions;
+    int64_t finalLength = currentLength();
     for (int32_t n = 0; n < INT32_MAX; ++n) {
         Placeholder placeholder(n);
         TextRef wanted(placeholder.units, placeholder.length);
@@ -100,13 +134,22 @@ void String::formatWith(NextArgument& next)
         const char16_t* text = nullptr;
         if (!next.next(text))
             break;
-        arguments.push_back(Argument{placeholder, text, QVStrLenW(text)});
+        Argument argument{placeholder, text, QVStrLenW(text)};
+        arguments.push(argument);
         while (position >= 0) {
-            positions.emplace_back(position, n);
+            positions.push(std::make_pair(position, n));
+            finalLength += argument.length - placeholder.length;
             position = indexOf(wanted, position + placeholder.length);
         }
     }
     std::sort(positions.begin(), positions.end());
+    // Room for the result at once, so the replacements below never grow the
+    // buffer one step at a time.
+    int32_t length = currentLength();
+    if (finalLength > length && finalLength < INT32_MAX / 2) {
+        getWriteLock(static_cast<int32_t>(finalLength));
+        releaseWriteLock(length);
+    }
     int32_t offset = 0;
     for (const auto& entry : positions) {
         const Argument& argument = arguments.at(static_cast<size_t>(entry.second));

@@ -99,12 +99,14 @@ int32_t searchForward(const char16_t* hay, int32_t length, int32_t from, const c
     if (length - from < 64) {
         const char16_t* p = hay + from;
         const char16_t* end = hay + (length - n) + 1;
-        const size_t restBytes = static_cast<size_t>(n - 1) * sizeof(char16_t);
         while (p < end) {
             p = findUnit(p, end, needle[0]);
             if (!p)
                 return -1;
-            if (std::memcmp(p + 1, needle + 1, restBytes) == 0)
+            int32_t k = 1;
+            while (k < n && p[k] == needle[k])
+                ++k;
+            if (k == n)
                 return static_cast<int32_t>(p - hay);
             ++p;
         }
