@@ -76,6 +76,8 @@ String::String(char16_t c, int32_t count, int32_t capacity)
 {
     if (count < 0)
         count = 0;
+    if (count > kMaxLength)
+        throw OutOfMemoryException();
     if (count < 1 && capacity < 1) {
         holdEmpty();
         return;
