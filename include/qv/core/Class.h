@@ -3,6 +3,7 @@
 
 #include <qv/core/Object.h>
 
+#include <type_traits>
 #include <typeinfo>
 
 namespace qv {
@@ -22,7 +23,10 @@ public:
     template <class T>
     static bool instanceTestFor(const Object& obj) noexcept
     {
-        return dynamic_cast<const T*>(&obj) != nullptr;
+        if constexpr (std::is_base_of<T, Object>::value)
+            return true;
+        else
+            return dynamic_cast<const T*>(&obj) != nullptr;
     }
 
     const char16_t* getName() const noexcept { return m_name; }

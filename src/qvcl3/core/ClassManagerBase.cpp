@@ -6,7 +6,7 @@
 namespace qv {
 
 namespace util {
-template class QV_EXPORT Singleton<ClassManagerBase, &g_pGlobalLock>;
+template class Singleton<ClassManagerBase, &g_pGlobalLock>;
 }
 
 bool ClassManagerBase::NameLess::operator()(const char16_t* a, const char16_t* b) const noexcept
