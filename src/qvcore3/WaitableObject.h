@@ -26,7 +26,7 @@ public:
             while (!ready()) {
                 pthread_cond_wait(&m_condition, &m_mutex);
             }
-        } else {
+        } else if (milliseconds != 0) {
             const timespec deadline = MonotonicDeadline(milliseconds);
             while (!ready() && error != ETIMEDOUT) {
                 error = pthread_cond_timedwait(&m_condition, &m_mutex, &deadline);
