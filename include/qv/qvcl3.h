@@ -19,6 +19,26 @@
 #include <qv/util/MTByteBuffer.h>
 #include <qv/util/MTCharBuffer.h>
 
+#include <qv/collections/HashTable.h>
+#include <qv/collections/IntegerHashMap.h>
+#include <qv/collections/KeyedHashMap.h>
+#include <qv/collections/Str1HashMap.h>
+#include <qv/collections/StringHashMap.h>
+#include <qv/collections/qvcom/AbstractCollection.h>
+#include <qv/collections/qvcom/AbstractIterator.h>
+#include <qv/collections/qvcom/AbstractList.h>
+#include <qv/collections/qvcom/AbstractMap.h>
+#include <qv/collections/qvcom/AbstractSet.h>
+#include <qv/collections/qvcom/ArrayList.h>
+#include <qv/collections/qvcom/Collection.h>
+#include <qv/collections/qvcom/HashMap.h>
+#include <qv/collections/qvcom/HashSet.h>
+#include <qv/collections/qvcom/IQVComparator.h>
+#include <qv/collections/qvcom/Iterator.h>
+#include <qv/collections/qvcom/LinkedList.h>
+#include <qv/collections/qvcom/List.h>
+#include <qv/collections/qvcom/Map.h>
+#include <qv/collections/qvcom/Set.h>
 #include <qv/core/Boundary.h>
 #include <qv/core/Class.h>
 #include <qv/core/ClassManagerBase.h>
@@ -33,6 +53,7 @@
 #include <qv/core/Reference.h>
 #include <qv/core/Result.h>
 #include <qv/io/IoException.h>
+#include <qv/lang/Str1.h>
 #include <qv/lang/String.h>
 #include <qv/net/SocketError.h>
 #include <qv/sync/Condition.h>

@@ -1,5 +1,13 @@
 #include "core/ClassTable.h"
 
+#include <qv/collections/IntegerHashMap.h>
+#include <qv/collections/Str1HashMap.h>
+#include <qv/collections/StringHashMap.h>
+#include <qv/collections/qvcom/ArrayList.h>
+#include <qv/collections/qvcom/HashMap.h>
+#include <qv/collections/qvcom/HashSet.h>
+#include <qv/collections/qvcom/IQVComparator.h>
+#include <qv/collections/qvcom/LinkedList.h>
 #include <qv/core/Exception.h>
 #include <qv/core/ExternalException.h>
 #include <qv/io/IoException.h>
@@ -50,6 +58,26 @@ const ClassTableRow g_classTable[] = {
     QV_CLASS_ROW(u"qv::String", String),
     QV_CLASS_ROW(u"qv::UnsupportedOperationException", UnsupportedOperationException),
     QV_CLASS_ROW_NO_CREATOR(u"qv::UserAbortException", UserAbortException),
+    QV_CLASS_ROW(u"qv::collections::IntegerHashMap", collections::IntegerHashMap),
+    QV_CLASS_ROW(u"qv::collections::Str1HashMap", collections::Str1HashMap),
+    QV_CLASS_ROW(u"qv::collections::Str1HashMapLC", collections::Str1HashMapLC),
+    QV_CLASS_ROW(u"qv::collections::StringHashMap", collections::StringHashMap),
+    QV_CLASS_ROW_NO_CREATOR(u"qv::collections::qvcom::AbstractCollection", collections::qvcom::AbstractCollection),
+    QV_CLASS_ROW_NO_CREATOR(u"qv::collections::qvcom::AbstractIterator", collections::qvcom::AbstractIterator),
+    QV_CLASS_ROW_NO_CREATOR(u"qv::collections::qvcom::AbstractList", collections::qvcom::AbstractList),
+    QV_CLASS_ROW_NO_CREATOR(u"qv::collections::qvcom::AbstractMap", collections::qvcom::AbstractMap),
+    QV_CLASS_ROW_NO_CREATOR(u"qv::collections::qvcom::AbstractSet", collections::qvcom::AbstractSet),
+    QV_CLASS_ROW(u"qv::collections::qvcom::ArrayList", collections::qvcom::ArrayList),
+    QV_CLASS_ROW_NO_CREATOR(u"qv::collections::qvcom::ArrayListIterator", collections::qvcom::ArrayListIterator),
+    QV_CLASS_ROW_NO_CREATOR(u"qv::collections::qvcom::DefaultComparator", collections::qvcom::DefaultComparator),
+    QV_CLASS_ROW(u"qv::collections::qvcom::HashMap", collections::qvcom::HashMap),
+    QV_CLASS_ROW_NO_CREATOR(u"qv::collections::qvcom::HashMapEntry", collections::qvcom::HashMapEntry),
+    QV_CLASS_ROW_NO_CREATOR(u"qv::collections::qvcom::HashMapEntrySet", collections::qvcom::HashMapEntrySet),
+    QV_CLASS_ROW_NO_CREATOR(u"qv::collections::qvcom::HashMapIterator", collections::qvcom::HashMapIterator),
+    QV_CLASS_ROW(u"qv::collections::qvcom::HashSet", collections::qvcom::HashSet),
+    QV_CLASS_ROW(u"qv::collections::qvcom::LinkedList", collections::qvcom::LinkedList),
+    QV_CLASS_ROW_NO_CREATOR(u"qv::collections::qvcom::LinkedListIterator", collections::qvcom::LinkedListIterator),
+    QV_CLASS_ROW_NO_CREATOR(u"qv::collections::qvcom::StringComparator", collections::qvcom::StringComparator),
     QV_CLASS_ROW(u"qv::io::IoException", io::IoException),
     QV_CLASS_ROW(u"qv::io::TimeoutException", io::TimeoutException),
     QV_CLASS_ROW(u"qv::io::UnexpectedEOFException", io::UnexpectedEOFException),
