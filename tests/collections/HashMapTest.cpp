@@ -3,6 +3,7 @@
 #include <qv/collections/qvcom/ArrayList.h>
 #include <qv/collections/qvcom/HashMap.h>
 #include <qv/collections/qvcom/HashSet.h>
+#include <qv/core/Class.h>
 #include <qv/core/Exception.h>
 
 #include <gtest/gtest.h>
@@ -409,4 +410,22 @@ TEST(HashSetTest, SetOperations)
     std::vector<int32_t> ids = drain(*keys);
     std::sort(ids.begin(), ids.end());
     EXPECT_EQ(ids, (std::vector<int32_t>{3, 4, 5, 9}));
+}
+
+TEST(CollectionClasses, RegisteredByName)
+{
+    Object* made = Class::forName(u"qv::collections::qvcom::HashMap")->createInstance();
+    Reference<Object> holder(made);
+    HashMap* map = dynamic_cast<HashMap*>(made);
+    ASSERT_NE(map, nullptr);
+    EXPECT_EQ(map->getCapacity(), 101);
+    for (const char16_t* name : {u"qv::collections::qvcom::ArrayList", u"qv::collections::qvcom::LinkedList",
+                                 u"qv::collections::qvcom::HashSet", u"qv::collections::StringHashMap",
+                                 u"qv::collections::Str1HashMapLC"}) {
+        Reference<Object> object(Class::forName(name)->createInstance());
+        EXPECT_EQ(String(Class::forName(name)->getName()), String(name));
+        EXPECT_TRUE(Class::forName(name)->isInstance(*object));
+    }
+    EXPECT_THROW(Class::forName(u"qv::collections::qvcom::AbstractList")->createInstance(), IllegalAccessException);
+    EXPECT_EQ(String(map->getClass()->getName()), String(u"qv::collections::qvcom::HashMap"));
 }

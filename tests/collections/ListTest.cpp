@@ -248,3 +248,32 @@ TEST(ListMemory, FailedGrowthLeavesTheListUnchanged)
     array->add(unk(extra));
     EXPECT_EQ(array->getCapacity(), 20);
 }
+
+TEST(ListOwnership, ScopedListsAreBorrowedByTheirIterators)
+{
+    // A list that lives by scope has no references; its iterators must not
+    // take one (dropping it would destroy the list).
+    ArrayList array;
+    LinkedList linked;
+    for (int32_t id = 1; id <= 3; ++id) {
+        array.add(unk(key(id)));
+        linked.add(unk(key(id)));
+    }
+    {
+        Reference<AbstractIterator> a = array.createIterator();
+        Reference<AbstractIterator> b = linked.createConstIterator();
+        EXPECT_EQ(drain(*a).size(), 3u);
+        EXPECT_EQ(drain(*b).size(), 3u);
+    }
+    EXPECT_EQ(array.GetRefCount(), 0);
+    EXPECT_EQ(linked.GetRefCount(), 0);
+    EXPECT_TRUE(array.equals(linked));
+
+    // A counted list is held by its iterator and outlives the last outside reference.
+    Reference<AbstractIterator> it;
+    {
+        Reference<ArrayList> counted = listOf<ArrayList>({7, 8});
+        it = counted->createIterator();
+    }
+    EXPECT_EQ(drain(*it), (std::vector<int32_t>{7, 8}));
+}
