@@ -50,7 +50,7 @@ public:
     // after clear() the walk is over. The map must outlive it.
     class Iterator {
     public:
-        explicit Iterator(const KeyedHashMap& map) noexcept : m_cursor(map.m_table) {}
+        explicit Iterator(KeyedHashMap& map) noexcept : m_cursor(map.m_table) {}
         bool hasNext() noexcept { return m_cursor.hasNext(); }
         // Valid until the map changes.
         const Entry& next() { return *static_cast<const Entry*>(m_cursor.next()); }
@@ -69,10 +69,9 @@ public:
     KeyedHashMap(const KeyedHashMap& other)
         : Object(), m_table(calcCapacity(other.getSize()), other.getLoadFactor(), &destroyEntry)
     {
-        Iterator it(other);
-        while (it.hasNext()) {
-            const Entry& entry = it.next();
-            put(entry.m_key, entry.m_value.get());
+        for (int32_t i = other.m_table.getCapacity() - 1; i >= 0; --i) {
+            for (HashNode* node = other.m_table.getBucket(i); node; node = node->next)
+                put(entryOf(node)->m_key, entryOf(node)->m_value.get());
         }
     }
     KeyedHashMap& operator=(const KeyedHashMap&) = delete;
@@ -137,7 +136,7 @@ public:
     // Frees the entries; size and modCount stay as they were (see HashTable::clear).
     void clear() { m_table.clear(); }
 
-    Iterator createIterator() const noexcept { return Iterator(*this); }
+    Iterator createIterator() noexcept { return Iterator(*this); }
 
 private:
     static Entry* entryOf(HashNode* node) noexcept { return static_cast<Entry*>(node); }
