@@ -3,6 +3,7 @@
 
 #include <qv/core/Object.h>
 
+#include <type_traits>
 #include <typeinfo>
 
 namespace qv {
@@ -15,6 +16,18 @@ class ClassManagerBase;
 class QV_EXPORT Class : public Object {
 public:
     typedef Object* (*CreateFunction)();
+    // Answers whether an object is of the class or derived from it; made per
+    // class by instanceTestFor<T>, since a type descriptor alone cannot say.
+    typedef bool (*InstanceTest)(const Object& obj);
+
+    template <class T>
+    static bool instanceTestFor(const Object& obj) noexcept
+    {
+        if constexpr (std::is_base_of<T, Object>::value)
+            return true;
+        else
+            return dynamic_cast<const T*>(&obj) != nullptr;
+    }
 
     const char16_t* getName() const noexcept { return m_name; }
     const std::type_info* getType() const noexcept { return m_type; }
@@ -33,11 +46,12 @@ public:
 
 private:
     friend class ClassManagerBase;
-    Class(const char16_t* name, const std::type_info* type, CreateFunction creator) noexcept;
+    Class(const char16_t* name, const std::type_info* type, CreateFunction creator, InstanceTest test) noexcept;
 
     const char16_t* m_name;
     const std::type_info* m_type;
     CreateFunction m_creator;
+    InstanceTest m_instanceTest;
 };
 
 } // namespace qv

@@ -20,7 +20,8 @@ class LockObject;
 class QV_EXPORT ClassManagerBase {
 public:
     // The first registration of a name wins; later ones are ignored.
-    void registerClass(const char16_t* name, const std::type_info* type, Class::CreateFunction creator);
+    void registerClass(const char16_t* name, const std::type_info* type, Class::CreateFunction creator,
+                       Class::InstanceTest instanceTest = nullptr);
     // ClassNotFoundException with the name as message when unknown.
     const Class* lookupName(const char16_t* name) const;
     // ClassNotFoundException with the type's name as message when unknown.
@@ -34,6 +35,12 @@ private:
     struct NameLess {
         bool operator()(const char16_t* a, const char16_t* b) const noexcept;
     };
+    // Orders by the descriptor's identity as the run time sees it, so that a
+    // type whose descriptor was emitted again in another shared object still
+    // finds its class.
+    struct TypeLess {
+        bool operator()(const std::type_info* a, const std::type_info* b) const noexcept { return a->before(*b); }
+    };
 
     ClassManagerBase();
     ~ClassManagerBase();
@@ -41,7 +48,7 @@ private:
     ClassManagerBase& operator=(const ClassManagerBase&) = delete;
 
     std::map<const char16_t*, Reference<Class>, NameLess> m_byName;
-    std::map<const std::type_info*, Reference<Class>> m_byType;
+    std::map<const std::type_info*, Reference<Class>, TypeLess> m_byType;
 };
 
 namespace util {

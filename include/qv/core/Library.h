@@ -14,6 +14,9 @@ class LockObject;
 // the library's singletons. Null while the library is stopped.
 extern QV_EXPORT sync::LockObject* g_pGlobalLock;
 
+// The platform's handle of libqvcl3 itself, known once the library is loaded.
+QV_EXPORT int32_t libraryModuleHandle() noexcept;
+
 } // namespace qv
 
 extern "C" {

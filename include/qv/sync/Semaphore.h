@@ -23,7 +23,8 @@ public:
 
 protected:
     // For semaphores whose handle comes from elsewhere (named ones).
-    explicit Semaphore(QVHANDLE handle) noexcept : m_handle(handle) {}
+    struct AdoptHandle {};
+    Semaphore(AdoptHandle, QVHANDLE handle) noexcept : m_handle(handle) {}
     QVHANDLE handle() const noexcept { return m_handle; }
 
 private:
