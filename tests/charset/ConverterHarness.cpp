@@ -47,6 +47,7 @@ std::vector<Codec> allCodecs()
 
 } // namespace charset_test
 
+#include <cerrno>
 #include <iconv.h>
 
 namespace charset_test {
@@ -82,6 +83,34 @@ bool IconvOracle::convert(const std::string& input, std::string& output)
     ok = ok && iconv(cd, nullptr, nullptr, &out, &outLeft) != static_cast<size_t>(-1);
     output.resize(output.size() - outLeft);
     return ok;
+}
+
+bool IconvOracle::convertMarking(const std::string& input, size_t unitSize, char mark, std::string& output)
+{
+    if (m_cd == nullptr) {
+        return false;
+    }
+    // One call per element: iconv is quick to refuse a single character but
+    // slow to resume after refusing one inside a long input.
+    iconv_t cd = static_cast<iconv_t>(m_cd);
+    iconv(cd, nullptr, nullptr, nullptr, nullptr);
+    output.clear();
+    char buffer[16];
+    for (size_t i = 0; i + unitSize <= input.size(); i += unitSize) {
+        char* in = const_cast<char*>(input.data() + i);
+        size_t inLeft = unitSize;
+        char* out = buffer;
+        size_t outLeft = sizeof buffer;
+        if (iconv(cd, &in, &inLeft, &out, &outLeft) == static_cast<size_t>(-1)) {
+            if (errno != EILSEQ) {
+                return false;
+            }
+            output += mark;
+        } else {
+            output.append(buffer, sizeof buffer - outLeft);
+        }
+    }
+    return true;
 }
 
 } // namespace charset_test
