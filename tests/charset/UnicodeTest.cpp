@@ -3,6 +3,8 @@
 
 #include "ConverterHarness.h"
 
+#include <random>
+
 namespace charset_test {
 namespace {
 
@@ -74,6 +76,102 @@ TEST(CharsetUtf8, BlockLoopsHandOverAtEveryOffset)
         EXPECT_TRUE(encodeAll(encoder, text) == expected);
         BTCUTF8 decoder;
         EXPECT_TRUE(decodeAll(decoder, expected) == text);
+    }
+}
+
+uint32_t below(std::mt19937& random, uint32_t bound)
+{
+    return static_cast<uint32_t>(random() % bound);
+}
+
+// Text of ASCII runs, two- and three-byte characters and surrogate pairs in
+// a random mix and density, so that every block loop meets every neighbour.
+Text randomText(std::mt19937& random, size_t length)
+{
+    const uint32_t weights[4] = {below(random, 100), below(random, 30), below(random, 30), below(random, 30)};
+    const uint32_t total = weights[0] + weights[1] + weights[2] + weights[3] + 1;
+    Text text;
+    while (text.size() < length) {
+        uint32_t pick = below(random, total);
+        int kind = 0;
+        while (kind < 3 && pick >= weights[kind]) {
+            pick -= weights[kind++];
+        }
+        if (kind == 0) {
+            text += static_cast<char16_t>(below(random, 0x80));
+        } else if (kind == 1) {
+            text += static_cast<char16_t>(0x80 + below(random, 0x780));
+        } else if (kind == 2) {
+            char16_t c = static_cast<char16_t>(0x800 + below(random, 0xF800));
+            text += (c & 0xF800) == 0xD800 ? u'\u4E00' : c;
+        } else {
+            const uint32_t cp = 0x10000 + below(random, 0x100000);
+            text += static_cast<char16_t>(0xD7C0 + (cp >> 10));
+            text += static_cast<char16_t>(0xDC00 + (cp & 0x3FF));
+        }
+    }
+    return text;
+}
+
+std::string littleEndian(const Text& text)
+{
+    std::string bytes;
+    for (char16_t u : text) {
+        bytes += static_cast<char>(u & 0xFF);
+        bytes += static_cast<char>(u >> 8);
+    }
+    return bytes;
+}
+
+TEST(CharsetUtf8, RandomMixturesMatchIconvInBothDirections)
+{
+    std::mt19937 random(20261121);
+    IconvOracle oracle("UTF-16LE", "UTF-8");
+    for (int round = 0; round < 300; ++round) {
+        const Text text = randomText(random, below(random, 700));
+        std::string expected;
+        ASSERT_TRUE(oracle.convert(littleEndian(text), expected));
+        CTBUTF8 encoder;
+        BTCUTF8 decoder;
+        const int inStep = 1 + static_cast<int>(below(random, 64));
+        const int outStep = 1 + static_cast<int>(below(random, 64));
+        ASSERT_TRUE(encodeAll(encoder, text) == expected) << "round " << round;
+        ASSERT_TRUE(decodeAll(decoder, expected) == text) << "round " << round;
+        encoder.reset();
+        decoder.reset();
+        ASSERT_TRUE(encodeAll(encoder, text, inStep, outStep) == expected) << "round " << round;
+        ASSERT_TRUE(decodeAll(decoder, expected, inStep, outStep) == text) << "round " << round;
+    }
+}
+
+TEST(CharsetUtf8, ABadElementAnywhereInRandomTextIsRejected)
+{
+    std::mt19937 random(7);
+    const Bytes badSequences[] = {"\x80", "\xC0\x80", "\xE0\x80\x80", "\xED\xA0\x80", "\xF4\x90\x80\x80", "\xC3"};
+    for (int round = 0; round < 300; ++round) {
+        Text text = randomText(random, 1 + below(random, 300));
+        CTBUTF8 encoder;
+        Bytes bytes = encodeAll(encoder, text);
+
+        // Lone surrogates, cut at a character boundary so as not to pair up.
+        size_t at = below(random, text.size() + 1);
+        while (at > 0 && at < text.size() && (text[at] & 0xFC00) == 0xDC00) {
+            --at;
+        }
+        const char16_t lone = round % 2 == 0 ? u'\xD834' : u'\xDD1E';
+        Text broken = text.substr(0, at) + lone + (round % 2 == 0 ? u"x" : u"") + text.substr(at);
+        encoder.reset();
+        EXPECT_THROW(encodeAll(encoder, broken), InvalidCharacterException) << "round " << round;
+
+        size_t cut = below(random, bytes.size() + 1);
+        while (cut > 0 && cut < bytes.size() && (static_cast<uint8_t>(bytes[cut]) & 0xC0) == 0x80) {
+            --cut;
+        }
+        const Bytes& bad = badSequences[round % 6];
+        BTCUTF8 decoder;
+        EXPECT_THROW(decodeAll(decoder, bytes.substr(0, cut) + bad + "x" + bytes.substr(cut)),
+                     InvalidCharacterException)
+            << "round " << round;
     }
 }
 

@@ -84,6 +84,83 @@ inline int32_t emit(uint32_t cp, char16_t* out, int32_t op, int32_t outEnd, char
     return op;
 }
 
+// One multi-byte sequence at in[ip], given at least 4 bytes of input and
+// 2 slots of output. Leaves anything out of the ordinary, errors included,
+// to the careful step and then returns false without consuming.
+inline bool decodeSequence(const uint8_t* in, int32_t& ip, char16_t* out, int32_t& op)
+{
+    const uint32_t b0 = in[ip];
+    const uint32_t b1 = in[ip + 1];
+    if (b0 < 0xE0) {
+        if (b0 < 0xC2 || (b1 & 0xC0) != 0x80) {
+            return false;
+        }
+        out[op++] = static_cast<char16_t>(((b0 & 0x1F) << 6) | (b1 & 0x3F));
+        ip += 2;
+        return true;
+    }
+    const uint32_t b2 = in[ip + 2];
+    if (b0 < 0xF0) {
+        const uint32_t cp = ((b0 & 0x0F) << 12) | ((b1 & 0x3F) << 6) | (b2 & 0x3F);
+        if ((((b1 & 0xC0) ^ 0x80) | ((b2 & 0xC0) ^ 0x80)) != 0 || cp < 0x800 || detail::isSurrogate(cp)) {
+            return false;
+        }
+        out[op++] = static_cast<char16_t>(cp);
+        ip += 3;
+        return true;
+    }
+    const uint32_t b3 = in[ip + 3];
+    const uint32_t cp = ((b0 & 0x07) << 18) | ((b1 & 0x3F) << 12) | ((b2 & 0x3F) << 6) | (b3 & 0x3F);
+    if (b0 > 0xF4 || (((b1 & 0xC0) ^ 0x80) | ((b2 & 0xC0) ^ 0x80) | ((b3 & 0xC0) ^ 0x80)) != 0 || cp < 0x10000 ||
+        cp > 0x10FFFF) {
+        return false;
+    }
+    out[op] = detail::highSurrogateOf(cp);
+    out[op + 1] = detail::lowSurrogateOf(cp);
+    op += 2;
+    ip += 4;
+    return true;
+}
+
+#if QVCL3_CHARSET_SSE2
+// Four three-byte sequences in a row, the bulk of East Asian text: twelve
+// bytes checked and decoded together. Needs sixteen readable bytes.
+inline bool decodeThreeByteQuad(const uint8_t* in, char16_t* out)
+{
+    const char l = static_cast<char>(0xF0);
+    const char c = static_cast<char>(0xC0);
+    const char e = static_cast<char>(0xE0);
+    const char k = static_cast<char>(0x80);
+    const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in));
+    const __m128i shape = _mm_and_si128(v, _mm_setr_epi8(l, c, c, l, c, c, l, c, c, l, c, c, 0, 0, 0, 0));
+    const __m128i expected = _mm_setr_epi8(e, k, k, e, k, k, e, k, k, e, k, k, 0, 0, 0, 0);
+    if (_mm_movemask_epi8(_mm_cmpeq_epi8(shape, expected)) != 0xFFFF) {
+        return false;
+    }
+    // Sequences 0 and 1 in the low quadword, 2 and 3 in the high one, each
+    // pair turned into two 16-bit values by shifts and masks.
+    const __m128i w = _mm_unpacklo_epi64(v, _mm_srli_si128(v, 6));
+    const __m128i first = _mm_or_si128(
+        _mm_or_si128(_mm_and_si128(_mm_slli_epi64(w, 12), _mm_set1_epi64x(0xF000)),
+                     _mm_and_si128(_mm_srli_epi64(w, 2), _mm_set1_epi64x(0x0FC0))),
+        _mm_and_si128(_mm_srli_epi64(w, 16), _mm_set1_epi64x(0x003F)));
+    const __m128i second = _mm_or_si128(
+        _mm_or_si128(_mm_and_si128(_mm_slli_epi64(w, 4), _mm_set1_epi64x(0xF0000000)),
+                     _mm_and_si128(_mm_srli_epi64(w, 10), _mm_set1_epi64x(0x0FC00000))),
+        _mm_and_si128(_mm_srli_epi64(w, 24), _mm_set1_epi64x(0x003F0000)));
+    const __m128i units = _mm_shuffle_epi32(_mm_or_si128(first, second), _MM_SHUFFLE(3, 1, 2, 0));
+    // Overlong forms have top five bits 00000, surrogates 11011.
+    const __m128i top = _mm_srli_epi16(units, 11);
+    const __m128i bad =
+        _mm_or_si128(_mm_cmpeq_epi16(top, _mm_setzero_si128()), _mm_cmpeq_epi16(top, _mm_set1_epi16(0x1B)));
+    if ((_mm_movemask_epi8(bad) & 0xFF) != 0) {
+        return false;
+    }
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(out), units);
+    return true;
+}
+#endif
+
 } // namespace
 
 BTCUTF8::BTCUTF8() : m_state{0, 0, 0x80, 0xBF, 0}
@@ -128,79 +205,48 @@ int32_t BTCUTF8::convert(const signed char* inBytes, int32_t* inPos, int32_t inE
 
     while (s.need == 0 && ip < inEnd && op < outEnd) {
 #if QVCL3_CHARSET_SSE2
+        // Sixteen bytes at a time, widened and stored before looking at them:
+        // the slots past the ASCII prefix are rewritten by what follows.
         const __m128i zero = _mm_setzero_si128();
         while (inEnd - ip >= 16 && outEnd - op >= 16) {
             const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in + ip));
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(out + op), _mm_unpacklo_epi8(v, zero));
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(out + op + 8), _mm_unpackhi_epi8(v, zero));
             const int mask = _mm_movemask_epi8(v);
             if (mask == 0) {
-                _mm_storeu_si128(reinterpret_cast<__m128i*>(out + op), _mm_unpacklo_epi8(v, zero));
-                _mm_storeu_si128(reinterpret_cast<__m128i*>(out + op + 8), _mm_unpackhi_epi8(v, zero));
                 ip += 16;
                 op += 16;
                 continue;
             }
-            int ascii = detail::lowestBit(static_cast<uint32_t>(mask));
-            if (ascii >= 8) {
-                _mm_storeu_si128(reinterpret_cast<__m128i*>(out + op), _mm_unpacklo_epi8(v, zero));
-                ip += 8;
-                op += 8;
-                ascii -= 8;
+            const int ascii = detail::lowestBit(static_cast<uint32_t>(mask));
+            ip += ascii;
+            op += ascii;
+            bool stuck = false;
+            for (;;) {
+                while (inEnd - ip >= 16 && outEnd - op >= 4 && decodeThreeByteQuad(in + ip, out + op)) {
+                    ip += 12;
+                    op += 4;
+                }
+                if (inEnd - ip < 4 || outEnd - op < 2 || in[ip] < 0x80) {
+                    break;
+                }
+                if (!decodeSequence(in, ip, out, op)) {
+                    stuck = true;
+                    break;
+                }
             }
-            for (; ascii > 0; --ascii) {
-                out[op++] = in[ip++];
+            if (stuck) {
+                break;
             }
-            break;
         }
 #endif
-        // Runs of multi-byte sequences, with room for the longest one on
-        // both sides. Anything unusual leaves to the careful step below,
-        // which also produces the error message.
+        // Anything left with room for the longest sequence on both sides.
         while (inEnd - ip >= 4 && outEnd - op >= 2) {
-            const uint32_t b0 = in[ip];
-            if (b0 < 0x80) {
-                out[op++] = static_cast<char16_t>(b0);
-                ++ip;
-#if QVCL3_CHARSET_SSE2
-                if (in[ip] < 0x80) {
-                    break;
-                }
-#endif
-                continue;
-            }
-            const uint32_t b1 = in[ip + 1];
-            if (b0 < 0xE0) {
-                if (b0 < 0xC2 || (b1 & 0xC0) != 0x80) {
-                    break;
-                }
-                out[op++] = static_cast<char16_t>(((b0 & 0x1F) << 6) | (b1 & 0x3F));
-                ip += 2;
-                continue;
-            }
-            const uint32_t b2 = in[ip + 2];
-            if (b0 < 0xF0) {
-                if ((((b1 & 0xC0) ^ 0x80) | ((b2 & 0xC0) ^ 0x80)) != 0) {
-                    break;
-                }
-                const uint32_t cp = ((b0 & 0x0F) << 12) | ((b1 & 0x3F) << 6) | (b2 & 0x3F);
-                if (cp < 0x800 || detail::isSurrogate(cp)) {
-                    break;
-                }
-                out[op++] = static_cast<char16_t>(cp);
-                ip += 3;
-                continue;
-            }
-            const uint32_t b3 = in[ip + 3];
-            if (b0 > 0xF4 || (((b1 & 0xC0) ^ 0x80) | ((b2 & 0xC0) ^ 0x80) | ((b3 & 0xC0) ^ 0x80)) != 0) {
+            if (in[ip] < 0x80) {
+                out[op++] = in[ip++];
+            } else if (!decodeSequence(in, ip, out, op)) {
                 break;
             }
-            const uint32_t cp = ((b0 & 0x07) << 18) | ((b1 & 0x3F) << 12) | ((b2 & 0x3F) << 6) | (b3 & 0x3F);
-            if (cp < 0x10000 || cp > 0x10FFFF) {
-                break;
-            }
-            out[op] = detail::highSurrogateOf(cp);
-            out[op + 1] = detail::lowSurrogateOf(cp);
-            op += 2;
-            ip += 4;
         }
         if (ip >= inEnd || op >= outEnd) {
             break;
