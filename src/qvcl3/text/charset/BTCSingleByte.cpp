@@ -11,48 +11,6 @@
 
 namespace qv::text::charset {
 
-namespace {
-
-// Moves the leading run of bytes below identityBelow in blocks of 16.
-inline void copyIdentityBlocks(const uint8_t* in, int32_t& ip, int32_t inEnd, char16_t* out, int32_t& op,
-                               int32_t outEnd, uint32_t identityBelow)
-{
-#if QVCL3_CHARSET_SSE2
-    const __m128i zero = _mm_setzero_si128();
-    while (inEnd - ip >= 16 && outEnd - op >= 16) {
-        const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in + ip));
-        const int mask = identityBelow == 0x100 ? 0 : _mm_movemask_epi8(v);
-        if (mask != 0) {
-            int run = detail::lowestBit(static_cast<uint32_t>(mask));
-            if (run >= 8) {
-                _mm_storeu_si128(reinterpret_cast<__m128i*>(out + op), _mm_unpacklo_epi8(v, zero));
-                ip += 8;
-                op += 8;
-                run -= 8;
-            }
-            for (; run > 0; --run) {
-                out[op++] = in[ip++];
-            }
-            return;
-        }
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(out + op), _mm_unpacklo_epi8(v, zero));
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(out + op + 8), _mm_unpackhi_epi8(v, zero));
-        ip += 16;
-        op += 16;
-    }
-#else
-    (void)in;
-    (void)ip;
-    (void)inEnd;
-    (void)out;
-    (void)op;
-    (void)outEnd;
-    (void)identityBelow;
-#endif
-}
-
-} // namespace
-
 BTCSingleByte::BTCSingleByte(const detail::SingleByteCode& code) : m_code(&code)
 {
 }
@@ -68,7 +26,34 @@ int32_t BTCSingleByte::convert(const signed char* inBytes, int32_t* inPos, int32
     const int32_t opStart = op;
 
     while (ip < inEnd && op < outEnd) {
-        copyIdentityBlocks(in, ip, inEnd, out, op, outEnd, m_code->identityBelow);
+#if QVCL3_CHARSET_SSE2
+        // Sixteen bytes at a time, widened and stored as if they stood for
+        // themselves; a block with other bytes goes through the table. A
+        // block with an undefined byte leaves to the careful step, which
+        // rewrites what was stored for it.
+        const __m128i zero = _mm_setzero_si128();
+        const bool latin1 = m_code->identityBelow == 0x100;
+        while (inEnd - ip >= 16 && outEnd - op >= 16) {
+            const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in + ip));
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(out + op), _mm_unpacklo_epi8(v, zero));
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(out + op + 8), _mm_unpackhi_epi8(v, zero));
+            if (!latin1 && _mm_movemask_epi8(v) != 0) {
+                const uint64_t bytes[2] = {static_cast<uint64_t>(_mm_cvtsi128_si64(v)),
+                                           static_cast<uint64_t>(_mm_cvtsi128_si64(_mm_unpackhi_epi64(v, v)))};
+                uint32_t undefined = 0;
+                for (int k = 0; k < 16; ++k) {
+                    const char16_t c = table[(bytes[k >> 3] >> (8 * (k & 7))) & 0xFF];
+                    out[op + k] = c;
+                    undefined |= c == 0xFFFD ? 1u : 0u;
+                }
+                if (undefined != 0) {
+                    break;
+                }
+            }
+            ip += 16;
+            op += 16;
+        }
+#endif
         // Eight at a time through the table, stored only when none of them
         // is undefined; an undefined byte goes to the careful step.
         while (inEnd - ip >= 8 && outEnd - op >= 8) {
@@ -76,7 +61,7 @@ int32_t BTCSingleByte::convert(const signed char* inBytes, int32_t* inPos, int32
             uint32_t undefined = 0;
             for (int k = 0; k < 8; ++k) {
                 c[k] = table[in[ip + k]];
-                undefined |= c[k] == 0xFFFD;
+                undefined |= c[k] == 0xFFFD ? 1u : 0u;
             }
             if (undefined != 0) {
                 break;
@@ -86,9 +71,6 @@ int32_t BTCSingleByte::convert(const signed char* inBytes, int32_t* inPos, int32
             }
             ip += 8;
             op += 8;
-            if (in[ip - 1] < 0x80) {
-                break;
-            }
         }
         if (ip >= inEnd || op >= outEnd) {
             break;

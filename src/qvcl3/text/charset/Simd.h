@@ -1,13 +1,15 @@
 #ifndef QVCL3_TEXT_CHARSET_SIMD_H
 #define QVCL3_TEXT_CHARSET_SIMD_H
 
-// The converters' block loops use SSE2, which every x86-64 processor has.
-// Elsewhere (or with QVCL3_CHARSET_NO_SIMD, to exercise the scalar code on
-// x86) the scalar loops do all the work; the results are the same.
+// The converters' block loops use SSE2, which every x86-64 processor has,
+// and the little-endian byte order of x86-64 for multi-byte loads and
+// stores. Elsewhere (or with QVCL3_CHARSET_NO_SIMD, to exercise the scalar
+// code on x86-64) the scalar loops do all the work; the results are the
+// same.
 
 #include <cstdint>
 
-#if defined(__SSE2__) && !defined(QVCL3_CHARSET_NO_SIMD)
+#if defined(__SSE2__) && defined(__x86_64__) && !defined(QVCL3_CHARSET_NO_SIMD)
 #define QVCL3_CHARSET_SSE2 1
 #include <emmintrin.h>
 #endif
