@@ -123,6 +123,49 @@ inline bool decodeSequence(const uint8_t* in, int32_t& ip, char16_t* out, int32_
 }
 
 #if QVCL3_CHARSET_SSE2
+// Sixteen bytes (fifteen when a sequence starts in the last one, see width)
+// of ASCII and at most four two-byte sequences (European text), decoded
+// without branching on where the sequences are. Reads 37 bytes and writes
+// up to 33 units. Returns the number of sequences, or -1 when the block
+// does not qualify.
+inline int decodeLatinBlock(const uint8_t* in, char16_t* out, int& width)
+{
+    const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in));
+    uint32_t nonAscii = static_cast<uint32_t>(_mm_movemask_epi8(v));
+    // Signed bytes: leads C2-DF are -62..-33, continuations 80-BF -128..-65.
+    const __m128i leadMask =
+        _mm_and_si128(_mm_cmpgt_epi8(v, _mm_set1_epi8(-63)), _mm_cmplt_epi8(v, _mm_set1_epi8(-32)));
+    uint32_t leads = static_cast<uint32_t>(_mm_movemask_epi8(leadMask));
+    // A sequence that starts in the last byte is left to the next block.
+    width = (leads & 0x8000u) != 0 ? 15 : 16;
+    leads &= 0x7FFFu;
+    nonAscii &= (1u << width) - 1;
+    const uint32_t continuations = static_cast<uint32_t>(_mm_movemask_epi8(_mm_cmplt_epi8(v, _mm_set1_epi8(-64))));
+    const uint32_t l1 = leads & (leads - 1);
+    const uint32_t l2 = l1 & (l1 - 1);
+    const uint32_t l3 = l2 & (l2 - 1);
+    if ((leads | continuations) != nonAscii || continuations != leads << 1 || (l3 & (l3 - 1)) != 0) {
+        return -1;
+    }
+    // The k-th missing sequence counts as sitting at 16 + k, so that what is
+    // written for it lies past the end of the block's output (which shrinks
+    // by one unit per sequence), to be overwritten later.
+    const int j[4] = {detail::lowestBit(leads | 0x10000u), detail::lowestBit(l1 | 0x20000u),
+                      detail::lowestBit(l2 | 0x40000u), detail::lowestBit(l3 | 0x80000u)};
+    const __m128i zero = _mm_setzero_si128();
+    auto ascii = [zero](const uint8_t* from, char16_t* to) {
+        const __m128i x = _mm_loadu_si128(reinterpret_cast<const __m128i*>(from));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(to), _mm_unpacklo_epi8(x, zero));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(to + 8), _mm_unpackhi_epi8(x, zero));
+    };
+    ascii(in, out);
+    for (int k = 0; k < 4; ++k) {
+        out[j[k] - k] = static_cast<char16_t>(((in[j[k]] & 0x1F) << 6) | (in[j[k] + 1] & 0x3F));
+        ascii(in + j[k] + 2, out + j[k] - k + 1);
+    }
+    return (j[0] < 16 ? 1 : 0) + (j[1] < 16 ? 1 : 0) + (j[2] < 16 ? 1 : 0) + (j[3] < 16 ? 1 : 0);
+}
+
 // Four three-byte sequences in a row, the bulk of East Asian text: twelve
 // bytes checked and decoded together. Needs sixteen readable bytes.
 inline bool decodeThreeByteQuad(const uint8_t* in, char16_t* out)
@@ -219,6 +262,26 @@ int32_t BTCUTF8::convert(const signed char* inBytes, int32_t* inPos, int32_t inE
                 continue;
             }
             const int ascii = detail::lowestBit(static_cast<uint32_t>(mask));
+            const uint32_t first = in[ip + ascii];
+            if (first >= 0xC2 && first < 0xE0 && inEnd - ip >= 48 && outEnd - op >= 48) {
+                // European text: stay with blocks of sixteen bytes while they
+                // hold few enough two-byte sequences and some at all.
+                const int32_t start = ip;
+                int plainBlocks = 0;
+                while (inEnd - ip >= 48 && outEnd - op >= 48 && plainBlocks < 2) {
+                    int width;
+                    const int twoByte = decodeLatinBlock(in + ip, out + op, width);
+                    if (twoByte < 0) {
+                        break;
+                    }
+                    ip += width;
+                    op += width - twoByte;
+                    plainBlocks = twoByte == 0 ? plainBlocks + 1 : 0;
+                }
+                if (ip != start) {
+                    continue;
+                }
+            }
             ip += ascii;
             op += ascii;
             bool stuck = false;
