@@ -22,7 +22,7 @@ Text representableText(const Codec& codec)
         try {
             decoder->setSubstitutionMode(false);
             candidates += decodeAll(*decoder, Bytes(1, static_cast<char>(b)));
-        } catch (const std::exception&) {
+        } catch (const qv::Exception&) {
         }
     }
     auto encoder = codec.encoder();

@@ -107,5 +107,52 @@ TEST(CharsetBasics, NamesAndSizesDescribeTheEncoding)
     EXPECT_TRUE(Text(latin1.getEncodingName()) == u"ISO8859_1");
 }
 
+TEST(CharsetBasics, ConvertersAreRegisteredLibraryObjects)
+{
+    const std::pair<const char16_t*, const char16_t*> creatable[] = {
+        {u"BTCUTF8", u"UTF-8"},        {u"CTBUTF8", u"UTF-8"},         {u"BTCUTF16LE", u"UTF-16LE"},
+        {u"CTBUTF16BE", u"UTF-16BE"},  {u"BTCUTF16", u"UTF-16"},       {u"CTBUTF32LE", u"UTF-32LE"},
+        {u"BTCUTF32BE", u"UTF-32BE"},  {u"CTBUTF32", u"UTF-32"},       {u"BTCASCII", u"ASCII"},
+        {u"CTBISO8859_1", u"ISO8859_1"}, {u"BTCCP437", u"CP437"},      {u"CTBCP1252", u"CP1252"},
+        {u"BTCAMP7", u"AMP-7"},        {u"CTBAMP7", u"AMP-7"},
+    };
+    for (const auto& c : creatable) {
+        const Text name = Text(u"qv::text::charset::") + c.first;
+        const qv::Class* cls = qv::Class::forName(name.c_str());
+        ASSERT_NE(nullptr, cls);
+        qv::Reference<qv::Object> object(cls->createInstance());
+        EXPECT_EQ(cls, object->getClass());
+        auto* decoder = dynamic_cast<ByteToCharConverter*>(object.get());
+        auto* encoder = dynamic_cast<CharToByteConverter*>(object.get());
+        ASSERT_TRUE((decoder != nullptr) != (encoder != nullptr));
+        EXPECT_TRUE(Text(decoder ? decoder->getEncodingName() : encoder->getEncodingName()) == c.second);
+    }
+    // The code pages need their number and the bases are abstract.
+    EXPECT_THROW(qv::Class::forName(u"qv::text::charset::BTCCodePage")->createInstance(),
+                 qv::IllegalAccessException);
+    EXPECT_THROW(qv::Class::forName(u"qv::text::charset::ByteToCharConverter")->createInstance(),
+                 qv::IllegalAccessException);
+    BTCCodePage cp866(866);
+    EXPECT_TRUE(Text(cp866.getClass()->getName()) == u"qv::text::charset::BTCCodePage");
+    EXPECT_TRUE(qv::Class::forName(u"qv::text::charset::ByteToCharConverter")->isInstance(cp866));
+
+    // The exceptions are library exceptions with their own result codes.
+    try {
+        BTCUTF8 decoder;
+        decodeAll(decoder, "\xFF");
+        ADD_FAILURE() << "accepted";
+    } catch (const qv::Exception& e) {
+        EXPECT_EQ(static_cast<int32_t>(0x8BB34101u), e.getResult());
+        EXPECT_NE(nullptr, dynamic_cast<const InvalidCharacterException*>(&e));
+    }
+    try {
+        CTBCodePage unknown(1);
+        ADD_FAILURE() << "constructed";
+    } catch (const UnknownEncodingException& e) {
+        EXPECT_EQ(static_cast<int32_t>(0x8BB34103u), e.getResult());
+        EXPECT_EQ("Code page 1 is not supported", messageOf(e));
+    }
+}
+
 } // namespace
 } // namespace charset_test

@@ -17,11 +17,18 @@ using namespace qv::text::charset;
 
 using Bytes = std::string;
 using Text = std::u16string;
-using RangeError = std::out_of_range;
+using RangeError = qv::RangeErrorException;
 
-inline std::string messageOf(const std::exception& e)
+// The message of a library exception; the converters' messages are ASCII.
+inline std::string messageOf(const qv::Exception& e)
 {
-    return e.what();
+    const qv::String description = e.getDescription();
+    const char16_t* text = description.getData();
+    std::string message;
+    for (int32_t i = 0; i < description.getLength(); ++i) {
+        message += text[i] < 0x80 ? static_cast<char>(text[i]) : '?';
+    }
+    return message;
 }
 
 // Runs a decoder over all of bytes, giving it at most inStep bytes and

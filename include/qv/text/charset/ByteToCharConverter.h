@@ -2,6 +2,7 @@
 #define QV_TEXT_CHARSET_BYTETOCHARCONVERTER_H
 
 #include <qv/core/Export.h>
+#include <qv/core/Object.h>
 
 #include <cstdint>
 
@@ -27,13 +28,13 @@ namespace charset {
 // "unmappable": with substitution off it throws UnmappableCharacterException;
 // with substitution on a one-unit substitution is written in its place and any
 // other substitution length drops it.
-class QV_EXPORT ByteToCharConverter
+class QV_EXPORT ByteToCharConverter : public Object
 {
 public:
     ByteToCharConverter();
     ByteToCharConverter(const ByteToCharConverter& other);
     ByteToCharConverter& operator=(const ByteToCharConverter& other);
-    virtual ~ByteToCharConverter();
+    ~ByteToCharConverter() override;
 
     virtual int32_t convert(const signed char* in, int32_t* inPos, int32_t inEnd, char16_t* out, int32_t* outPos,
                             int32_t outEnd) = 0;

@@ -2,6 +2,7 @@
 #define QV_TEXT_CHARSET_CHARTOBYTECONVERTER_H
 
 #include <qv/core/Export.h>
+#include <qv/core/Object.h>
 
 #include <cstdint>
 
@@ -21,13 +22,13 @@ namespace charset {
 // when it began. A lone surrogate is malformed (InvalidCharacterException); a
 // character the encoding cannot represent is unmappable and follows the
 // substitution mode (default: the single byte '?').
-class QV_EXPORT CharToByteConverter
+class QV_EXPORT CharToByteConverter : public Object
 {
 public:
     CharToByteConverter();
     CharToByteConverter(const CharToByteConverter& other);
     CharToByteConverter& operator=(const CharToByteConverter& other);
-    virtual ~CharToByteConverter();
+    ~CharToByteConverter() override;
 
     virtual int32_t convert(const char16_t* in, int32_t* inPos, int32_t inEnd, signed char* out, int32_t* outPos,
                             int32_t outEnd) = 0;

@@ -1,38 +1,31 @@
 #ifndef QV_TEXT_CHARSET_CHARSETEXCEPTIONS_H
 #define QV_TEXT_CHARSET_CHARSETEXCEPTIONS_H
 
-// Stand-in until the runtime core's exception classes are merged; same
-// names, same result codes.
-
-#include <qv/core/Export.h>
-
-#include <cstdint>
-#include <stdexcept>
+#include <qv/core/Exception.h>
 
 namespace qv {
 namespace text {
 namespace charset {
 
-class QV_EXPORT InvalidCharacterException : public std::runtime_error
-{
-public:
-    explicit InvalidCharacterException(const char* message) : std::runtime_error(message) {}
-    int32_t getResult() const { return static_cast<int32_t>(0x8BB34101u); }
-};
+#define QV_DECLARE_RESULT_EXCEPTION(Name)                                                                              \
+    class QV_EXPORT Name : public Exception {                                                                          \
+    public:                                                                                                            \
+        Name();                                                                                                        \
+        explicit Name(const ::qv::String& message);                                                                   \
+        Name(const Name& other);                                                                                       \
+        Name& operator=(const Name& other);                                                                            \
+        ~Name() override;                                                                                              \
+        ::qv::Result getResult() const override;                                                                       \
+    };
 
-class QV_EXPORT UnmappableCharacterException : public std::runtime_error
-{
-public:
-    explicit UnmappableCharacterException(const char* message) : std::runtime_error(message) {}
-    int32_t getResult() const { return static_cast<int32_t>(0x8BB34102u); }
-};
+// 0x8BB34101: malformed input of a converter.
+QV_DECLARE_RESULT_EXCEPTION(InvalidCharacterException)
+// 0x8BB34102: a character the target encoding cannot represent.
+QV_DECLARE_RESULT_EXCEPTION(UnmappableCharacterException)
+// 0x8BB34103: an encoding name nobody knows.
+QV_DECLARE_RESULT_EXCEPTION(UnknownEncodingException)
 
-class QV_EXPORT UnknownEncodingException : public std::runtime_error
-{
-public:
-    explicit UnknownEncodingException(const char* message) : std::runtime_error(message) {}
-    int32_t getResult() const { return static_cast<int32_t>(0x8BB34103u); }
-};
+#undef QV_DECLARE_RESULT_EXCEPTION
 
 } // namespace charset
 } // namespace text

@@ -1,32 +1,48 @@
 #include "ConverterSupport.h"
 
+#include <qv/core/Exception.h>
+#include <qv/lang/String.h>
 #include <qv/text/charset/CharsetExceptions.h>
 
-#include <stdexcept>
+#include <string>
 
 namespace qv {
 namespace text {
 namespace charset {
 namespace detail {
 
+namespace {
+
+// The messages are ASCII.
+String messageText(const char* message)
+{
+    std::u16string text;
+    for (const char* c = message; *c != '\0'; ++c) {
+        text += static_cast<char16_t>(static_cast<unsigned char>(*c));
+    }
+    return String(text);
+}
+
+} // namespace
+
 void throwInvalidCharacter(const char* message)
 {
-    throw InvalidCharacterException(message);
+    throw InvalidCharacterException(messageText(message));
 }
 
 void throwUnmappableCharacter(const char* message)
 {
-    throw UnmappableCharacterException(message);
+    throw UnmappableCharacterException(messageText(message));
 }
 
 void throwUnknownEncoding(const char* message)
 {
-    throw UnknownEncodingException(message);
+    throw UnknownEncodingException(messageText(message));
 }
 
 void throwRangeError(const char* message)
 {
-    throw std::out_of_range(message);
+    throw RangeErrorException(messageText(message));
 }
 
 void throwLoneHighSurrogate()
