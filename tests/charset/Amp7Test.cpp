@@ -5,7 +5,7 @@
 namespace charset_test {
 namespace {
 
-TEST(CharsetAmp7, ExamplesFromTheImapSpecificationRoundTrip)
+TEST(CharsetAmp7, ExamplesFromRfc3501RoundTrip)
 {
     const std::pair<Bytes, Text> cases[] = {
         {"~peter/mail/&U,BTFw-/&ZeVnLIqe-", u"~peter/mail/\u53F0\u5317/\u65E5\u672C\u8A9E"},

@@ -97,7 +97,7 @@ constexpr int crowded = -2;
 
 // Sixteen units below 0800 of which at most four are above 007F (European
 // text): the ASCII is packed around the two-byte characters without
-// branching on where they are. Reads 33 units and writes up to 36 bytes.
+// branching on where they are. Reads 33 units and writes up to 37 bytes.
 // Returns the number of two-byte characters, or without consuming anything
 // -1 for a unit of 0800 or above and `crowded` for more than four two-byte
 // characters.
