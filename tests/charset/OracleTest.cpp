@@ -168,6 +168,11 @@ TEST(CharsetOracle, EveryScalarValueRoundTripsThroughTheUnicodeFormsByteForByteW
         EXPECT_TRUE(expected == bytes);
         auto decoder = c.decoder();
         EXPECT_TRUE(decodeAll(*decoder, expected) == text);
+        // Three elements per call: every character crosses a call boundary.
+        encoder->reset();
+        EXPECT_TRUE(encodeAll(*encoder, text, 3) == expected);
+        decoder->reset();
+        EXPECT_TRUE(decodeAll(*decoder, expected, 3) == text);
         if (c.name == "UTF-16BE") {
             bigEndian16 = expected;
         } else if (c.name == "UTF-32BE") {

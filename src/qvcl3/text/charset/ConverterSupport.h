@@ -23,17 +23,19 @@ void checkConvertArguments(const void* in, const int32_t* inPos, int32_t inEnd, 
                            const int32_t* outPos, int32_t outEnd);
 void checkFlushArguments(const void* out, const int32_t* outPos, int32_t outEnd);
 
+// Exact for any 32-bit value, not only for code units: a UTF-32 value such
+// as 0xCD8D9 is not a surrogate although its low sixteen bits look like one.
 inline bool isHighSurrogate(uint32_t c)
 {
-    return (c & 0xFC00u) == 0xD800u;
+    return (c & 0xFFFFFC00u) == 0xD800u;
 }
 inline bool isLowSurrogate(uint32_t c)
 {
-    return (c & 0xFC00u) == 0xDC00u;
+    return (c & 0xFFFFFC00u) == 0xDC00u;
 }
 inline bool isSurrogate(uint32_t c)
 {
-    return (c & 0xF800u) == 0xD800u;
+    return (c & 0xFFFFF800u) == 0xD800u;
 }
 inline uint32_t combineSurrogates(uint32_t high, uint32_t low)
 {
