@@ -5,6 +5,7 @@
 # Fails on any crash, sanitizer report, timeout or contract breach.
 set -euo pipefail
 cd "$(dirname "$0")/.."
+scripts/install-deps.sh clang libclang-rt-14-dev
 seconds="${1:-20}"
 dir=build/fuzz
 cmake -S . -B "$dir" -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_BUILD_TYPE=RelWithDebInfo \
