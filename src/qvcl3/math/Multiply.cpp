@@ -10,7 +10,7 @@ namespace detail {
 
 Thresholds defaultThresholds() noexcept
 {
-    return Thresholds{32, 48, 150, 200, 60};
+    return Thresholds{28, 56, 400, 400, 64};
 }
 
 Thresholds& thresholds() noexcept
