@@ -337,6 +337,11 @@ Dec decParse(const char16_t* text, size_t length)
 
 std::string decToPlainString(DecRef a)
 {
+    // Plain text longer than the largest integer's digits would be the
+    // digits of a value no BigInteger can hold.
+    const int64_t maxLength = static_cast<int64_t>(static_cast<double>(MAX_BITS) * 0.30102999566398120) + 3;
+    if (a.scale > maxLength || (!isZero(a.unscaled) && -int64_t(a.scale) > maxLength))
+        raise(MathError::ValueTooLarge);
     std::string digits = magToString(a.unscaled.mag, 10);
     std::string s = a.unscaled.sign < 0 ? "-" : "";
     if (a.scale <= 0) {
