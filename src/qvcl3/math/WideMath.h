@@ -102,12 +102,20 @@ inline Limb mulWide(Limb a, Limb b, Limb& hi) noexcept
     return static_cast<Limb>(t);
 }
 
-// a * b + c + d, which always fits in two limbs.
+// a * b + c + d, which always fits in two limbs. The additions are spelled
+// out in single limbs: compilers turn that into add-with-carry chains, where
+// a 128-bit sum tends to go through memory.
 inline Limb mulAdd2(Limb a, Limb b, Limb c, Limb d, Limb& hi) noexcept
 {
-    WideLimb t = static_cast<WideLimb>(a) * b + c + d;
-    hi = static_cast<Limb>(t >> 64);
-    return static_cast<Limb>(t);
+    WideLimb p = static_cast<WideLimb>(a) * b;
+    Limb lo = static_cast<Limb>(p);
+    Limb h = static_cast<Limb>(p >> 64);
+    lo += c;
+    h += lo < c;
+    lo += d;
+    h += lo < d;
+    hi = h;
+    return lo;
 }
 
 inline Limb divWide(Limb hi, Limb lo, Limb d, Limb& rem) noexcept
