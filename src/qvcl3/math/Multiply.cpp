@@ -10,7 +10,7 @@ namespace detail {
 
 Thresholds defaultThresholds() noexcept
 {
-    return Thresholds{28, 56, 400, 400, 64};
+    return Thresholds{32, 64, 500, 500, 64};
 }
 
 Thresholds& thresholds() noexcept
