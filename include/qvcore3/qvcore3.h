@@ -8,7 +8,9 @@
  * system.
  *
  * Handles are opaque 32-bit values. A stale or never-issued handle is reported
- * as QV_E_INVALIDARG, never dereferenced.
+ * as QV_E_INVALIDARG, never dereferenced; so is a handle of another kind (a
+ * mutex handle given to QVEventWait). A null required pointer is
+ * QV_E_POINTER; outputs called optional below may be null.
  */
 
 #include <stddef.h>
@@ -75,8 +77,11 @@ QVCORE3_API QVNewHandler QVSetNewHandler(QVNewHandler handler) QVCORE3_NOEXCEPT;
 
 /* ---- synchronisation ----------------------------------------------------- */
 /* name: optional label (may be null), kept for diagnostics.
-   flags: reserved, pass 0.
-   Mutexes are recursive for their owning thread. */
+   flags: reserved, pass 0 (anything else is QV_E_INVALIDARG).
+   Mutexes are recursive for their owning thread. Releasing a mutex, a
+   condition's lock or a reader-writer lock not held gives 0x80070001.
+   Timed waits take 0xFFFFFFFF ms as "no limit" and return QV_E_TIMEOUT when
+   the time runs out; try operations return QV_E_BUSY. */
 
 QVCORE3_API QVRESULT QVMutexCreate(const char* name, uint32_t flags, QVHANDLE* handle) QVCORE3_NOEXCEPT;
 QVCORE3_API QVRESULT QVMutexAcquire(QVHANDLE handle) QVCORE3_NOEXCEPT;
@@ -84,7 +89,9 @@ QVCORE3_API QVRESULT QVMutexTryAcquire(QVHANDLE handle) QVCORE3_NOEXCEPT;
 QVCORE3_API QVRESULT QVMutexRelease(QVHANDLE handle) QVCORE3_NOEXCEPT;
 QVCORE3_API QVRESULT QVMutexDestroy(QVHANDLE handle) QVCORE3_NOEXCEPT;
 
-/* A condition variable with its own lock. */
+/* A condition variable with its own lock (not recursive: a second acquire by
+   the holder gives 0x80070023). Waiting needs the lock held; like any
+   condition variable it may wake without a signal. */
 QVCORE3_API QVRESULT QVConditionCreate(const char* name, uint32_t flags, QVHANDLE* handle) QVCORE3_NOEXCEPT;
 QVCORE3_API QVRESULT QVConditionAcquire(QVHANDLE handle) QVCORE3_NOEXCEPT;
 QVCORE3_API QVRESULT QVConditionRelease(QVHANDLE handle) QVCORE3_NOEXCEPT;
@@ -116,7 +123,8 @@ QVCORE3_API QVRESULT QVGateOpen(QVHANDLE handle) QVCORE3_NOEXCEPT;
 QVCORE3_API QVRESULT QVGateClose(QVHANDLE handle) QVCORE3_NOEXCEPT;
 QVCORE3_API QVRESULT QVGateDestroy(QVHANDLE handle) QVCORE3_NOEXCEPT;
 
-/* Auto-reset event: a signal releases exactly one wait, now or later. */
+/* Auto-reset event: a signal releases exactly one wait, now or later. Signals
+   while nobody waits do not add up. */
 QVCORE3_API QVRESULT QVEventCreate(const char* name, uint32_t flags, QVHANDLE* handle) QVCORE3_NOEXCEPT;
 QVCORE3_API QVRESULT QVEventWait(QVHANDLE handle) QVCORE3_NOEXCEPT;
 QVCORE3_API QVRESULT QVEventTimedWait(QVHANDLE handle, uint32_t milliseconds) QVCORE3_NOEXCEPT;
@@ -142,7 +150,10 @@ QVCORE3_API QVRESULT QVNamedSemUnlink(const char* name) QVCORE3_NOEXCEPT;
 
 typedef void* (*QVThreadEntry)(void* argument);
 
-/* stackSize 0: the platform default. flags: reserved, pass 0. */
+/* stackSize 0: the platform default; else raised to the system minimum and
+   to whole pages. flags: reserved, pass 0. threadId (optional) receives the
+   new thread's system id. Join's result is optional; a thread can be joined
+   or detached once, and joining itself gives 0x80070023. */
 QVCORE3_API QVRESULT QVThreadCreate(QVThreadEntry entry, void* argument, uint32_t flags, uint32_t stackSize,
                                     QVHANDLE* handle, uint32_t* threadId) QVCORE3_NOEXCEPT;
 QVCORE3_API QVRESULT QVThreadJoin(QVHANDLE handle, void** result) QVCORE3_NOEXCEPT;
@@ -175,12 +186,13 @@ QVCORE3_API QVRESULT QVProcessCreate(const char16_t* program, const char16_t* ar
                                      const char16_t* const* environment, uint32_t flags,
                                      STRUCT_QV_PROCESS_PIPES* pipes, QVHANDLE* handle) QVCORE3_NOEXCEPT;
 /* Blocks until the child ends; the handle is then gone. A child killed by a
-   signal reports 128 + the signal number. */
+   signal reports 128 + the signal number. exitCode is optional. */
 QVCORE3_API QVRESULT QVProcessJoin(QVHANDLE handle, int32_t* exitCode) QVCORE3_NOEXCEPT;
 /* Never blocks: QV_S_OK with the exit code when the child has ended (the
    handle stays valid for join), QV_S_FALSE while it runs. */
 QVCORE3_API QVRESULT QVProcessGetExitCode(QVHANDLE handle, int32_t* exitCode) QVCORE3_NOEXCEPT;
-/* Lets the child run on unwatched; the handle is gone. */
+/* Lets the child run on unwatched; the handle is gone. A child still running
+   is reaped by a background thread of this library when it ends. */
 QVCORE3_API QVRESULT QVProcessDetach(QVHANDLE handle) QVCORE3_NOEXCEPT;
 QVCORE3_API uint32_t QVProcessGetCurrentId(void) QVCORE3_NOEXCEPT;
 
@@ -193,7 +205,10 @@ QVCORE3_API void QVCommandLineFree(char16_t** argv) QVCORE3_NOEXCEPT;
 
 /* ---- file descriptors (pipes of child processes) ------------------------- */
 
-/* Reads at most size bytes; *done is 0 at end of stream. */
+/* Reads at most size bytes; *done is 0 at end of stream. Write writes all
+   of data unless an error stops it (*done tells how much went out); a pipe
+   whose reader has gone gives 0x80070020 (EPIPE), not a signal. A bad
+   descriptor is QV_E_INVALIDARG. */
 QVCORE3_API QVRESULT QVFileRead(int32_t fd, void* data, uint32_t size, uint32_t* done) QVCORE3_NOEXCEPT;
 QVCORE3_API QVRESULT QVFileWrite(int32_t fd, const void* data, uint32_t size, uint32_t* done) QVCORE3_NOEXCEPT;
 QVCORE3_API QVRESULT QVFileClose(int32_t fd) QVCORE3_NOEXCEPT;
@@ -201,11 +216,14 @@ QVCORE3_API QVRESULT QVFileClose(int32_t fd) QVCORE3_NOEXCEPT;
 /* ---- shared libraries ---------------------------------------------------- */
 
 /* The handle of the shared object that contains address (for a library's own
-   module handle). */
+   module handle). The same object always gives the same handle, which stays
+   valid for the life of the process. */
 QVCORE3_API QVRESULT QVModuleGetHandle(const void* address, QVHANDLE* module) QVCORE3_NOEXCEPT;
 QVCORE3_API QVRESULT QVModuleSetInitialized(QVHANDLE module, int32_t initialized) QVCORE3_NOEXCEPT;
 QVCORE3_API int32_t QVModuleIsInitialized(QVHANDLE module) QVCORE3_NOEXCEPT;
-/* module: the module asking (may be QV_INVALID_HANDLE); path is UTF-16. */
+/* module: the module asking (may be QV_INVALID_HANDLE); path is UTF-16.
+   A missing file gives its errno code (QV_E_FILE_NOT_FOUND), a file that is
+   no loadable object 0x800700C1, an unknown symbol 0x8007007F. */
 QVCORE3_API QVRESULT QVModuleLibOpen(QVHANDLE module, const char16_t* path, QVHANDLE* library) QVCORE3_NOEXCEPT;
 QVCORE3_API QVRESULT QVLibGetSymbol(QVHANDLE library, const char16_t* name, void** address) QVCORE3_NOEXCEPT;
 QVCORE3_API QVRESULT QVModuleLibClose(QVHANDLE library) QVCORE3_NOEXCEPT;
@@ -215,7 +233,10 @@ QVCORE3_API QVRESULT QVModuleLibClose(QVHANDLE library) QVCORE3_NOEXCEPT;
 #define QV_SHAREDMEM_CREATE 0x1u
 
 /* Opens (or, with QV_SHAREDMEM_CREATE, creates when absent) a named region of
-   size bytes. */
+   size bytes. A region smaller than size is grown; size 0 opens an existing
+   region at its size. Names of shared memory and named semaphores get a
+   leading '/' when they lack one and may hold no other '/'. Unmapping when
+   not mapped gives QV_E_ILLEGAL_METHOD_CALL; closing unmaps. */
 QVCORE3_API QVRESULT QVSharedMemOpen(const char* name, uint32_t size, uint32_t flags, QVHANDLE* handle) QVCORE3_NOEXCEPT;
 QVCORE3_API QVRESULT QVSharedMemMap(QVHANDLE handle, void** address) QVCORE3_NOEXCEPT;
 QVCORE3_API QVRESULT QVSharedMemUnmap(QVHANDLE handle) QVCORE3_NOEXCEPT;
@@ -224,7 +245,13 @@ QVCORE3_API QVRESULT QVSharedMemUnlink(const char* name) QVCORE3_NOEXCEPT;
 
 /* ---- UTF-16 string primitives -------------------------------------------- */
 /* Case mapping covers Basic Latin, Latin-1, Latin Extended-A/B, Greek and
-   Cyrillic, whatever the C locale. Null strings count as empty. */
+   Cyrillic (with its supplement), whatever the C locale: the one-to-one
+   mappings of the Unicode data, so U+00FF and U+0178 pair up, U+0130
+   lower-cases to 'i' and U+0131 upper-cases to 'I' (and 'i'/'I' map to each
+   other, not to the Turkish letters), final sigma lower-cases to itself and
+   upper-cases to U+03A3, U+00DF has no single-unit capital and stays, and the
+   micro sign U+00B5 stays. Null strings count as empty; a negative count or
+   length means "to the NUL". */
 
 QVCORE3_API int32_t QVStrLenW(const char16_t* text) QVCORE3_NOEXCEPT;
 QVCORE3_API int32_t QVStrLenA(const char* text) QVCORE3_NOEXCEPT;
@@ -254,8 +281,10 @@ QVCORE3_API uint32_t QVStrToULW(const char16_t* text, const char16_t** end, int3
 QVCORE3_API double QVStrToDW(const char16_t* text, const char16_t** end) QVCORE3_NOEXCEPT;
 /* UTF-16 to the default narrow encoding (QVGetDefaultCharEncoding's), with '?'
    for what it can't represent. length -1: NUL-terminated. Writes at most
-   capacity bytes including the NUL; *written excludes the NUL.
-   QV_E_BUFFER_TOO_SMALL when it does not fit. */
+   capacity bytes including the NUL; *written (optional) excludes the NUL.
+   QV_E_BUFFER_TOO_SMALL when it does not fit: nothing is written and
+   *written tells the bytes needed. Code sets other than UTF-8 and ISO-8859-1
+   are written as ASCII. */
 QVCORE3_API QVRESULT QVUnicodeToAnsi(const char16_t* text, int32_t length, char* destination, int32_t capacity,
                                      int32_t* written) QVCORE3_NOEXCEPT;
 
@@ -295,7 +324,10 @@ QVCORE3_API int32_t QVSocketLayerShutdown(void) QVCORE3_NOEXCEPT;
    Present when the library is built with QVCORE3_FAULT_INJECTION. An armed
    operation fails with the given code on its nth call from now (1 = the next
    call); the allocation form makes the nth QVMemAlloc/QVMemRealloc (and
-   operator new, where the test installs the counting one) return null. */
+   operator new, where the test installs the counting one) return null.
+   Calls rejected for a bad argument or handle are not counted. The destroy,
+   close and detach operations do their work before an armed failure is
+   reported, so a caller's failure path can be tested without a leak. */
 
 QVCORE3_API int32_t QVFaultInjectionAvailable(void) QVCORE3_NOEXCEPT;
 /* operation: the function's name, e.g. "QVMutexCreate". */
@@ -305,6 +337,9 @@ QVCORE3_API void QVFaultDisarmAll(void) QVCORE3_NOEXCEPT;
 /* Allocation hook for a test's own operator new: true when the armed
    allocation failure fires now. */
 QVCORE3_API int32_t QVFaultAllocationFires(void) QVCORE3_NOEXCEPT;
+
+/* Handles open in this process, for tests that look for leaks. */
+QVCORE3_API uint32_t QVHandleCountOpen(void) QVCORE3_NOEXCEPT;
 
 #ifdef __cplusplus
 }

@@ -1,0 +1,44 @@
+#include <qv/core/Class.h>
+
+#include <qv/core/ClassManagerBase.h>
+#include <qv/core/Exception.h>
+
+namespace qv {
+
+Class::Class(const char16_t* name, const std::type_info* type, CreateFunction creator, InstanceTest test) noexcept
+    : m_name(name), m_type(type), m_creator(creator), m_instanceTest(test)
+{
+}
+
+Class::~Class() = default;
+
+bool Class::isInstance(const Object& obj) const
+{
+    if (typeid(obj) == *m_type)
+        return true;
+    return m_instanceTest && m_instanceTest(obj);
+}
+
+Object* Class::createInstance() const
+{
+    if (!m_creator)
+        throw IllegalAccessException();
+    return m_creator();
+}
+
+const Class* Class::forName(const char16_t* name)
+{
+    return ClassManager::getInstance()->lookupName(name);
+}
+
+const Class* Class::forName(const unsigned short* name)
+{
+    return forName(reinterpret_cast<const char16_t*>(name));
+}
+
+const Class* Class::forType(const std::type_info* type)
+{
+    return ClassManager::getInstance()->lookupType(type);
+}
+
+} // namespace qv

@@ -1,0 +1,57 @@
+#include <qv/core/ClassManagerBase.h>
+
+#include <qv/core/Exception.h>
+#include <qvcore3/qvcore3.h>
+
+namespace qv {
+
+namespace util {
+template class Singleton<ClassManagerBase, &g_pGlobalLock>;
+}
+
+bool ClassManagerBase::NameLess::operator()(const char16_t* a, const char16_t* b) const noexcept
+{
+    return QVStrCmpW(a, b) < 0;
+}
+
+ClassManagerBase::ClassManagerBase() = default;
+ClassManagerBase::~ClassManagerBase() = default;
+
+void ClassManagerBase::registerClass(const char16_t* name, const std::type_info* type, Class::CreateFunction creator,
+                                     Class::InstanceTest instanceTest)
+{
+    if (!name || !type)
+        throw ResultException(results::INVALIDARG);
+    if (m_byName.find(name) != m_byName.end())
+        return;
+    Reference<Class> cls(new Class(name, type, creator, instanceTest));
+    m_byName.emplace(name, cls);
+    // A type listed under two names keeps the first name's class.
+    m_byType.emplace(type, cls);
+}
+
+const Class* ClassManagerBase::lookupName(const char16_t* name) const
+{
+    if (!name)
+        throw ClassNotFoundException();
+    auto it = m_byName.find(name);
+    if (it == m_byName.end())
+        throw ClassNotFoundException(String(name));
+    return it->second.get();
+}
+
+const Class* ClassManagerBase::lookupType(const std::type_info* type) const
+{
+    if (!type)
+        throw ClassNotFoundException();
+    auto it = m_byType.find(type);
+    if (it == m_byType.end()) {
+        String name;
+        for (const char* c = type->name(); *c; ++c)
+            name += static_cast<char16_t>(static_cast<unsigned char>(*c));
+        throw ClassNotFoundException(name);
+    }
+    return it->second.get();
+}
+
+} // namespace qv

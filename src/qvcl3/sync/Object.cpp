@@ -1,0 +1,9 @@
+#include <qv/sync/Object.h>
+
+namespace qv {
+namespace sync {
+
+Object::~Object() noexcept(false) = default;
+
+} // namespace sync
+} // namespace qv

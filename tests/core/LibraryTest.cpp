@@ -1,0 +1,48 @@
+#include <qv/core/Class.h>
+#include <qv/core/ClassManagerBase.h>
+#include <qv/core/Exception.h>
+#include <qv/core/Library.h>
+#include <qv/lang/String.h>
+
+#include <gtest/gtest.h>
+
+#include <new>
+
+// Loading the library has already started it once.
+TEST(Library, StartsAreCountedAndOnlyTheOutermostStopTearsDown)
+{
+    ASSERT_NE(qv::g_pGlobalLock, nullptr);
+    qv::sync::LockObject* lock = qv::g_pGlobalLock;
+
+    EXPECT_EQ(QVCLLibInit(), 0);
+    EXPECT_EQ(qv::g_pGlobalLock, lock);
+    EXPECT_EQ(QVCLLibUninit(), 0);
+    EXPECT_EQ(qv::g_pGlobalLock, lock);
+    EXPECT_NE(qv::Class::forName(u"qv::Exception"), nullptr);
+
+    EXPECT_EQ(QVCLLibUninit(), 0);
+    EXPECT_EQ(qv::g_pGlobalLock, nullptr);
+    EXPECT_FALSE(qv::ClassManager::hasInstance());
+    EXPECT_EQ(QVCLLibUninit(), static_cast<qv::Result>(0x80004005u));
+
+    // A new start builds everything again from the static tables.
+    EXPECT_EQ(QVCLLibInit(), 0);
+    EXPECT_NE(qv::g_pGlobalLock, nullptr);
+    EXPECT_NE(qv::Class::forName(u"qv::io::IoException"), nullptr);
+}
+
+TEST(Library, NewHandlerThrowsOutOfMemoryWhileStarted)
+{
+    std::new_handler installed = std::get_new_handler();
+    ASSERT_NE(installed, nullptr);
+    try {
+        installed();
+        FAIL();
+    } catch (const qv::OutOfMemoryException& e) {
+        EXPECT_EQ(e.getResult(), static_cast<qv::Result>(0x8007000Eu));
+    }
+    EXPECT_EQ(QVCLLibUninit(), 0);
+    EXPECT_EQ(std::get_new_handler(), nullptr);
+    EXPECT_EQ(QVCLLibInit(), 0);
+    EXPECT_EQ(std::get_new_handler(), installed);
+}
