@@ -4,6 +4,8 @@
 #include "Decimal.h"
 #include "OracleSupport.h"
 
+#include <qv/core/Exception.h>
+
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -42,7 +44,7 @@ std::string orRaise(F f)
 {
     try {
         return f();
-    } catch (const std::exception&) {
+    } catch (const qv::RangeErrorException&) {
         return "raise";
     }
 }

@@ -1,10 +1,20 @@
 #include "MathError.h"
 
-#include <stdexcept>
+#include <qv/core/Exception.h>
+
+#include "TextBridge.h"
 
 namespace qv {
 namespace math {
 namespace detail {
+
+namespace {
+
+const Result INVALID_ARGUMENT = static_cast<Result>(0x80070057u);
+// DISP_E_DIVBYZERO, the component model's code for a division by zero.
+const Result DIVISION_BY_ZERO = static_cast<Result>(0x80020012u);
+
+} // namespace
 
 const char* messageOf(MathError error) noexcept
 {
@@ -41,7 +51,26 @@ const char* messageOf(MathError error) noexcept
 
 void raise(MathError error)
 {
-    throw std::domain_error(messageOf(error));
+    const String message = toQvString(messageOf(error));
+    switch (error) {
+    case MathError::DivisionByZero:
+        throw ResultException(DIVISION_BY_ZERO, message);
+    case MathError::NotInvertible:
+    case MathError::ValueTooLarge:
+    case MathError::ScaleOverflow:
+    case MathError::RoundingNecessary:
+    case MathError::NonTerminatingDecimal:
+        throw RangeErrorException(message);
+    case MathError::MalformedNumber:
+    case MathError::BadRadix:
+    case MathError::NotFinite:
+    case MathError::NegativeExponent:
+    case MathError::NonPositiveModulus:
+    case MathError::NegativeBitIndex:
+    case MathError::BadRoundingMode:
+        break;
+    }
+    throw ResultException(INVALID_ARGUMENT, message);
 }
 
 } // namespace detail
