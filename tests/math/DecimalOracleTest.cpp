@@ -62,7 +62,7 @@ std::string doubleText(double d, const std::string& expected)
 
 TEST(DecimalOracle, AgreesWithPythonDecimal)
 {
-    std::string data = oracle::run("decimal_oracle.py", "20261121", "2");
+    std::string data = oracle::run("decimal_oracle.py", "20261121", "2", "");
     ASSERT_FALSE(data.empty()) << "the oracle script did not run";
     oracle::Checker c;
     std::istringstream in(data);
