@@ -3,6 +3,7 @@
 #include "MathError.h"
 
 #include <cmath>
+#include <cstring>
 
 namespace qv {
 namespace math {
@@ -55,6 +56,35 @@ private:
     std::vector<Mag> m_powers;
 };
 
+const char DIGIT_PAIRS[] = "00010203040506070809101112131415161718192021222324252627282930313233343536373839"
+                          "40414243444546474849505152535455565758596061626364656667686970717273747576777879"
+                          "8081828384858687888990919293949596979899";
+
+// Writes the bb.digits digits of chunk (with leading zeros) ending just
+// before end. Decimal gets constant divisors, which compile to
+// multiplications, two digits at a time.
+void writeChunk(char* end, Limb chunk, const BigBase& bb) noexcept
+{
+    char* p = end;
+    if (bb.radix == 10) {
+        for (size_t i = 0; i + 2 <= bb.digits; i += 2) {
+            Limb q = chunk / 100;
+            unsigned pair = static_cast<unsigned>(chunk - q * 100);
+            p -= 2;
+            p[0] = DIGIT_PAIRS[2 * pair];
+            p[1] = DIGIT_PAIRS[2 * pair + 1];
+            chunk = q;
+        }
+        if (bb.digits % 2)
+            *--p = static_cast<char>('0' + chunk);
+        return;
+    }
+    for (size_t i = 0; i < bb.digits; ++i) {
+        *--p = DIGITS[chunk % bb.radix];
+        chunk /= bb.radix;
+    }
+}
+
 // Writes exactly width digits of x (x < radix^width), ending just before end.
 void digitsBasecase(Mag x, char* end, size_t width, const BigBase& bb)
 {
@@ -63,9 +93,17 @@ void digitsBasecase(Mag x, char* end, size_t width, const BigBase& bb)
     while (!x.empty()) {
         Limb chunk = divRem1(x.data(), x.data(), x.size(), bb.base);
         trim(x);
-        for (size_t i = 0; i < bb.digits && p > begin; ++i) {
-            *--p = DIGITS[chunk % bb.radix];
-            chunk /= bb.radix;
+        if (static_cast<size_t>(p - begin) >= bb.digits) {
+            writeChunk(p, chunk, bb);
+            p -= bb.digits;
+        } else {
+            // The most significant chunk may have fewer places left than
+            // digits; those it lacks are zeros.
+            char tmp[64];
+            writeChunk(tmp + bb.digits, chunk, bb);
+            size_t room = static_cast<size_t>(p - begin);
+            p -= room;
+            std::memcpy(p, tmp + bb.digits - room, room);
         }
     }
     while (p > begin)
