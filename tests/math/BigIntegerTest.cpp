@@ -1,6 +1,7 @@
 // BigInteger through its public interface: construction, conversions, the
 // documented failures, two's complement bit semantics and the object rules.
 
+#include <qv/core/Class.h>
 #include <qv/core/Exception.h>
 #include <qv/lang/String.h>
 #include <qv/math/BigDecimal.h>
@@ -289,6 +290,15 @@ TEST(BigInteger, ObjectRulesEqualityHashingAndComparison)
     qv::math::BigDecimal decimal(1);
     EXPECT_FALSE(BigInteger(1).equals(static_cast<const qv::Object&>(decimal)));
     EXPECT_THROW(BigInteger(1).compareTo(static_cast<const qv::Object&>(decimal)), qv::CastFailedException);
+
+    ASSERT_NE(a.getClass(), nullptr);
+    EXPECT_EQ(std::u16string(a.getClass()->getName()), u"qv::math::BigInteger");
+    EXPECT_EQ(std::u16string(decimal.getClass()->getName()), u"qv::math::BigDecimal");
+    qv::Object* created = qv::Class::forName(u"qv::math::BigInteger")->createInstance();
+    ASSERT_NE(dynamic_cast<BigInteger*>(created), nullptr);
+    EXPECT_EQ(*dynamic_cast<BigInteger*>(created), BigInteger(0));
+    created->AddRef();
+    created->Release();
 
     qv::Object* copy = a.clone();
     ASSERT_NE(copy, nullptr);
