@@ -186,6 +186,10 @@ TEST(BigDecimal, DoublesExactlyOrShortest)
     EXPECT_EQ(plain(BigDecimal::valueOf(0.1)), "0.1");
     EXPECT_EQ(narrow(BigDecimal::valueOf(1e22).toScientificString()), "1E+22");
     EXPECT_EQ(plain(BigDecimal(-2.5)), "-2.5");
+    // Integers never pass through a double.
+    EXPECT_EQ(plain(BigDecimal::valueOf(9007199254740993LL)), "9007199254740993");
+    EXPECT_EQ(plain(BigDecimal::valueOf(-12345, 2)), "-123.45");
+    EXPECT_EQ(plain(BigDecimal::valueOf(18446744073709551615ULL, 20)), "0.18446744073709551615");
     EXPECT_EQ(plain(BigDecimal(1e22)), "10000000000000000000000");
     EXPECT_EQ(BigDecimal(5e-324).toDouble(), 5e-324);
     EXPECT_EQ(dec("1e-400").toDouble(), 0.0);

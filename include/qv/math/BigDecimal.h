@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <string>
+#include <type_traits>
 
 namespace qv {
 
@@ -69,7 +70,13 @@ public:
     // The shortest decimal that reads back as the same double: valueOf(0.1)
     // is 0.1, valueOf(1e22) is 1E+22.
     static BigDecimal valueOf(double value);
-    static BigDecimal valueOf(int64_t unscaled, int32_t scale = 0);
+    // unscaled x 10^-scale, for every integer type (exact: never through a
+    // double).
+    template <class T, typename std::enable_if<std::is_integral<T>::value, int>::type = 0>
+    static BigDecimal valueOf(T unscaled, int32_t scale = 0)
+    {
+        return BigDecimal(BigInteger(unscaled), scale);
+    }
 
     // qv::Object. compareTo throws qv::CastFailedException for an object
     // that is not a BigDecimal; equals answers false for one.

@@ -79,11 +79,6 @@ BigDecimal BigDecimal::valueOf(double value)
     return BigDecimal(decFromDoubleShortest(value));
 }
 
-BigDecimal BigDecimal::valueOf(int64_t unscaled, int32_t scale)
-{
-    return BigDecimal(BigInteger(static_cast<long long>(unscaled)), scale);
-}
-
 Object* BigDecimal::clone() const
 {
     // A fresh object: its reference count starts at zero, not at ours.
