@@ -42,7 +42,8 @@ uint64_t intToUInt64(IntRef a) noexcept;
 double intToDouble(IntRef a) noexcept;
 // m * 2^exp2 rounded to the nearest double (ties to even), with subnormals
 // and overflow to infinity; sticky says that nonzero bits were cut off
-// below m and must count in the rounding.
+// below m and must count in the rounding (m then needs at least 55 bits, so
+// that they lie below the rounding position).
 double roundToDouble(bool negative, const Mag& m, int64_t exp2, bool sticky) noexcept;
 
 int intCompare(IntRef a, IntRef b) noexcept;

@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <cstring>
+#include <deque>
 
 namespace qv {
 namespace math {
@@ -41,7 +42,8 @@ int log2OfPowerOfTwo(int radix) noexcept
     return bits;
 }
 
-// powers[j] = base^(2^j), extended by squaring as far as asked.
+// powers[j] = base^(2^j), extended by squaring as far as asked. A deque, so
+// that references handed out stay valid while the table grows.
 class PowerTable {
 public:
     explicit PowerTable(Limb base) { m_powers.push_back(magFromU64(base)); }
@@ -53,7 +55,7 @@ public:
     }
 
 private:
-    std::vector<Mag> m_powers;
+    std::deque<Mag> m_powers;
 };
 
 const char DIGIT_PAIRS[] = "00010203040506070809101112131415161718192021222324252627282930313233343536373839"
