@@ -174,6 +174,9 @@ def main():
         e = magnitude(rng.randrange(1, 4))
         if rng.randrange(4) == 0:
             e = rng.randrange(0, 20)
+        elif rng.randrange(6) == 0:  # the widest window
+            e = magnitude(rng.randrange(11, 16))
+            m = magnitude(rng.randrange(1, 4))
         if rng.randrange(10) == 0:
             m = rng.choice([1, 2, 3, 1 << 64])
         out.append('modpow %s %s %s %s' % (h(x), h(e), h(m), h(pow(x, e, m))))
