@@ -330,7 +330,8 @@ QVCORE3_API int32_t QVSocketLayerShutdown(void) QVCORE3_NOEXCEPT;
    reported, so a caller's failure path can be tested without a leak. */
 
 QVCORE3_API int32_t QVFaultInjectionAvailable(void) QVCORE3_NOEXCEPT;
-/* operation: the function's name, e.g. "QVMutexCreate". */
+/* operation: the function's name, e.g. "QVMutexCreate". code: any non-zero
+   value: a failure code, or for QVSocketLayerShutdown a sockets error number. */
 QVCORE3_API QVRESULT QVFaultArm(const char* operation, int32_t nth, QVRESULT code) QVCORE3_NOEXCEPT;
 QVCORE3_API QVRESULT QVFaultArmAllocation(int32_t nth) QVCORE3_NOEXCEPT;
 QVCORE3_API void QVFaultDisarmAll(void) QVCORE3_NOEXCEPT;

@@ -67,7 +67,7 @@ extern "C" QVRESULT QVFaultArm(const char* operation, int32_t nth, QVRESULT code
     if (!operation) {
         return QV_E_POINTER;
     }
-    if (nth <= 0 || QV_SUCCEEDED(code)) {
+    if (nth <= 0 || code == QV_S_OK) {
         return QV_E_INVALIDARG;
     }
     for (size_t i = 0; i < static_cast<size_t>(FaultOp::Count); ++i) {

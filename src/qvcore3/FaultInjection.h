@@ -22,7 +22,8 @@
     X(QVFileWrite) X(QVFileClose) X(QVModuleGetHandle) X(QVModuleSetInitialized) X(QVModuleLibOpen)       \
     X(QVLibGetSymbol) X(QVModuleLibClose) X(QVSharedMemOpen) X(QVSharedMemMap) X(QVSharedMemUnmap)        \
     X(QVSharedMemClose) X(QVSharedMemUnlink) X(QVUnicodeToAnsi) X(QVGetDefaultCharEncoding)               \
-    X(QVTimeGetLocal) X(QVTimeGetSystem) X(QVTimeFromPosix)
+    X(QVTimeGetLocal) X(QVTimeGetSystem) X(QVTimeFromPosix) X(QVSocketLayerStartup)              \
+    X(QVSocketLayerShutdown)
 
 namespace qvcore3 {
 

@@ -1,5 +1,7 @@
 #include <qvcore3/qvcore3.h>
 
+#include "FaultInjection.h"
+
 #include <netdb.h>
 
 #include <cerrno>
@@ -80,12 +82,18 @@ extern "C" int32_t QVLastNativeSocketError(void) noexcept
     return QVSocketErrorFromErrno(errno);
 }
 
+// BSD sockets need no start or stop; the calls exist so the class library's
+// start-up and shut-down keep their shape (and tests can make them fail).
 extern "C" QVRESULT QVSocketLayerStartup(void) noexcept
 {
+    QV_FAULT_POINT(QVSocketLayerStartup);
     return QV_S_OK;
 }
 
+// Returns 0 or a sockets error number; an injected failure's code stands for
+// that number.
 extern "C" int32_t QVSocketLayerShutdown(void) noexcept
 {
+    QV_FAULT_POINT(QVSocketLayerShutdown);
     return 0;
 }

@@ -3,6 +3,8 @@
 #include <qv/core/Exception.h>
 #include <qv/core/Library.h>
 #include <qv/lang/String.h>
+#include <qv/sync/LockObject.h>
+#include <qvcore3/qvcore3.h>
 
 #include <gtest/gtest.h>
 
@@ -45,4 +47,25 @@ TEST(Library, NewHandlerThrowsOutOfMemoryWhileStarted)
     EXPECT_EQ(std::get_new_handler(), nullptr);
     EXPECT_EQ(QVCLLibInit(), 0);
     EXPECT_EQ(std::get_new_handler(), installed);
+}
+
+TEST(Library, SocketLayerStopFailureKeepsLockAndHandler)
+{
+    if (!QVFaultInjectionAvailable())
+        GTEST_SKIP() << "platform built without fault injection";
+    std::new_handler installed = std::get_new_handler();
+    ASSERT_EQ(QVFaultArm("QVSocketLayerShutdown", 1, 10093), 0);
+    EXPECT_EQ(QVCLLibUninit(), static_cast<qv::Result>(0x80004005u));
+    QVFaultDisarmAll();
+    // Counter and registries are gone; the lock and the handler stay.
+    EXPECT_FALSE(qv::ClassManager::hasInstance());
+    ASSERT_NE(qv::g_pGlobalLock, nullptr);
+    EXPECT_EQ(std::get_new_handler(), installed);
+    EXPECT_EQ(QVCLLibUninit(), static_cast<qv::Result>(0x80004005u));
+
+    // A process that goes on must drop the stranded lock itself.
+    delete qv::g_pGlobalLock;
+    qv::g_pGlobalLock = nullptr;
+    EXPECT_EQ(QVCLLibInit(), 0);
+    EXPECT_NE(qv::Class::forName(u"qv::Object"), nullptr);
 }

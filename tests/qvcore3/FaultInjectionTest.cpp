@@ -63,7 +63,7 @@ TEST_F(FaultInjection, ArmRejectsBadRequests)
 {
     EXPECT_EQ(QVFaultArm("QVNoSuchFunction", 1, QV_E_FAIL), QV_E_INVALIDARG);
     EXPECT_EQ(QVFaultArm("QVMutexCreate", 0, QV_E_FAIL), QV_E_INVALIDARG);
-    EXPECT_EQ(QVFaultArm("QVMutexCreate", 1, QV_S_FALSE), QV_E_INVALIDARG);
+    EXPECT_EQ(QVFaultArm("QVMutexCreate", 1, QV_S_OK), QV_E_INVALIDARG);
     EXPECT_EQ(QVFaultArm(nullptr, 1, QV_E_FAIL), QV_E_POINTER);
     EXPECT_EQ(QVFaultArmAllocation(0), QV_E_INVALIDARG);
 }
