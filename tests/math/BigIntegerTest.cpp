@@ -300,8 +300,20 @@ TEST(BigInteger, ObjectRulesEqualityHashingAndComparison)
     created->AddRef();
     created->Release();
 
+    // Values are copied and assigned without the reference count.
+    BigInteger* held = new BigInteger(5);
+    held->AddRef();
+    *held = BigInteger(7);
+    EXPECT_EQ(held->GetRefCount(), 1);
+    BigInteger* copied = new BigInteger(*held);
+    EXPECT_EQ(copied->GetRefCount(), 0);
+    EXPECT_EQ(*copied, BigInteger(7));
+    delete copied;
+    held->Release();
+
     qv::Object* copy = a.clone();
     ASSERT_NE(copy, nullptr);
+    EXPECT_EQ(copy->GetRefCount(), 0);
     EXPECT_TRUE(copy->equals(a));
     EXPECT_EQ(narrow(copy->toString()), "340282366920938463463374607431768211457");
     copy->AddRef();

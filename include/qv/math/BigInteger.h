@@ -31,6 +31,9 @@ struct IntRef;
 //  - qv::RangeErrorException: no modular inverse exists, or a result would
 //    exceed the size limit.
 //
+// Copies and assignments carry the value only: a copy (and a clone) starts
+// with a reference count of its own, and assignment leaves the count alone.
+//
 // The bitwise operations act on the infinite two's complement form, so
 // negative values behave as if sign-extended without end. They are named
 // bitAnd, bitOr, bitXor, bitNot and bitAndNot because and, or, xor and not

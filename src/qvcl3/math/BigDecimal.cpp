@@ -47,15 +47,24 @@ BigDecimal::BigDecimal(const char* text) : BigDecimal(decParse(text ? text : "",
 
 BigDecimal::BigDecimal(const std::string& text) : BigDecimal(decParse(text.data(), text.size())) {}
 
-BigDecimal::BigDecimal(const BigDecimal& other) = default;
+// Copies and assignments carry the value only, as for BigInteger.
+BigDecimal::BigDecimal(const BigDecimal& other) : Object(), m_unscaled(other.m_unscaled), m_scale(other.m_scale) {}
 
 BigDecimal::BigDecimal(BigDecimal&& other) noexcept
-    : Object(other), m_unscaled(std::move(other.m_unscaled)), m_scale(other.m_scale)
+    : Object(), m_unscaled(std::move(other.m_unscaled)), m_scale(other.m_scale)
 {
     other.m_scale = 0;
 }
 
-BigDecimal& BigDecimal::operator=(const BigDecimal& other) = default;
+BigDecimal& BigDecimal::operator=(const BigDecimal& other)
+{
+    if (this != &other) {
+        BigInteger unscaled(other.m_unscaled);
+        m_unscaled = std::move(unscaled);
+        m_scale = other.m_scale;
+    }
+    return *this;
+}
 
 BigDecimal& BigDecimal::operator=(BigDecimal&& other) noexcept
 {
@@ -81,11 +90,7 @@ BigDecimal BigDecimal::valueOf(double value)
 
 Object* BigDecimal::clone() const
 {
-    // A fresh object: its reference count starts at zero, not at ours.
-    BigDecimal* copy = new BigDecimal();
-    copy->m_unscaled = m_unscaled;
-    copy->m_scale = m_scale;
-    return copy;
+    return new BigDecimal(*this);
 }
 
 int BigDecimal::compareTo(const Object& other) const

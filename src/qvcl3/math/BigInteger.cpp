@@ -46,16 +46,28 @@ BigInteger::BigInteger(const std::string& text, int32_t radix) : BigInteger(intP
 {
 }
 
-BigInteger::BigInteger(const BigInteger& other) = default;
+// Copies and assignments carry the value only: a copy starts with a
+// reference count of its own, and assignment leaves the count alone.
+BigInteger::BigInteger(const BigInteger& other) : Object(), m_magnitude(other.m_magnitude), m_signum(other.m_signum)
+{
+}
 
 BigInteger::BigInteger(BigInteger&& other) noexcept
-    : Object(other), m_magnitude(std::move(other.m_magnitude)), m_signum(other.m_signum)
+    : Object(), m_magnitude(std::move(other.m_magnitude)), m_signum(other.m_signum)
 {
     other.m_magnitude.clear();
     other.m_signum = 0;
 }
 
-BigInteger& BigInteger::operator=(const BigInteger& other) = default;
+BigInteger& BigInteger::operator=(const BigInteger& other)
+{
+    if (this != &other) {
+        std::vector<uint64_t> copy(other.m_magnitude);
+        m_magnitude.swap(copy);
+        m_signum = other.m_signum;
+    }
+    return *this;
+}
 
 BigInteger& BigInteger::operator=(BigInteger&& other) noexcept
 {
@@ -95,11 +107,7 @@ const BigInteger& BigInteger::ten()
 
 Object* BigInteger::clone() const
 {
-    // A fresh object: its reference count starts at zero, not at ours.
-    BigInteger* copy = new BigInteger();
-    copy->m_magnitude = m_magnitude;
-    copy->m_signum = m_signum;
-    return copy;
+    return new BigInteger(*this);
 }
 
 int BigInteger::compareTo(const Object& other) const
