@@ -48,6 +48,27 @@ void runtimeCore()
     std::printf("event.wait(0) after signal:  %s\n", event.wait(0ul) ? "signalled" : "timed out");
 }
 
+void strings()
+{
+    section("Strings: copy-on-write UTF-16");
+    qv::String greeting(u"  Grüße, Ελλάδα, Привет  ");
+    qv::String copy(greeting);
+    copy.trim().toUpper();
+    std::printf("original: [%s]\ntrimmed and upper-cased copy: [%s]\n", greeting.toUtf8().c_str(),
+                copy.toUtf8().c_str());
+    std::printf("indexOf(\"привет\", ignoring case) = %d, hashCode = 0x%08X\n",
+                copy.indexOf(u"привет", 0, true), copy.hashCode());
+
+    section("Formatting and valueOf");
+    qv::String line;
+    line.format(u"{0} owes {1} {2}; {0} pays {3}", -1, u"Ann", qv::String::valueOf(12.5).getData(), u"EUR",
+                qv::String::valueOf(true).getData());
+    std::printf("%s\n", line.toUtf8().c_str());
+    std::printf("valueOf(1.0/3) = %s, valueOf(-9223372036854775807LL - 1) = %s\n",
+                qv::String::valueOf(1.0 / 3).toUtf8().c_str(),
+                qv::String::valueOf(static_cast<long long>(-9223372036854775807LL - 1)).toUtf8().c_str());
+}
+
 } // namespace
 
 int main()
@@ -55,6 +76,7 @@ int main()
     std::printf("qvcl3 %s\n", QVCL3Version());
     try {
         runtimeCore();
+        strings();
     } catch (const qv::Exception& e) {
         std::printf("unexpected exception 0x%08X: %s\n", static_cast<unsigned>(e.getResult()),
                     e.getDescription().toUtf8().c_str());

@@ -114,6 +114,10 @@ TEST(StringCopyOnWrite, CopiesShareUntilOneWrites)
     c.setCharAt(0, u'S');
     EXPECT_EQ(text(a), u"shared text");
     EXPECT_EQ(text(c), u"Shared text");
+    String middle(a);
+    middle.replace(2, 4, u"ORE", -1, 0).insert(0, u'>', 2);
+    EXPECT_EQ(text(middle), u">>shORE text");
+    EXPECT_EQ(text(a), u"shared text");
 
     // Once the other holder is gone the writer is sole again and writes in place.
     const char16_t* before = nullptr;
@@ -259,12 +263,17 @@ TEST(StringTrim, TrimsOnlyTheListedUnits)
     EXPECT_EQ(text(String(u"xyaxy").trim(u"xz", 1)), u"yaxy");
     String set(u"ab");
     EXPECT_EQ(text(String(u"abcba").trim(set, String::TRIM_TRAILING)), u"abc");
+    String padded(u"  ab  ");
+    String sharer(padded);
+    sharer.trim();
+    EXPECT_EQ(text(sharer), u"ab");
+    EXPECT_EQ(text(padded), u"  ab  ");
     String all(u" \t ");
     EXPECT_EQ(all.trim().getLength(), 0);
     String untouched(u"clean");
-    String sharer(untouched);
+    String holder(untouched);
     untouched.trim();
-    EXPECT_EQ(untouched.getData(), sharer.getData()) << "nothing to trim, nothing copied";
+    EXPECT_EQ(untouched.getData(), holder.getData()) << "nothing to trim, nothing copied";
 }
 
 TEST(StringQueries, CompareUsesTheLengthDifferenceAfterAnEqualPrefix)

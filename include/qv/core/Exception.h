@@ -27,16 +27,20 @@ private:
     String m_message;
 };
 
+// The constructors every message-carrying exception class declares.
+#define QV_EXCEPTION_CONSTRUCTORS(Name)                                                                                \
+    Name();                                                                                                            \
+    explicit Name(const ::qv::String& message);                                                                       \
+    Name(const Name& other);                                                                                           \
+    Name& operator=(const Name& other);                                                                                \
+    ~Name() override;
+
 // Declares an exception class with a default and a message constructor whose
 // result code is its base's.
 #define QV_DECLARE_EXCEPTION(Name, Base)                                                                               \
     class QV_EXPORT Name : public Base {                                                                               \
     public:                                                                                                            \
-        Name();                                                                                                        \
-        explicit Name(const ::qv::String& message);                                                                   \
-        Name(const Name& other);                                                                                       \
-        Name& operator=(const Name& other);                                                                            \
-        ~Name() override;                                                                                              \
+        QV_EXCEPTION_CONSTRUCTORS(Name)                                                                                \
     };
 
 QV_DECLARE_EXCEPTION(CastFailedException, Exception)

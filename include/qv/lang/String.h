@@ -348,7 +348,10 @@ private:
     void initRegion(AcquireMode mode, const String& source, int32_t begin, int32_t end, int32_t capacity);
     void initText(AcquireMode mode, const char16_t* text, int32_t length, int32_t capacity);
     inline void dropNarrow() noexcept;
+    bool claimSole();
     void copyOnWrite(int32_t capacity);
+    template <class Put>
+    void rebuild(int32_t length, int32_t start, int32_t count, int32_t inserted, int32_t newLength, const Put& put);
     char16_t* lockForWrite(int32_t capacity);
     void unlockAfterWrite(char16_t* data, int32_t newLength);
     void markShared() const noexcept { m_exclusive.store(false, std::memory_order_relaxed); }

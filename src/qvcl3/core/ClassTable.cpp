@@ -1,5 +1,13 @@
 #include "core/ClassTable.h"
 
+#include <qv/collections/IntegerHashMap.h>
+#include <qv/collections/Str1HashMap.h>
+#include <qv/collections/StringHashMap.h>
+#include <qv/collections/qvcom/ArrayList.h>
+#include <qv/collections/qvcom/HashMap.h>
+#include <qv/collections/qvcom/HashSet.h>
+#include <qv/collections/qvcom/IQVComparator.h>
+#include <qv/collections/qvcom/LinkedList.h>
 #include <qv/core/Exception.h>
 #include <qv/core/ExternalException.h>
 #include <qv/io/IoException.h>
@@ -13,6 +21,40 @@
 #include <qv/sync/Mutex.h>
 #include <qv/sync/ReaderWriterLock.h>
 #include <qv/sync/Semaphore.h>
+#include <qv/text/charset/BTCAMP7.h>
+#include <qv/text/charset/BTCASCII.h>
+#include <qv/text/charset/BTCCP1252.h>
+#include <qv/text/charset/BTCCP437.h>
+#include <qv/text/charset/BTCCodePage.h>
+#include <qv/text/charset/BTCISO8859_1.h>
+#include <qv/text/charset/BTCSingleByte.h>
+#include <qv/text/charset/BTCUTF16.h>
+#include <qv/text/charset/BTCUTF16BE.h>
+#include <qv/text/charset/BTCUTF16Base.h>
+#include <qv/text/charset/BTCUTF16LE.h>
+#include <qv/text/charset/BTCUTF32.h>
+#include <qv/text/charset/BTCUTF32BE.h>
+#include <qv/text/charset/BTCUTF32Base.h>
+#include <qv/text/charset/BTCUTF32LE.h>
+#include <qv/text/charset/BTCUTF8.h>
+#include <qv/text/charset/ByteToCharConverter.h>
+#include <qv/text/charset/CTBAMP7.h>
+#include <qv/text/charset/CTBASCII.h>
+#include <qv/text/charset/CTBCP1252.h>
+#include <qv/text/charset/CTBCP437.h>
+#include <qv/text/charset/CTBCodePage.h>
+#include <qv/text/charset/CTBISO8859_1.h>
+#include <qv/text/charset/CTBSingleByte.h>
+#include <qv/text/charset/CTBUTF16.h>
+#include <qv/text/charset/CTBUTF16BE.h>
+#include <qv/text/charset/CTBUTF16Base.h>
+#include <qv/text/charset/CTBUTF16LE.h>
+#include <qv/text/charset/CTBUTF32.h>
+#include <qv/text/charset/CTBUTF32BE.h>
+#include <qv/text/charset/CTBUTF32Base.h>
+#include <qv/text/charset/CTBUTF32LE.h>
+#include <qv/text/charset/CTBUTF8.h>
+#include <qv/text/charset/CharToByteConverter.h>
 #include <qv/text/charset/CharsetExceptions.h>
 #include <qv/util/BasicBuffer.h>
 
@@ -52,6 +94,26 @@ const ClassTableRow g_classTable[] = {
     QV_CLASS_ROW(u"qv::String", String),
     QV_CLASS_ROW(u"qv::UnsupportedOperationException", UnsupportedOperationException),
     QV_CLASS_ROW_NO_CREATOR(u"qv::UserAbortException", UserAbortException),
+    QV_CLASS_ROW(u"qv::collections::IntegerHashMap", collections::IntegerHashMap),
+    QV_CLASS_ROW(u"qv::collections::Str1HashMap", collections::Str1HashMap),
+    QV_CLASS_ROW(u"qv::collections::Str1HashMapLC", collections::Str1HashMapLC),
+    QV_CLASS_ROW(u"qv::collections::StringHashMap", collections::StringHashMap),
+    QV_CLASS_ROW_NO_CREATOR(u"qv::collections::qvcom::AbstractCollection", collections::qvcom::AbstractCollection),
+    QV_CLASS_ROW_NO_CREATOR(u"qv::collections::qvcom::AbstractIterator", collections::qvcom::AbstractIterator),
+    QV_CLASS_ROW_NO_CREATOR(u"qv::collections::qvcom::AbstractList", collections::qvcom::AbstractList),
+    QV_CLASS_ROW_NO_CREATOR(u"qv::collections::qvcom::AbstractMap", collections::qvcom::AbstractMap),
+    QV_CLASS_ROW_NO_CREATOR(u"qv::collections::qvcom::AbstractSet", collections::qvcom::AbstractSet),
+    QV_CLASS_ROW(u"qv::collections::qvcom::ArrayList", collections::qvcom::ArrayList),
+    QV_CLASS_ROW_NO_CREATOR(u"qv::collections::qvcom::ArrayListIterator", collections::qvcom::ArrayListIterator),
+    QV_CLASS_ROW_NO_CREATOR(u"qv::collections::qvcom::DefaultComparator", collections::qvcom::DefaultComparator),
+    QV_CLASS_ROW(u"qv::collections::qvcom::HashMap", collections::qvcom::HashMap),
+    QV_CLASS_ROW_NO_CREATOR(u"qv::collections::qvcom::HashMapEntry", collections::qvcom::HashMapEntry),
+    QV_CLASS_ROW_NO_CREATOR(u"qv::collections::qvcom::HashMapEntrySet", collections::qvcom::HashMapEntrySet),
+    QV_CLASS_ROW_NO_CREATOR(u"qv::collections::qvcom::HashMapIterator", collections::qvcom::HashMapIterator),
+    QV_CLASS_ROW(u"qv::collections::qvcom::HashSet", collections::qvcom::HashSet),
+    QV_CLASS_ROW(u"qv::collections::qvcom::LinkedList", collections::qvcom::LinkedList),
+    QV_CLASS_ROW_NO_CREATOR(u"qv::collections::qvcom::LinkedListIterator", collections::qvcom::LinkedListIterator),
+    QV_CLASS_ROW_NO_CREATOR(u"qv::collections::qvcom::StringComparator", collections::qvcom::StringComparator),
     QV_CLASS_ROW(u"qv::io::IoException", io::IoException),
     QV_CLASS_ROW(u"qv::io::TimeoutException", io::TimeoutException),
     QV_CLASS_ROW(u"qv::io::UnexpectedEOFException", io::UnexpectedEOFException),
@@ -66,6 +128,40 @@ const ClassTableRow g_classTable[] = {
     QV_CLASS_ROW_NO_CREATOR(u"qv::sync::Object", sync::Object),
     QV_CLASS_ROW(u"qv::sync::ReaderWriterLock", sync::ReaderWriterLock),
     QV_CLASS_ROW(u"qv::sync::Semaphore", sync::Semaphore),
+    QV_CLASS_ROW(u"qv::text::charset::BTCAMP7", text::charset::BTCAMP7),
+    QV_CLASS_ROW(u"qv::text::charset::BTCASCII", text::charset::BTCASCII),
+    QV_CLASS_ROW(u"qv::text::charset::BTCCP1252", text::charset::BTCCP1252),
+    QV_CLASS_ROW(u"qv::text::charset::BTCCP437", text::charset::BTCCP437),
+    QV_CLASS_ROW_NO_CREATOR(u"qv::text::charset::BTCCodePage", text::charset::BTCCodePage),
+    QV_CLASS_ROW(u"qv::text::charset::BTCISO8859_1", text::charset::BTCISO8859_1),
+    QV_CLASS_ROW_NO_CREATOR(u"qv::text::charset::BTCSingleByte", text::charset::BTCSingleByte),
+    QV_CLASS_ROW(u"qv::text::charset::BTCUTF16", text::charset::BTCUTF16),
+    QV_CLASS_ROW(u"qv::text::charset::BTCUTF16BE", text::charset::BTCUTF16BE),
+    QV_CLASS_ROW_NO_CREATOR(u"qv::text::charset::BTCUTF16Base", text::charset::BTCUTF16Base),
+    QV_CLASS_ROW(u"qv::text::charset::BTCUTF16LE", text::charset::BTCUTF16LE),
+    QV_CLASS_ROW(u"qv::text::charset::BTCUTF32", text::charset::BTCUTF32),
+    QV_CLASS_ROW(u"qv::text::charset::BTCUTF32BE", text::charset::BTCUTF32BE),
+    QV_CLASS_ROW_NO_CREATOR(u"qv::text::charset::BTCUTF32Base", text::charset::BTCUTF32Base),
+    QV_CLASS_ROW(u"qv::text::charset::BTCUTF32LE", text::charset::BTCUTF32LE),
+    QV_CLASS_ROW(u"qv::text::charset::BTCUTF8", text::charset::BTCUTF8),
+    QV_CLASS_ROW_NO_CREATOR(u"qv::text::charset::ByteToCharConverter", text::charset::ByteToCharConverter),
+    QV_CLASS_ROW(u"qv::text::charset::CTBAMP7", text::charset::CTBAMP7),
+    QV_CLASS_ROW(u"qv::text::charset::CTBASCII", text::charset::CTBASCII),
+    QV_CLASS_ROW(u"qv::text::charset::CTBCP1252", text::charset::CTBCP1252),
+    QV_CLASS_ROW(u"qv::text::charset::CTBCP437", text::charset::CTBCP437),
+    QV_CLASS_ROW_NO_CREATOR(u"qv::text::charset::CTBCodePage", text::charset::CTBCodePage),
+    QV_CLASS_ROW(u"qv::text::charset::CTBISO8859_1", text::charset::CTBISO8859_1),
+    QV_CLASS_ROW_NO_CREATOR(u"qv::text::charset::CTBSingleByte", text::charset::CTBSingleByte),
+    QV_CLASS_ROW(u"qv::text::charset::CTBUTF16", text::charset::CTBUTF16),
+    QV_CLASS_ROW(u"qv::text::charset::CTBUTF16BE", text::charset::CTBUTF16BE),
+    QV_CLASS_ROW_NO_CREATOR(u"qv::text::charset::CTBUTF16Base", text::charset::CTBUTF16Base),
+    QV_CLASS_ROW(u"qv::text::charset::CTBUTF16LE", text::charset::CTBUTF16LE),
+    QV_CLASS_ROW(u"qv::text::charset::CTBUTF32", text::charset::CTBUTF32),
+    QV_CLASS_ROW(u"qv::text::charset::CTBUTF32BE", text::charset::CTBUTF32BE),
+    QV_CLASS_ROW_NO_CREATOR(u"qv::text::charset::CTBUTF32Base", text::charset::CTBUTF32Base),
+    QV_CLASS_ROW(u"qv::text::charset::CTBUTF32LE", text::charset::CTBUTF32LE),
+    QV_CLASS_ROW(u"qv::text::charset::CTBUTF8", text::charset::CTBUTF8),
+    QV_CLASS_ROW_NO_CREATOR(u"qv::text::charset::CharToByteConverter", text::charset::CharToByteConverter),
     QV_CLASS_ROW(u"qv::text::charset::InvalidCharacterException", text::charset::InvalidCharacterException),
     QV_CLASS_ROW(u"qv::text::charset::UnknownEncodingException", text::charset::UnknownEncodingException),
     QV_CLASS_ROW(u"qv::text::charset::UnmappableCharacterException", text::charset::UnmappableCharacterException),

@@ -357,17 +357,24 @@ String String::CQVString(AcquireMode mode, const unsigned short* text, int32_t l
     return String(mode, text, length, capacity);
 }
 
-void String::copyOnWrite(int32_t capacity)
+// The sole-holder test: take a reference and read the count that Release
+// answers. A read-only buffer is never written in place.
+bool String::claimSole()
 {
     bool sole = false;
     if (m_buffer->IsWritable()) {
         m_buffer->AddRef();
         sole = m_buffer->Release() < 2;
     }
-    if (sole) {
+    if (sole)
         m_exclusive.store(m_own != nullptr, std::memory_order_relaxed);
+    return sole;
+}
+
+void String::copyOnWrite(int32_t capacity)
+{
+    if (claimSole())
         return;
-    }
     const char16_t* units = nullptr;
     qvcom::throwIfFailed(m_buffer->GetReadLock(&units));
     int32_t length = m_buffer->GetLength();
@@ -381,6 +388,38 @@ void String::copyOnWrite(int32_t capacity)
         throw;
     }
     m_buffer->ReleaseReadLock();
+    fresh->AddRef();
+    hold(fresh, fresh);
+    m_exclusive.store(true, std::memory_order_relaxed);
+}
+
+// Copy-on-write and the edit in one pass, for a String that must copy: the
+// new buffer receives the text before start, the inserted units (written by
+// put) and the text after start + count. The held buffer, and any text
+// taken from it, stays intact until the new buffer replaces it.
+template <class Put>
+void String::rebuild(int32_t length, int32_t start, int32_t count, int32_t inserted, int32_t newLength,
+                     const Put& put)
+{
+    const char16_t* units = nullptr;
+    qvcom::throwIfFailed(m_buffer->GetReadLock(&units));
+    RW* fresh = nullptr;
+    try {
+        fresh = new RW(newLength + 1);
+    } catch (...) {
+        m_buffer->ReleaseReadLock();
+        throw;
+    }
+    char16_t* data = const_cast<char16_t*>(fresh->RW::GetData());
+    if (start > 0)
+        std::memcpy(data, units, static_cast<size_t>(start) * sizeof(char16_t));
+    put(data + start);
+    int32_t tail = length - start - count;
+    if (tail > 0)
+        std::memcpy(data + start + inserted, units + start + count, static_cast<size_t>(tail) * sizeof(char16_t));
+    data[newLength] = 0;
+    m_buffer->ReleaseReadLock();
+    fresh->RW::releaseWriteLock(newLength + 1);
     fresh->AddRef();
     hold(fresh, fresh);
     m_exclusive.store(true, std::memory_order_relaxed);
@@ -421,8 +460,15 @@ inline String& String::replaceRun(int32_t start, int32_t count, const char16_t* 
     int64_t newLength = static_cast<int64_t>(length) - count + inserted;
     if (newLength > kMaxLength)
         throw OutOfMemoryException();
+    if (!(m_own && m_exclusive.load(std::memory_order_relaxed)) && !claimSole()) {
+        rebuild(length, start, count, inserted, static_cast<int32_t>(newLength), [&](char16_t* at) {
+            if (inserted > 0)
+                std::memcpy(at, run, static_cast<size_t>(inserted) * sizeof(char16_t));
+        });
+        return *this;
+    }
     // Text taken from this String's own buffer would move or be overwritten
-    // under the copy.
+    // under the edit.
     bool aliased = overlaps(run, inserted, currentData(), length + 1);
     detail::UnitScratch scratch(aliased ? inserted : 0);
     if (aliased) {
@@ -452,6 +498,13 @@ inline String& String::replaceFill(int32_t start, int32_t count, char16_t c, int
     int64_t newLength = static_cast<int64_t>(length) - count + repeat;
     if (newLength > kMaxLength)
         throw OutOfMemoryException();
+    if (!(m_own && m_exclusive.load(std::memory_order_relaxed)) && !claimSole()) {
+        rebuild(length, start, count, repeat, static_cast<int32_t>(newLength), [&](char16_t* at) {
+            for (int32_t i = 0; i < repeat; ++i)
+                at[i] = c;
+        });
+        return *this;
+    }
     char16_t* data = lockForWrite(static_cast<int32_t>(newLength) + 1);
     if (repeat != count) {
         int32_t tail = length - start - count;
@@ -728,6 +781,10 @@ String& String::trimWith(const InSet& inSet, TrimType type)
         while (trail < length - lead && inSet(data[length - 1 - trail]))
             ++trail;
     }
+    // A String that must copy anyway copies only what remains, in one edit;
+    // one of its own cuts both runs in place.
+    if (lead > 0 && trail > 0 && !(m_own && m_exclusive.load(std::memory_order_relaxed)))
+        return replaceRun(0, -1, data + lead, length - lead - trail);
     if (trail > 0)
         replaceRun(length - trail, trail, nullptr, 0);
     if (lead > 0)

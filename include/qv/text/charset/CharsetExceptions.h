@@ -7,25 +7,26 @@ namespace qv {
 namespace text {
 namespace charset {
 
-#define QV_DECLARE_RESULT_EXCEPTION(Name)                                                                              \
-    class QV_EXPORT Name : public Exception {                                                                          \
-    public:                                                                                                            \
-        Name();                                                                                                        \
-        explicit Name(const ::qv::String& message);                                                                   \
-        Name(const Name& other);                                                                                       \
-        Name& operator=(const Name& other);                                                                            \
-        ~Name() override;                                                                                              \
-        ::qv::Result getResult() const override;                                                                       \
-    };
-
 // 0x8BB34101: malformed input of a converter.
-QV_DECLARE_RESULT_EXCEPTION(InvalidCharacterException)
-// 0x8BB34102: a character the target encoding cannot represent.
-QV_DECLARE_RESULT_EXCEPTION(UnmappableCharacterException)
-// 0x8BB34103: an encoding name nobody knows.
-QV_DECLARE_RESULT_EXCEPTION(UnknownEncodingException)
+class QV_EXPORT InvalidCharacterException : public Exception {
+public:
+    QV_EXCEPTION_CONSTRUCTORS(InvalidCharacterException)
+    Result getResult() const override;
+};
 
-#undef QV_DECLARE_RESULT_EXCEPTION
+// 0x8BB34102: a character the target encoding cannot represent.
+class QV_EXPORT UnmappableCharacterException : public Exception {
+public:
+    QV_EXCEPTION_CONSTRUCTORS(UnmappableCharacterException)
+    Result getResult() const override;
+};
+
+// 0x8BB34103: an encoding name nobody knows.
+class QV_EXPORT UnknownEncodingException : public Exception {
+public:
+    QV_EXCEPTION_CONSTRUCTORS(UnknownEncodingException)
+    Result getResult() const override;
+};
 
 } // namespace charset
 } // namespace text

@@ -1,0 +1,517 @@
+// The collections against the standard containers, side by side in one run.
+// Both sides hold the same reference-counted keys; the HashMap rows and the
+// "same comparator" std rows hash and compare through the same comparator
+// object, so the difference is the table itself. The "direct" std rows call
+// the key's hashCode() without the component layer, for scale.
+#include <qv/collections/StringHashMap.h>
+#include <qv/collections/qvcom/ArrayList.h>
+#include <qv/collections/qvcom/HashMap.h>
+#include <qv/core/Boundary.h>
+#include <qv/core/Object.h>
+#include <qv/lang/String.h>
+
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <random>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+using namespace qv;
+using namespace qv::collections;
+using namespace qv::collections::qvcom;
+
+namespace {
+
+constexpr int32_t COUNT = 1000000;
+
+class BenchKey : public Object {
+public:
+    explicit BenchKey(int32_t value) : m_value(value) {}
+    int32_t value() const { return m_value; }
+    uint32_t hashCode() const override { return static_cast<uint32_t>(m_value) * 2654435761u; }
+    int compareTo(const Object& other) const override
+    {
+        const BenchKey* key = static_cast<const BenchKey*>(&other);
+        return m_value < key->m_value ? -1 : (m_value > key->m_value ? 1 : 0);
+    }
+
+private:
+    int32_t m_value;
+};
+
+// Lookups go in a shuffled order: keys made in sequence have neighbouring
+// hash codes under multiplicative string hashes, and walking them in order
+// would measure cache locality rather than the tables.
+struct Keys {
+    std::vector<Reference<IQVUnknown>> present;
+    std::vector<Reference<IQVUnknown>> presentShuffled;
+    std::vector<Reference<BenchKey>> typedShuffled;
+    std::vector<Reference<IQVUnknown>> absent;
+    std::vector<Reference<BenchKey>> typed;
+    std::vector<String> strings;
+    // The same texts in buffers of their own, as a caller's lookups would
+    // be (the stored keys share the buffers of strings).
+    std::vector<String> probeStrings;
+    std::vector<String> absentStrings;
+    std::vector<std::u16string> u16;
+    std::vector<std::u16string> u16Shuffled;
+    std::vector<std::u16string> absentU16;
+    Reference<IQVUnknown> value;
+
+    Keys()
+    {
+        value = Reference<BenchKey>(new BenchKey(-1))->GetUnknown();
+        for (int32_t i = 0; i < COUNT; ++i) {
+            Reference<BenchKey> key(new BenchKey(i));
+            typed.push_back(key);
+            present.emplace_back(key->GetUnknown());
+            absent.emplace_back(Reference<BenchKey>(new BenchKey(COUNT + i))->GetUnknown());
+            std::u16string text = u"key-" + String::valueOf(i).toU16String();
+            u16.push_back(text);
+            strings.emplace_back(text.c_str());
+            probeStrings.emplace_back(text.c_str());
+            std::u16string missing = u"nokey-" + text.substr(4);
+            absentU16.push_back(missing);
+            absentStrings.emplace_back(missing.c_str());
+        }
+        std::vector<size_t> order(COUNT);
+        for (size_t i = 0; i < order.size(); ++i)
+            order[i] = i;
+        std::shuffle(order.begin(), order.end(), std::mt19937(12345));
+        std::vector<String> probes;
+        std::vector<std::u16string> absentShuffled;
+        std::vector<String> absentStringsShuffled;
+        std::vector<Reference<IQVUnknown>> absentRefsShuffled;
+        for (size_t i : order) {
+            presentShuffled.push_back(present[i]);
+            typedShuffled.push_back(typed[i]);
+            u16Shuffled.push_back(u16[i]);
+            probes.push_back(probeStrings[i]);
+            absentShuffled.push_back(absentU16[i]);
+            absentStringsShuffled.push_back(absentStrings[i]);
+            absentRefsShuffled.push_back(absent[i]);
+        }
+        probeStrings.swap(probes);
+        absentU16.swap(absentShuffled);
+        absentStrings.swap(absentStringsShuffled);
+        absent.swap(absentRefsShuffled);
+    }
+};
+
+const Keys& keys()
+{
+    static const Keys* all = new Keys();
+    return *all;
+}
+
+struct ComparatorHash {
+    size_t operator()(const Reference<IQVUnknown>& key) const
+    {
+        uint32_t hash = 0;
+        ::qv::qvcom::throwIfFailed(GetDefaultComparator()->HashCode(key.get(), &hash));
+        return hash;
+    }
+};
+
+struct ComparatorEqual {
+    bool operator()(const Reference<IQVUnknown>& a, const Reference<IQVUnknown>& b) const
+    {
+        bool equal = false;
+        ::qv::qvcom::throwIfFailed(GetDefaultComparator()->Equals(a.get(), b.get(), &equal));
+        return equal;
+    }
+};
+
+struct DirectHash {
+    size_t operator()(const Reference<BenchKey>& key) const { return key->hashCode(); }
+};
+
+struct DirectEqual {
+    bool operator()(const Reference<BenchKey>& a, const Reference<BenchKey>& b) const
+    {
+        return a->value() == b->value();
+    }
+};
+
+typedef std::unordered_map<Reference<IQVUnknown>, Reference<IQVUnknown>, ComparatorHash, ComparatorEqual> StdSame;
+typedef std::unordered_map<Reference<BenchKey>, Reference<IQVUnknown>, DirectHash, DirectEqual> StdDirect;
+typedef std::unordered_map<std::u16string, Reference<IQVUnknown>> StdStrings;
+
+// String::hashCode(false) for texts under 32 units (every unit, h = 37h + u),
+// for a std map that hashes as StringHashMap does.
+struct StringHash {
+    size_t operator()(const std::u16string& text) const
+    {
+        uint32_t hash = 0;
+        for (char16_t unit : text)
+            hash = hash * 37u + unit;
+        return hash;
+    }
+};
+typedef std::unordered_map<std::u16string, Reference<IQVUnknown>, StringHash> StdStringsSameHash;
+
+Reference<HashMap> filledHashMap()
+{
+    static Reference<HashMap> map = [] {
+        Reference<HashMap> made = makeReference<HashMap>();
+        for (const Reference<IQVUnknown>& key : keys().present)
+            made->put(key.get(), keys().value.get());
+        return made;
+    }();
+    return map;
+}
+
+const StdSame& filledStdSame()
+{
+    static const StdSame* map = [] {
+        StdSame* made = new StdSame();
+        for (const Reference<IQVUnknown>& key : keys().present)
+            made->emplace(key, keys().value);
+        return made;
+    }();
+    return *map;
+}
+
+const StdDirect& filledStdDirect()
+{
+    static const StdDirect* map = [] {
+        StdDirect* made = new StdDirect();
+        for (const Reference<BenchKey>& key : keys().typed)
+            made->emplace(key, keys().value);
+        return made;
+    }();
+    return *map;
+}
+
+StringHashMap& filledStringMap()
+{
+    static StringHashMap* map = [] {
+        StringHashMap* made = new StringHashMap();
+        for (const String& key : keys().strings)
+            made->put(key, keys().value.get());
+        return made;
+    }();
+    return *map;
+}
+
+const StdStringsSameHash& filledStdStringsSameHash()
+{
+    static const StdStringsSameHash* map = [] {
+        StdStringsSameHash* made = new StdStringsSameHash();
+        for (const std::u16string& key : keys().u16)
+            made->emplace(key, keys().value);
+        return made;
+    }();
+    return *map;
+}
+
+const StdStrings& filledStdStrings()
+{
+    static const StdStrings* map = [] {
+        StdStrings* made = new StdStrings();
+        for (const std::u16string& key : keys().u16)
+            made->emplace(key, keys().value);
+        return made;
+    }();
+    return *map;
+}
+
+void done(benchmark::State& state)
+{
+    state.SetItemsProcessed(state.iterations() * COUNT);
+}
+
+void HashMap_Insert(benchmark::State& state)
+{
+    const Keys& k = keys();
+    for (auto _ : state) {
+        Reference<HashMap> map = makeReference<HashMap>();
+        for (const Reference<IQVUnknown>& key : k.present)
+            map->put(key.get(), k.value.get());
+        state.PauseTiming();
+        map = nullptr;
+        state.ResumeTiming();
+    }
+    done(state);
+}
+
+void StdSameComparator_Insert(benchmark::State& state)
+{
+    const Keys& k = keys();
+    for (auto _ : state) {
+        StdSame* map = new StdSame();
+        for (const Reference<IQVUnknown>& key : k.present)
+            map->emplace(key, k.value);
+        state.PauseTiming();
+        delete map;
+        state.ResumeTiming();
+    }
+    done(state);
+}
+
+void StdDirect_Insert(benchmark::State& state)
+{
+    const Keys& k = keys();
+    for (auto _ : state) {
+        StdDirect* map = new StdDirect();
+        for (const Reference<BenchKey>& key : k.typed)
+            map->emplace(key, k.value);
+        state.PauseTiming();
+        delete map;
+        state.ResumeTiming();
+    }
+    done(state);
+}
+
+void HashMap_Hit(benchmark::State& state)
+{
+    Reference<HashMap> map = filledHashMap();
+    for (auto _ : state) {
+        for (const Reference<IQVUnknown>& key : keys().presentShuffled)
+            benchmark::DoNotOptimize(map->get(key.get()));
+    }
+    done(state);
+}
+
+void StdSameComparator_Hit(benchmark::State& state)
+{
+    const StdSame& map = filledStdSame();
+    for (auto _ : state) {
+        for (const Reference<IQVUnknown>& key : keys().presentShuffled)
+            benchmark::DoNotOptimize(Reference<IQVUnknown>(map.find(key)->second));
+    }
+    done(state);
+}
+
+void StdDirect_Hit(benchmark::State& state)
+{
+    const StdDirect& map = filledStdDirect();
+    for (auto _ : state) {
+        for (const Reference<BenchKey>& key : keys().typedShuffled)
+            benchmark::DoNotOptimize(Reference<IQVUnknown>(map.find(key)->second));
+    }
+    done(state);
+}
+
+void HashMap_Miss(benchmark::State& state)
+{
+    Reference<HashMap> map = filledHashMap();
+    for (auto _ : state) {
+        for (const Reference<IQVUnknown>& key : keys().absent)
+            benchmark::DoNotOptimize(map->get(key.get()));
+    }
+    done(state);
+}
+
+void StdSameComparator_Miss(benchmark::State& state)
+{
+    const StdSame& map = filledStdSame();
+    for (auto _ : state) {
+        for (const Reference<IQVUnknown>& key : keys().absent)
+            benchmark::DoNotOptimize(map.find(key) == map.end());
+    }
+    done(state);
+}
+
+void HashMap_Iterate(benchmark::State& state)
+{
+    Reference<HashMap> map = filledHashMap();
+    for (auto _ : state) {
+        Reference<HashMapIterator> it = map->createEntryIterator();
+        while (it->hasNext())
+            benchmark::DoNotOptimize(it->nextEntry()->getKey().get());
+    }
+    done(state);
+}
+
+void HashMap_IterateByReference(benchmark::State& state)
+{
+    Reference<HashMap> map = filledHashMap();
+    for (auto _ : state) {
+        Reference<HashMapIterator> it = map->createKeyIterator();
+        while (it->hasNext())
+            benchmark::DoNotOptimize(it->next());
+    }
+    done(state);
+}
+
+void StdSameComparator_Iterate(benchmark::State& state)
+{
+    const StdSame& map = filledStdSame();
+    for (auto _ : state) {
+        for (const auto& entry : map)
+            benchmark::DoNotOptimize(entry.first.get());
+    }
+    done(state);
+}
+
+void StringHashMap_Insert(benchmark::State& state)
+{
+    const Keys& k = keys();
+    for (auto _ : state) {
+        StringHashMap* map = new StringHashMap();
+        for (const String& key : k.strings)
+            map->put(key, k.value.get());
+        state.PauseTiming();
+        delete map;
+        state.ResumeTiming();
+    }
+    done(state);
+}
+
+void StdU16String_Insert(benchmark::State& state)
+{
+    const Keys& k = keys();
+    for (auto _ : state) {
+        StdStrings* map = new StdStrings();
+        for (const std::u16string& key : k.u16)
+            map->emplace(key, k.value);
+        state.PauseTiming();
+        delete map;
+        state.ResumeTiming();
+    }
+    done(state);
+}
+
+void StringHashMap_Hit(benchmark::State& state)
+{
+    StringHashMap& map = filledStringMap();
+    for (auto _ : state) {
+        for (const String& key : keys().probeStrings)
+            benchmark::DoNotOptimize(map.get(key));
+    }
+    done(state);
+}
+
+void StdU16String_Hit(benchmark::State& state)
+{
+    const StdStrings& map = filledStdStrings();
+    for (auto _ : state) {
+        for (const std::u16string& key : keys().u16Shuffled)
+            benchmark::DoNotOptimize(Reference<IQVUnknown>(map.find(key)->second));
+    }
+    done(state);
+}
+
+void StdU16StringSameHash_Hit(benchmark::State& state)
+{
+    const StdStringsSameHash& map = filledStdStringsSameHash();
+    for (auto _ : state) {
+        for (const std::u16string& key : keys().u16Shuffled)
+            benchmark::DoNotOptimize(Reference<IQVUnknown>(map.find(key)->second));
+    }
+    done(state);
+}
+
+void StringHashMap_Miss(benchmark::State& state)
+{
+    StringHashMap& map = filledStringMap();
+    for (auto _ : state) {
+        for (const String& key : keys().absentStrings)
+            benchmark::DoNotOptimize(map.get(key));
+    }
+    done(state);
+}
+
+void StdU16String_Miss(benchmark::State& state)
+{
+    const StdStrings& map = filledStdStrings();
+    for (auto _ : state) {
+        for (const std::u16string& key : keys().absentU16)
+            benchmark::DoNotOptimize(map.find(key) == map.end());
+    }
+    done(state);
+}
+
+void ArrayList_Append(benchmark::State& state)
+{
+    const Keys& k = keys();
+    for (auto _ : state) {
+        Reference<ArrayList> list = makeReference<ArrayList>();
+        for (const Reference<IQVUnknown>& key : k.present)
+            list->add(key.get());
+        state.PauseTiming();
+        list = nullptr;
+        state.ResumeTiming();
+    }
+    done(state);
+}
+
+void StdVector_Append(benchmark::State& state)
+{
+    const Keys& k = keys();
+    for (auto _ : state) {
+        auto* list = new std::vector<Reference<IQVUnknown>>();
+        for (const Reference<IQVUnknown>& key : k.present)
+            list->push_back(key);
+        state.PauseTiming();
+        delete list;
+        state.ResumeTiming();
+    }
+    done(state);
+}
+
+void ArrayList_Index(benchmark::State& state)
+{
+    Reference<ArrayList> list = makeReference<ArrayList>();
+    for (const Reference<IQVUnknown>& key : keys().present)
+        list->add(key.get());
+    const ArrayList& view = *list;
+    for (auto _ : state) {
+        for (int32_t i = 0; i < COUNT; ++i)
+            benchmark::DoNotOptimize(view.elementAt(i).get());
+    }
+    done(state);
+}
+
+void ArrayList_IndexByReference(benchmark::State& state)
+{
+    Reference<ArrayList> list = makeReference<ArrayList>();
+    for (const Reference<IQVUnknown>& key : keys().present)
+        list->add(key.get());
+    for (auto _ : state) {
+        for (int32_t i = 0; i < COUNT; ++i)
+            benchmark::DoNotOptimize(list->get(i));
+    }
+    done(state);
+}
+
+void StdVector_Index(benchmark::State& state)
+{
+    std::vector<Reference<IQVUnknown>> list(keys().present);
+    for (auto _ : state) {
+        for (int32_t i = 0; i < COUNT; ++i)
+            benchmark::DoNotOptimize(list[static_cast<size_t>(i)].get());
+    }
+    done(state);
+}
+
+} // namespace
+
+BENCHMARK(HashMap_Insert)->Unit(benchmark::kMillisecond);
+BENCHMARK(StdSameComparator_Insert)->Unit(benchmark::kMillisecond);
+BENCHMARK(StdDirect_Insert)->Unit(benchmark::kMillisecond);
+BENCHMARK(HashMap_Hit)->Unit(benchmark::kMillisecond);
+BENCHMARK(StdSameComparator_Hit)->Unit(benchmark::kMillisecond);
+BENCHMARK(StdDirect_Hit)->Unit(benchmark::kMillisecond);
+BENCHMARK(HashMap_Miss)->Unit(benchmark::kMillisecond);
+BENCHMARK(StdSameComparator_Miss)->Unit(benchmark::kMillisecond);
+BENCHMARK(HashMap_Iterate)->Unit(benchmark::kMillisecond);
+BENCHMARK(HashMap_IterateByReference)->Unit(benchmark::kMillisecond);
+BENCHMARK(StdSameComparator_Iterate)->Unit(benchmark::kMillisecond);
+BENCHMARK(StringHashMap_Insert)->Unit(benchmark::kMillisecond);
+BENCHMARK(StdU16String_Insert)->Unit(benchmark::kMillisecond);
+BENCHMARK(StringHashMap_Hit)->Unit(benchmark::kMillisecond);
+BENCHMARK(StdU16String_Hit)->Unit(benchmark::kMillisecond);
+BENCHMARK(StdU16StringSameHash_Hit)->Unit(benchmark::kMillisecond);
+BENCHMARK(StringHashMap_Miss)->Unit(benchmark::kMillisecond);
+BENCHMARK(StdU16String_Miss)->Unit(benchmark::kMillisecond);
+BENCHMARK(ArrayList_Append)->Unit(benchmark::kMillisecond);
+BENCHMARK(StdVector_Append)->Unit(benchmark::kMillisecond);
+BENCHMARK(ArrayList_Index)->Unit(benchmark::kMillisecond);
+BENCHMARK(ArrayList_IndexByReference)->Unit(benchmark::kMillisecond);
+BENCHMARK(StdVector_Index)->Unit(benchmark::kMillisecond);
+
+BENCHMARK_MAIN();

@@ -1,0 +1,151 @@
+#ifndef QV_COLLECTIONS_HASHTABLE_H
+#define QV_COLLECTIONS_HASHTABLE_H
+
+#include <qv/core/Export.h>
+
+#include <cstdint>
+
+namespace qv {
+namespace collections {
+
+// The link part of an entry of a HashTable; every map's entry type derives
+// from it and adds its key and value.
+struct HashNode {
+    HashNode* next = nullptr;
+    // The key's hash code, computed once when the entry is made.
+    uint32_t hash = 0;
+};
+
+// The separately chained table under every hash map of the library (the
+// component-object HashMap and HashSet, StringHashMap, IntegerHashMap,
+// Str1HashMap): odd sizes from 101 growing to 2n + 1, threshold (int)(load x
+// capacity), bucket = hash mod capacity, new entries at the head of their
+// chain, iteration from the highest bucket down. The table owns its entries
+// and frees them through the function given at construction; keys are the
+// maps' business, so lookups take the hash and a match predicate.
+//
+// Not synchronised: one thread at a time.
+class QV_EXPORT HashTable {
+public:
+    static constexpr int32_t DEFAULT_CAPACITY = 101;
+    static constexpr float DEFAULT_LOAD = 0.75f;
+
+    typedef void (*DestroyNode)(HashNode* node) noexcept;
+
+    // capacity >= 1 and a load factor above 0, otherwise ResultException
+    // 0x80070057.
+    HashTable(int32_t capacity, float load, DestroyNode destroy);
+    HashTable(const HashTable&) = delete;
+    HashTable& operator=(const HashTable&) = delete;
+    ~HashTable();
+
+    // Capacity for a table built to hold a copy of n entries: 2n if n > 5,
+    // otherwise 11.
+    static int32_t calcCapacity(int32_t n) noexcept;
+
+    int32_t getSize() const noexcept { return m_size; }
+    int32_t getCapacity() const noexcept { return m_capacity; }
+    int32_t getThreshold() const noexcept { return m_threshold; }
+    float getLoadFactor() const noexcept { return m_loadFactor; }
+    int32_t getModCount() const noexcept { return m_modCount; }
+    // Changes with every clear(), which frees the entries without touching
+    // modCount; cursors use it to stop instead of reading freed entries.
+    uint32_t getGeneration() const noexcept { return m_generation; }
+    HashNode* getBucket(int32_t index) const noexcept { return m_table[index]; }
+
+    // The first entry with this hash that match accepts, or null.
+    template <class Match>
+    HashNode* find(uint32_t hash, Match&& match) const
+    {
+        for (HashNode* node = m_table[hash % static_cast<uint32_t>(m_capacity)]; node; node = node->next) {
+            if (node->hash == hash && match(node))
+                return node;
+        }
+        return nullptr;
+    }
+
+    // Unlinks the first entry with this hash that match accepts and hands it
+    // to the caller (who frees it); size - 1, modCount + 1. Null, and no
+    // change, when there is none.
+    template <class Match>
+    HashNode* detach(uint32_t hash, Match&& match)
+    {
+        HashNode** link = &m_table[hash % static_cast<uint32_t>(m_capacity)];
+        for (HashNode* node = *link; node; link = &node->next, node = node->next) {
+            if (node->hash == hash && match(node)) {
+                *link = node->next;
+                node->next = nullptr;
+                --m_size;
+                bumpModCount();
+                return node;
+            }
+        }
+        return nullptr;
+    }
+
+    // Links a new entry (its hash already set) at the head of its bucket,
+    // growing the table first when the size has reached the threshold;
+    // modCount + 1, size + 1. When growing fails for lack of memory nothing
+    // has changed and the caller still owns node.
+    void insert(HashNode* node);
+    // Unlinks node, which must be in the table, and frees it.
+    void removeNode(HashNode* node) noexcept;
+    // Frees every entry and starts again with an empty table of the same
+    // capacity. Kept as the maps have always behaved: size and modCount stay
+    // as they were, so the size still reports the old count, the threshold
+    // is met that much earlier, and iterators made before are not
+    // invalidated (they find no further entries). Nothing changes when the
+    // new table cannot be allocated.
+    void clear();
+
+private:
+    friend class HashCursor;
+
+    void allocTable(int32_t capacity);
+    void rehash();
+    void freeNodes(HashNode** table, int32_t capacity) noexcept;
+    void bumpModCount() noexcept { m_modCount = static_cast<int32_t>(static_cast<uint32_t>(m_modCount) + 1u); }
+
+    int32_t m_modCount = 0;
+    float m_loadFactor;
+    int32_t m_size = 0;
+    int32_t m_capacity = 0;
+    int32_t m_threshold = 0;
+    HashNode** m_table = nullptr;
+    uint32_t m_generation = 0;
+    DestroyNode m_destroy;
+};
+
+// A fail-fast walk over a HashTable: buckets from the highest index down,
+// each chain from its head (newest first). A structural change made other
+// than through this cursor makes next() throw qv::Exception (without
+// message), as does next() past the end. After the table's clear() the walk
+// is over. The table must outlive the cursor.
+class QV_EXPORT HashCursor {
+public:
+    explicit HashCursor(const HashTable& table) noexcept;
+
+    // True while entries are left; also true when the table has changed
+    // structurally, so that the caller's next() reports it.
+    bool hasNext() noexcept;
+    HashNode* next();
+    // Removes the entry next() returned last. IllegalStateException when
+    // there is none (or it is already removed); qv::Exception when the
+    // table has changed behind the cursor's back.
+    void remove();
+
+private:
+    bool stale() const noexcept;
+
+    HashTable* m_table;
+    int32_t m_expectedModCount;
+    uint32_t m_generation;
+    int32_t m_index;
+    HashNode* m_current = nullptr;
+    HashNode* m_lastReturned = nullptr;
+};
+
+} // namespace collections
+} // namespace qv
+
+#endif

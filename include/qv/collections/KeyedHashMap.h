@@ -1,0 +1,158 @@
+#ifndef QV_COLLECTIONS_KEYEDHASHMAP_H
+#define QV_COLLECTIONS_KEYEDHASHMAP_H
+
+#include <qv/collections/HashTable.h>
+#include <qv/collections/qvcom/IQVComparator.h>
+#include <qv/core/Boundary.h>
+#include <qv/core/Object.h>
+#include <qv/core/Reference.h>
+
+#include <memory>
+#include <utility>
+
+namespace qv {
+namespace collections {
+
+// The maps whose keys are plain values (a String, an int32_t, a Str1) rather
+// than component objects: StringHashMap, IntegerHashMap, Str1HashMap and
+// Str1HashMapLC. Values are component objects held by reference count, and
+// the table is the HashTable of every other hash map, with the same
+// constants, growth, order and clear() rules.
+//
+// Traits supplies, for keys k and stored keys s:
+//   static uint32_t hash(const Key& k);
+//   static bool equal(const Key& s, const Key& k);
+//   static Key store(const Key& k);      // the form kept in the table
+template <class Key, class Traits>
+class KeyedHashMap : public Object {
+public:
+    static constexpr int32_t DEFAULT_CAPACITY = HashTable::DEFAULT_CAPACITY;
+    static constexpr float DEFAULT_LOAD = HashTable::DEFAULT_LOAD;
+
+    class Entry : private HashNode {
+    public:
+        const Key& getKey() const noexcept { return m_key; }
+        const Reference<IQVUnknown>& getValue() const noexcept { return m_value; }
+
+    private:
+        friend class KeyedHashMap;
+        Entry(Key key, IQVUnknown* value, uint32_t keyHash) : m_key(std::move(key)), m_value(value)
+        {
+            hash = keyHash;
+        }
+        Key m_key;
+        Reference<IQVUnknown> m_value;
+    };
+
+    // A fail-fast walk in table order (buckets from the highest down, each
+    // chain newest first): after a structural change made other than
+    // through it, next() throws qv::Exception, as it does past the end;
+    // after clear() the walk is over. The map must outlive it.
+    class Iterator {
+    public:
+        explicit Iterator(KeyedHashMap& map) noexcept : m_cursor(map.m_table) {}
+        bool hasNext() noexcept { return m_cursor.hasNext(); }
+        // Valid until the map changes.
+        const Entry& next() { return *static_cast<const Entry*>(m_cursor.next()); }
+        void remove() { m_cursor.remove(); }
+
+    private:
+        HashCursor m_cursor;
+    };
+
+    explicit KeyedHashMap(int32_t capacity = DEFAULT_CAPACITY, float load = DEFAULT_LOAD)
+        : m_table(capacity, load, &destroyEntry)
+    {
+    }
+    // A new object (unreferenced) with calcCapacity(other's size) buckets and
+    // other's load factor.
+    KeyedHashMap(const KeyedHashMap& other)
+        : Object(), m_table(calcCapacity(other.getSize()), other.getLoadFactor(), &destroyEntry)
+    {
+        for (int32_t i = other.m_table.getCapacity() - 1; i >= 0; --i) {
+            for (HashNode* node = other.m_table.getBucket(i); node; node = node->next)
+                put(entryOf(node)->m_key, entryOf(node)->m_value.get());
+        }
+    }
+    KeyedHashMap& operator=(const KeyedHashMap&) = delete;
+    ~KeyedHashMap() override = default;
+
+    // 2n if n > 5, otherwise 11.
+    static int32_t calcCapacity(int32_t n) noexcept { return HashTable::calcCapacity(n); }
+
+    int32_t getSize() const noexcept { return m_table.getSize(); }
+    bool isEmpty() const noexcept { return m_table.getSize() == 0; }
+    int32_t getCapacity() const noexcept { return m_table.getCapacity(); }
+    int32_t getThreshold() const noexcept { return m_table.getThreshold(); }
+    float getLoadFactor() const noexcept { return m_table.getLoadFactor(); }
+
+    bool containsKey(const Key& key) const { return findEntry(key, Traits::hash(key)) != nullptr; }
+    // By the default comparator.
+    bool containsValue(const IQVUnknown* value) const
+    {
+        const qvcom::IQVComparator* comparator = qvcom::GetDefaultComparator();
+        for (int32_t i = m_table.getCapacity() - 1; i >= 0; --i) {
+            for (HashNode* node = m_table.getBucket(i); node; node = node->next) {
+                bool equal = false;
+                ::qv::qvcom::throwIfFailed(comparator->Equals(value, entryOf(node)->m_value.get(), &equal));
+                if (equal)
+                    return true;
+            }
+        }
+        return false;
+    }
+    // Null when the key is absent.
+    Reference<IQVUnknown> get(const Key& key) const
+    {
+        const Entry* entry = findEntry(key, Traits::hash(key));
+        return entry ? entry->m_value : Reference<IQVUnknown>();
+    }
+    // The value replaced, or null for a new key. Replacing a value is not a
+    // structural change. A failed allocation leaves the map unchanged.
+    Reference<IQVUnknown> put(const Key& key, IQVUnknown* value)
+    {
+        const uint32_t hash = Traits::hash(key);
+        if (Entry* entry = findEntry(key, hash)) {
+            Reference<IQVUnknown> previous(value);
+            entry->m_value.swap(previous);
+            return previous;
+        }
+        std::unique_ptr<Entry> entry(new Entry(Traits::store(key), value, hash));
+        m_table.insert(entry.get());
+        entry.release();
+        return nullptr;
+    }
+    // The value removed, or null when the key was absent.
+    Reference<IQVUnknown> remove(const Key& key)
+    {
+        HashNode* node = m_table.detach(Traits::hash(key), [&](HashNode* candidate) {
+            return Traits::equal(entryOf(candidate)->m_key, key);
+        });
+        if (!node)
+            return nullptr;
+        std::unique_ptr<Entry> entry(entryOf(node));
+        return std::move(entry->m_value);
+    }
+    // Frees the entries; size and modCount stay as they were (see HashTable::clear).
+    void clear() { m_table.clear(); }
+
+    Iterator createIterator() noexcept { return Iterator(*this); }
+
+private:
+    static Entry* entryOf(HashNode* node) noexcept { return static_cast<Entry*>(node); }
+    static void destroyEntry(HashNode* node) noexcept { delete entryOf(node); }
+
+    Entry* findEntry(const Key& key, uint32_t hash) const
+    {
+        HashNode* node =
+            m_table.find(hash, [&](HashNode* candidate) { return Traits::equal(entryOf(candidate)->m_key, key); });
+        return node ? entryOf(node) : nullptr;
+    }
+
+    HashTable m_table;
+};
+
+} // namespace collections
+} // namespace qv
+
+#endif

@@ -1,0 +1,89 @@
+#ifndef QV_COLLECTIONS_QVCOM_ABSTRACTMAP_H
+#define QV_COLLECTIONS_QVCOM_ABSTRACTMAP_H
+
+#include <qv/collections/qvcom/AbstractIterator.h>
+#include <qv/collections/qvcom/AbstractSet.h>
+#include <qv/collections/qvcom/IQVComparator.h>
+#include <qv/collections/qvcom/Map.h>
+#include <qv/core/Object.h>
+#include <qv/core/Reference.h>
+
+namespace qv {
+namespace collections {
+namespace qvcom {
+
+// Base of the maps, holding the key and the value comparators. A derived
+// class supplies the lookups and the entry walk; putAll, equality, hash
+// code, order and text come from here. Class operations throw; interface
+// operations answer by result code.
+class QV_EXPORT AbstractMap : public Object, public Map {
+    QV_DECLARE_INTERFACE_MAP()
+
+public:
+    ~AbstractMap() override;
+
+    virtual int32_t getSize() const = 0;
+    bool isEmpty() const { return getSize() == 0; }
+    virtual bool containsKey(const IQVUnknown* key) const = 0;
+    virtual bool containsValue(const IQVUnknown* value) const = 0;
+    // Null when the key is absent.
+    virtual Reference<IQVUnknown> get(const IQVUnknown* key) const = 0;
+    // The value replaced, or null for a new key.
+    virtual Reference<IQVUnknown> put(IQVUnknown* key, IQVUnknown* value) = 0;
+    // The value removed, or null when the key was absent.
+    virtual Reference<IQVUnknown> remove(const IQVUnknown* key) = 0;
+    virtual void clear() = 0;
+    virtual Reference<AbstractSet> createEntrySet() = 0;
+    // Elements are MapEntry objects; remove() is refused.
+    virtual Reference<AbstractIterator> createConstEntryIterator() const = 0;
+
+    // Puts every entry of other, in other's order. other may be this map.
+    virtual void putAll(const Map& other);
+
+    const IQVComparator* getKeyComparator() const noexcept { return m_keyComparator.get(); }
+    const IQVComparator* getValueComparator() const noexcept { return m_valueComparator.get(); }
+
+    // Another Map of the same size holding, for every key of this map, a
+    // value equal (by this map's value comparator) to this map's.
+    bool equals(const Object& other) const override;
+    // The sum over the entries of hash(key) ^ hash(value).
+    uint32_t hashCode() const override;
+    // Against another Map: 0 when equal, otherwise by size, then by hash
+    // code, then by address. Anything else by address.
+    int compareTo(const Object& other) const override;
+    // "{key=value, ...}".
+    String toString() const override;
+
+    Result GetSize(int32_t* size) const override;
+    Result ContainsKey(const IQVUnknown* key, bool* result) const override;
+    Result ContainsValue(const IQVUnknown* value, bool* result) const override;
+    Result Get(const IQVUnknown* key, IQVUnknown** value) const override;
+    Result Put(IQVUnknown* key, IQVUnknown* value, IQVUnknown** previous) override;
+    Result Remove(const IQVUnknown* key, IQVUnknown** removed) override;
+    Result Clear() override;
+    Result PutAll(const Map* other) override;
+    Result CreateEntrySet(Set** entries) override;
+    Result CreateConstEntryIterator(ConstIterator** entries) const override;
+
+protected:
+    // Null comparators mean the default comparator.
+    AbstractMap(const IQVComparator* keys, const IQVComparator* values);
+    // A copy is a new object: it starts unreferenced, with the source's comparators.
+    AbstractMap(const AbstractMap& other);
+    AbstractMap& operator=(const AbstractMap&) = delete;
+
+    uint32_t getKeyHashCode(const IQVUnknown* key) const;
+    uint32_t getValueHashCode(const IQVUnknown* value) const;
+    bool keysEqual(const IQVUnknown* a, const IQVUnknown* b) const;
+    bool valuesEqual(const IQVUnknown* a, const IQVUnknown* b) const;
+
+private:
+    Reference<const IQVComparator> m_keyComparator;
+    Reference<const IQVComparator> m_valueComparator;
+};
+
+} // namespace qvcom
+} // namespace collections
+} // namespace qv
+
+#endif

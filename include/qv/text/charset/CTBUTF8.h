@@ -1,0 +1,40 @@
+#ifndef QV_TEXT_CHARSET_CTBUTF8_H
+#define QV_TEXT_CHARSET_CTBUTF8_H
+
+#include <qv/text/charset/CharToByteConverter.h>
+
+namespace qv {
+namespace text {
+namespace charset {
+
+// UTF-8 encoder: a surrogate pair becomes one four-byte sequence, a lone
+// surrogate throws InvalidCharacterException. No byte order mark is written.
+class QV_EXPORT CTBUTF8 : public CharToByteConverter
+{
+public:
+    CTBUTF8();
+
+    using CharToByteConverter::convert;
+    int32_t convert(const char16_t* in, int32_t* inPos, int32_t inEnd, signed char* out, int32_t* outPos,
+                    int32_t outEnd) override;
+    int32_t flush(signed char* out, int32_t* outPos, int32_t outEnd) override;
+    void reset() override;
+    const char16_t* getEncodingName() const override;
+    int getMaxBytesPerChar() const override;
+    int getMaxCharsPerByte() const override;
+
+private:
+    struct State
+    {
+        char16_t high;       // high surrogate waiting for its low half, 0 when none
+        uint8_t heldCount;   // bytes of the last character that did not fit
+        uint8_t held[3];
+    };
+    State m_state;
+};
+
+} // namespace charset
+} // namespace text
+} // namespace qv
+
+#endif

@@ -1,0 +1,68 @@
+#ifndef QV_TEXT_CHARSET_CHARTOBYTECONVERTER_H
+#define QV_TEXT_CHARSET_CHARTOBYTECONVERTER_H
+
+#include <qv/core/Export.h>
+#include <qv/core/Object.h>
+
+#include <cstdint>
+
+namespace qv {
+namespace text {
+namespace charset {
+
+// An encoder: UTF-16 code units to bytes in some encoding.
+//
+// The mirror image of ByteToCharConverter, with the same contract: convert()
+// reads in[*inPos, inEnd), writes out[*outPos, outEnd), stops when the input
+// is used up or the output is full, leaves the positions at the first element
+// not consumed / not written and returns the number of bytes written. A high
+// surrogate at the end of the input waits inside the converter for its low
+// half; the bytes of a character that do not fit are held and written first
+// by the next call. A call that throws leaves positions and state as they were
+// when it began. A lone surrogate is malformed (InvalidCharacterException); a
+// character the encoding cannot represent is unmappable and follows the
+// substitution mode (default: the single byte '?').
+class QV_EXPORT CharToByteConverter : public Object
+{
+public:
+    CharToByteConverter();
+    CharToByteConverter(const CharToByteConverter& other);
+    CharToByteConverter& operator=(const CharToByteConverter& other);
+    ~CharToByteConverter() override;
+
+    virtual int32_t convert(const char16_t* in, int32_t* inPos, int32_t inEnd, signed char* out, int32_t* outPos,
+                            int32_t outEnd) = 0;
+    virtual int32_t flush(signed char* out, int32_t* outPos, int32_t outEnd) = 0;
+    virtual void reset() = 0;
+    virtual const char16_t* getEncodingName() const = 0;
+    virtual int getMaxBytesPerChar() const = 0;
+    virtual int getMaxCharsPerByte() const = 0;
+
+    virtual bool getSubstitutionMode() const;
+    virtual void setSubstitutionMode(bool on);
+    // With a null dest returns the length; otherwise copies min(max, length)
+    // bytes and returns that number.
+    virtual int getSubstitutionBytes(signed char* dest, int max) const;
+    // At most 7 bytes; a longer or negative count throws RangeErrorException
+    // and leaves the substitution unchanged.
+    virtual void setSubstitutionBytes(const signed char* bytes, int count);
+
+    int32_t convert(const unsigned short* in, int32_t* inPos, int32_t inEnd, signed char* out, int32_t* outPos,
+                    int32_t outEnd)
+    {
+        return convert(reinterpret_cast<const char16_t*>(in), inPos, inEnd, out, outPos, outEnd);
+    }
+
+    static constexpr int MAX_SUBSTITUTION_BYTES = 7;
+
+protected:
+    bool substitutionMode;
+    signed char substitutionBytes[MAX_SUBSTITUTION_BYTES];
+    int32_t substitutionCount;
+};
+
+} // namespace charset
+} // namespace text
+} // namespace qv
+
+#endif

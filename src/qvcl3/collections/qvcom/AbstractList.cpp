@@ -1,0 +1,171 @@
+#include <qv/collections/qvcom/AbstractList.h>
+
+#include "collections/qvcom/Elements.h"
+
+#include <qv/core/Boundary.h>
+#include <qv/core/Exception.h>
+#include <qv/lang/String.h>
+
+namespace qv {
+namespace collections {
+namespace qvcom {
+
+using ::qv::qvcom::guardBoundary;
+
+QV_BEGIN_INTERFACE_MAP(AbstractList)
+QV_INTERFACE_ENTRY(AbstractList, List)
+QV_INTERFACE_CHAIN(AbstractCollection)
+QV_END_INTERFACE_MAP()
+
+AbstractList::~AbstractList() = default;
+
+void AbstractList::throwBadIndex(int32_t index, int32_t size)
+{
+    String message;
+    message.format(u"list index {0} outside [0, {1})", -1, String::valueOf(index), String::valueOf(size));
+    throw RangeErrorException(message);
+}
+
+void AbstractList::throwConcurrentChange()
+{
+    throw IllegalStateException(QV_STR(u"the list changed during iteration"));
+}
+
+void AbstractList::throwNoMoreElements()
+{
+    throw IllegalStateException(QV_STR(u"no more elements"));
+}
+
+bool AbstractList::add(IQVUnknown* element)
+{
+    insert(getSize(), element);
+    return true;
+}
+
+bool AbstractList::contains(const IQVUnknown* element) const
+{
+    return indexOf(element) >= 0;
+}
+
+int32_t AbstractList::indexOf(const IQVUnknown* element) const
+{
+    Reference<AbstractIterator> it = createConstIterator();
+    for (int32_t index = 0; it->hasNext(); ++index) {
+        if (elementsEqual(element, it->next().get()))
+            return index;
+    }
+    return -1;
+}
+
+int32_t AbstractList::lastIndexOf(const IQVUnknown* element) const
+{
+    int32_t found = -1;
+    Reference<AbstractIterator> it = createConstIterator();
+    for (int32_t index = 0; it->hasNext(); ++index) {
+        if (elementsEqual(element, it->next().get()))
+            found = index;
+    }
+    return found;
+}
+
+bool AbstractList::equals(const Object& other) const
+{
+    if (&other == this)
+        return true;
+    const List* list = dynamic_cast<const List*>(&other);
+    if (!list || sizeOf(*list) != getSize())
+        return false;
+    Reference<AbstractIterator> mine = createConstIterator();
+    ElementWalk theirs(*list);
+    while (mine->hasNext() && theirs.hasNext()) {
+        if (!elementsEqual(mine->next().get(), theirs.next().get()))
+            return false;
+    }
+    return !mine->hasNext() && !theirs.hasNext();
+}
+
+uint32_t AbstractList::hashCode() const
+{
+    uint32_t hash = 1;
+    Reference<AbstractIterator> it = createConstIterator();
+    while (it->hasNext()) {
+        Reference<IQVUnknown> element = it->next();
+        hash = 31u * hash + (isSelf(element.get()) ? 0u : elementHash(element.get()));
+    }
+    return hash;
+}
+
+int AbstractList::compareTo(const Object& other) const
+{
+    if (&other == this)
+        return 0;
+    const List* list = dynamic_cast<const List*>(&other);
+    if (!list)
+        return Object::compareTo(other);
+    Reference<AbstractIterator> mine = createConstIterator();
+    ElementWalk theirs(*list);
+    while (mine->hasNext() && theirs.hasNext()) {
+        Reference<IQVUnknown> a = mine->next();
+        Reference<IQVUnknown> b = theirs.next();
+        if (!elementsEqual(a.get(), b.get()))
+            return orderOf(a.get(), b.get());
+    }
+    if (mine->hasNext())
+        return 1;
+    return theirs.hasNext() ? -1 : 0;
+}
+
+Result AbstractList::GetAt(int32_t index, IQVUnknown** element) const
+{
+    if (!element)
+        return results::POINTER;
+    *element = nullptr;
+    return guardBoundary([&] { *element = get(index).detach(); });
+}
+
+Result AbstractList::SetAt(int32_t index, IQVUnknown* element, IQVUnknown** previous)
+{
+    if (previous)
+        *previous = nullptr;
+    return guardBoundary([&] {
+        Reference<IQVUnknown> old = set(index, element);
+        if (previous)
+            *previous = old.detach();
+    });
+}
+
+Result AbstractList::InsertAt(int32_t index, IQVUnknown* element)
+{
+    return guardBoundary([&] { insert(index, element); });
+}
+
+Result AbstractList::RemoveAt(int32_t index, IQVUnknown** removed)
+{
+    if (removed)
+        *removed = nullptr;
+    return guardBoundary([&] {
+        Reference<IQVUnknown> old = removeAt(index);
+        if (removed)
+            *removed = old.detach();
+    });
+}
+
+Result AbstractList::IndexOf(const IQVUnknown* element, int32_t* index) const
+{
+    if (!index)
+        return results::POINTER;
+    *index = -1;
+    return guardBoundary([&] { *index = indexOf(element); });
+}
+
+Result AbstractList::LastIndexOf(const IQVUnknown* element, int32_t* index) const
+{
+    if (!index)
+        return results::POINTER;
+    *index = -1;
+    return guardBoundary([&] { *index = lastIndexOf(element); });
+}
+
+} // namespace qvcom
+} // namespace collections
+} // namespace qv

@@ -1,0 +1,240 @@
+#include <qv/collections/qvcom/AbstractMap.h>
+
+#include "collections/qvcom/Elements.h"
+
+#include <qv/core/Boundary.h>
+#include <qv/core/Exception.h>
+#include <qv/lang/String.h>
+
+namespace qv {
+namespace collections {
+namespace qvcom {
+
+using ::qv::qvcom::guardBoundary;
+using ::qv::qvcom::throwIfFailed;
+
+QV_BEGIN_INTERFACE_MAP(AbstractMap)
+QV_INTERFACE_ENTRY(AbstractMap, Map)
+QV_INTERFACE_CHAIN(Object)
+QV_END_INTERFACE_MAP()
+
+AbstractMap::AbstractMap(const IQVComparator* keys, const IQVComparator* values)
+    : m_keyComparator(keys ? keys : GetDefaultComparator()),
+      m_valueComparator(values ? values : GetDefaultComparator())
+{
+}
+
+AbstractMap::AbstractMap(const AbstractMap& other)
+    : Object(), Map(), m_keyComparator(other.m_keyComparator), m_valueComparator(other.m_valueComparator)
+{
+}
+
+AbstractMap::~AbstractMap() = default;
+
+uint32_t AbstractMap::getKeyHashCode(const IQVUnknown* key) const
+{
+    uint32_t hash = 0;
+    throwIfFailed(m_keyComparator->HashCode(key, &hash));
+    return hash;
+}
+
+uint32_t AbstractMap::getValueHashCode(const IQVUnknown* value) const
+{
+    uint32_t hash = 0;
+    throwIfFailed(m_valueComparator->HashCode(value, &hash));
+    return hash;
+}
+
+bool AbstractMap::keysEqual(const IQVUnknown* a, const IQVUnknown* b) const
+{
+    bool equal = false;
+    throwIfFailed(m_keyComparator->Equals(a, b, &equal));
+    return equal;
+}
+
+bool AbstractMap::valuesEqual(const IQVUnknown* a, const IQVUnknown* b) const
+{
+    bool equal = false;
+    throwIfFailed(m_valueComparator->Equals(a, b, &equal));
+    return equal;
+}
+
+void AbstractMap::putAll(const Map& other)
+{
+    EntryWalk walk(other);
+    Reference<IQVUnknown> key;
+    Reference<IQVUnknown> value;
+    while (walk.next(key, value))
+        put(key.get(), value.get());
+}
+
+bool AbstractMap::equals(const Object& other) const
+{
+    if (&other == this)
+        return true;
+    const Map* map = dynamic_cast<const Map*>(&other);
+    if (!map || sizeOf(*map) != getSize())
+        return false;
+    EntryWalk walk(*this);
+    Reference<IQVUnknown> key;
+    Reference<IQVUnknown> value;
+    while (walk.next(key, value)) {
+        Reference<IQVUnknown> theirs;
+        const Result found = map->Get(key.get(), theirs.put());
+        throwIfFailed(found);
+        if (found != results::OK || !valuesEqual(value.get(), theirs.get()))
+            return false;
+    }
+    return true;
+}
+
+uint32_t AbstractMap::hashCode() const
+{
+    uint32_t hash = 0;
+    EntryWalk walk(*this);
+    Reference<IQVUnknown> key;
+    Reference<IQVUnknown> value;
+    while (walk.next(key, value))
+        hash += getKeyHashCode(key.get()) ^ getValueHashCode(value.get());
+    return hash;
+}
+
+int AbstractMap::compareTo(const Object& other) const
+{
+    if (&other == this)
+        return 0;
+    const Map* map = dynamic_cast<const Map*>(&other);
+    if (!map)
+        return Object::compareTo(other);
+    if (equals(other))
+        return 0;
+    const int32_t mine = getSize();
+    const int32_t theirs = sizeOf(*map);
+    if (mine != theirs)
+        return mine < theirs ? -1 : 1;
+    const uint32_t myHash = hashCode();
+    const uint32_t theirHash = other.hashCode();
+    if (myHash != theirHash)
+        return myHash < theirHash ? -1 : 1;
+    return Object::compareTo(other);
+}
+
+String AbstractMap::toString() const
+{
+    String text(u"{");
+    EntryWalk walk(*this);
+    Reference<IQVUnknown> key;
+    Reference<IQVUnknown> value;
+    bool first = true;
+    while (walk.next(key, value)) {
+        if (!first)
+            text += u", ";
+        first = false;
+        if (dynamic_cast<const AbstractMap*>(key.get()) == this)
+            text += u"(this map)";
+        else
+            appendElementText(text, key.get());
+        text += u'=';
+        if (dynamic_cast<const AbstractMap*>(value.get()) == this)
+            text += u"(this map)";
+        else
+            appendElementText(text, value.get());
+    }
+    text += u'}';
+    return text;
+}
+
+Result AbstractMap::GetSize(int32_t* size) const
+{
+    if (!size)
+        return results::POINTER;
+    *size = 0;
+    return guardBoundary([&] { *size = getSize(); });
+}
+
+Result AbstractMap::ContainsKey(const IQVUnknown* key, bool* result) const
+{
+    if (!result)
+        return results::POINTER;
+    *result = false;
+    return guardBoundary([&] { *result = containsKey(key); });
+}
+
+Result AbstractMap::ContainsValue(const IQVUnknown* value, bool* result) const
+{
+    if (!result)
+        return results::POINTER;
+    *result = false;
+    return guardBoundary([&] { *result = containsValue(value); });
+}
+
+Result AbstractMap::Get(const IQVUnknown* key, IQVUnknown** value) const
+{
+    if (!value)
+        return results::POINTER;
+    *value = nullptr;
+    return guardBoundary([&]() -> Result {
+        Reference<IQVUnknown> found = get(key);
+        if (!found && !containsKey(key))
+            return results::FALSE_;
+        *value = found.detach();
+        return results::OK;
+    });
+}
+
+Result AbstractMap::Put(IQVUnknown* key, IQVUnknown* value, IQVUnknown** previous)
+{
+    if (previous)
+        *previous = nullptr;
+    return guardBoundary([&] {
+        Reference<IQVUnknown> old = put(key, value);
+        if (previous)
+            *previous = old.detach();
+    });
+}
+
+Result AbstractMap::Remove(const IQVUnknown* key, IQVUnknown** removed)
+{
+    if (removed)
+        *removed = nullptr;
+    return guardBoundary([&]() -> Result {
+        if (!containsKey(key))
+            return results::FALSE_;
+        Reference<IQVUnknown> old = remove(key);
+        if (removed)
+            *removed = old.detach();
+        return results::OK;
+    });
+}
+
+Result AbstractMap::Clear()
+{
+    return guardBoundary([&] { clear(); });
+}
+
+Result AbstractMap::PutAll(const Map* other)
+{
+    if (!other)
+        return results::POINTER;
+    return guardBoundary([&] { putAll(*other); });
+}
+
+Result AbstractMap::CreateEntrySet(Set** entries)
+{
+    if (!entries)
+        return results::POINTER;
+    *entries = nullptr;
+    return guardBoundary([&] { *entries = createEntrySet().detach(); });
+}
+
+Result AbstractMap::CreateConstEntryIterator(ConstIterator** entries) const
+{
+    if (!entries)
+        return results::POINTER;
+    *entries = nullptr;
+    return guardBoundary([&] { *entries = createConstEntryIterator().detach(); });
+}
+
+} // namespace qvcom
+} // namespace collections
+} // namespace qv

@@ -1,0 +1,94 @@
+#ifndef QVCL3_TEXT_CHARSET_CONVERTERSUPPORT_H
+#define QVCL3_TEXT_CHARSET_CONVERTERSUPPORT_H
+
+// Shared by the converter implementations; not installed.
+
+#include <cstdint>
+
+namespace qv {
+namespace text {
+namespace charset {
+namespace detail {
+
+// The converters report errors only through these, so that the exception
+// classes they throw are chosen in one place.
+[[noreturn]] void throwInvalidCharacter(const char* message);
+[[noreturn]] void throwUnmappableCharacter(const char* message);
+[[noreturn]] void throwUnknownEncoding(const char* message);
+[[noreturn]] void throwRangeError(const char* message);
+
+// Rejects null position pointers, positions outside [0, end] and a null
+// buffer behind a non-empty range before any element is touched.
+void checkConvertArguments(const void* in, const int32_t* inPos, int32_t inEnd, const void* out,
+                           const int32_t* outPos, int32_t outEnd);
+void checkFlushArguments(const void* out, const int32_t* outPos, int32_t outEnd);
+
+// Exact for any 32-bit value, not only for code units: a UTF-32 value such
+// as 0xCD8D9 is not a surrogate although its low sixteen bits look like one.
+inline bool isHighSurrogate(uint32_t c)
+{
+    return (c & 0xFFFFFC00u) == 0xD800u;
+}
+inline bool isLowSurrogate(uint32_t c)
+{
+    return (c & 0xFFFFFC00u) == 0xDC00u;
+}
+inline bool isSurrogate(uint32_t c)
+{
+    return (c & 0xFFFFF800u) == 0xD800u;
+}
+inline uint32_t combineSurrogates(uint32_t high, uint32_t low)
+{
+    return 0x10000u + ((high - 0xD800u) << 10) + (low - 0xDC00u);
+}
+inline char16_t highSurrogateOf(uint32_t cp)
+{
+    return static_cast<char16_t>(0xD7C0u + (cp >> 10));
+}
+inline char16_t lowSurrogateOf(uint32_t cp)
+{
+    return static_cast<char16_t>(0xDC00u + (cp & 0x3FFu));
+}
+
+// Bytes of a character that did not fit into the output wait in a small
+// array of the converter's state and are written first by the next call.
+template <typename State>
+int32_t drainHeldBytes(State& s, uint8_t* out, int32_t op, int32_t outEnd)
+{
+    int i = 0;
+    while (i < s.heldCount && op < outEnd) {
+        out[op++] = s.held[i++];
+    }
+    for (int j = i; j < s.heldCount; ++j) {
+        s.held[j - i] = s.held[j];
+    }
+    s.heldCount = static_cast<uint8_t>(s.heldCount - i);
+    return op;
+}
+
+// Writes what fits of bytes[0, n) and keeps the rest in the state; the
+// caller guarantees the held array has room for it.
+template <typename State>
+int32_t putBytes(const uint8_t* bytes, int n, State& s, uint8_t* out, int32_t op, int32_t outEnd)
+{
+    int i = 0;
+    while (i < n && op < outEnd) {
+        out[op++] = bytes[i++];
+    }
+    s.heldCount = static_cast<uint8_t>(n - i);
+    for (int j = 0; i < n; ++i, ++j) {
+        s.held[j] = bytes[i];
+    }
+    return op;
+}
+
+[[noreturn]] void throwLoneHighSurrogate();
+[[noreturn]] void throwLoneLowSurrogate();
+[[noreturn]] void throwHighSurrogateAtEnd();
+
+} // namespace detail
+} // namespace charset
+} // namespace text
+} // namespace qv
+
+#endif

@@ -1,0 +1,158 @@
+// What every converter shares: substitution settings, argument checks,
+// names and sizes.
+
+#include "ConverterHarness.h"
+
+namespace charset_test {
+namespace {
+
+TEST(CharsetBasics, SubstitutionSettingsHaveTheirDefaultsAndKeepWhatIsSet)
+{
+    BTCUTF8 decoder;
+    EXPECT_TRUE(decoder.getSubstitutionMode());
+    EXPECT_EQ(1, decoder.getSubstitutionChars(static_cast<char16_t*>(nullptr), 0));
+    char16_t chars[3] = {};
+    EXPECT_EQ(1, decoder.getSubstitutionChars(chars, 3));
+    EXPECT_EQ(u'\uFFFD', chars[0]);
+    decoder.setSubstitutionChars(u"xyz", 3);
+    EXPECT_EQ(3, decoder.getSubstitutionChars(static_cast<char16_t*>(nullptr), 0));
+    EXPECT_EQ(2, decoder.getSubstitutionChars(chars, 2));
+    EXPECT_EQ(u'y', chars[1]);
+    unsigned short wide[3] = {};
+    EXPECT_EQ(3, decoder.getSubstitutionChars(wide, 3));
+    EXPECT_EQ(u'z', wide[2]);
+    EXPECT_THROW(decoder.setSubstitutionChars(u"abcd", 4), RangeError);
+    EXPECT_THROW(decoder.setSubstitutionChars(static_cast<const char16_t*>(nullptr), 1), RangeError);
+    EXPECT_EQ(3, decoder.getSubstitutionChars(static_cast<char16_t*>(nullptr), 0));
+
+    CTBUTF8 encoder;
+    signed char bytes[7] = {};
+    EXPECT_EQ(1, encoder.getSubstitutionBytes(bytes, 7));
+    EXPECT_EQ('?', bytes[0]);
+    const signed char seven[7] = {1, 2, 3, 4, 5, 6, 7};
+    encoder.setSubstitutionBytes(seven, 7);
+    EXPECT_EQ(7, encoder.getSubstitutionBytes(nullptr, 0));
+    EXPECT_THROW(encoder.setSubstitutionBytes(seven, 8), RangeError);
+    EXPECT_THROW(encoder.setSubstitutionBytes(seven, -1), RangeError);
+
+    // Copies carry the settings along.
+    CTBUTF8 copy(encoder);
+    EXPECT_EQ(7, copy.getSubstitutionBytes(bytes, 7));
+    EXPECT_EQ(7, bytes[6]);
+}
+
+TEST(CharsetBasics, BadPositionsAndBuffersThrowBeforeAnythingIsTouched)
+{
+    for (const Codec& codec : allCodecs()) {
+        SCOPED_TRACE(codec.name);
+        auto decoder = codec.decoder();
+        const signed char in[4] = {'a', 'b', 'c', 'd'};
+        char16_t out[4] = {};
+        int32_t ip = 0;
+        int32_t op = 0;
+        EXPECT_THROW(decoder->convert(in, nullptr, 4, out, &op, 4), RangeError);
+        EXPECT_THROW(decoder->convert(in, &ip, 4, out, nullptr, 4), RangeError);
+        ip = 5;
+        EXPECT_THROW(decoder->convert(in, &ip, 4, out, &op, 4), RangeError);
+        ip = -1;
+        EXPECT_THROW(decoder->convert(in, &ip, 4, out, &op, 4), RangeError);
+        ip = 0;
+        op = 5;
+        EXPECT_THROW(decoder->convert(in, &ip, 4, out, &op, 4), RangeError);
+        op = 0;
+        EXPECT_THROW(decoder->convert(nullptr, &ip, 4, out, &op, 4), RangeError);
+        EXPECT_THROW(decoder->convert(in, &ip, 4, static_cast<char16_t*>(nullptr), &op, 4), RangeError);
+        EXPECT_THROW(decoder->flush(static_cast<char16_t*>(nullptr), &op, 4), RangeError);
+        EXPECT_EQ(0, ip);
+        EXPECT_EQ(0, op);
+        EXPECT_EQ(0, decoder->convert(nullptr, &ip, 0, static_cast<char16_t*>(nullptr), &op, 0));
+
+        auto encoder = codec.encoder();
+        const char16_t text[2] = {u'a', u'b'};
+        signed char bytes[4] = {};
+        EXPECT_THROW(encoder->convert(text, &ip, 2, bytes, nullptr, 4), RangeError);
+        op = 9;
+        EXPECT_THROW(encoder->convert(text, &ip, 2, bytes, &op, 4), RangeError);
+        op = 0;
+        EXPECT_THROW(encoder->convert(static_cast<const char16_t*>(nullptr), &ip, 2, bytes, &op, 4), RangeError);
+        EXPECT_THROW(encoder->flush(bytes, nullptr, 4), RangeError);
+    }
+}
+
+TEST(CharsetBasics, NamesAndSizesDescribeTheEncoding)
+{
+    for (const Codec& codec : allCodecs()) {
+        SCOPED_TRACE(codec.name);
+        auto decoder = codec.decoder();
+        auto encoder = codec.encoder();
+        const Text name(decoder->getEncodingName());
+        EXPECT_TRUE(name == Text(encoder->getEncodingName()));
+        EXPECT_EQ(decoder->getMaxBytesPerChar(), encoder->getMaxBytesPerChar());
+        EXPECT_EQ(1, decoder->getMaxCharsPerByte());
+
+        // No single code unit needs more bytes than the encoding says.
+        const Text sample = u"a\u00E9\u20AC\u65E5\uFF71\u4E02\u0416";
+        for (char16_t c : sample) {
+            encoder->reset();
+            const Bytes bytes = encodeAll(*encoder, Text(1, c));
+            const size_t mark = name == u"UTF-16" ? 2 : name == u"UTF-32" ? 4 : 0;
+            EXPECT_LE(bytes.size(), static_cast<size_t>(encoder->getMaxBytesPerChar()) + mark);
+        }
+    }
+    BTCUTF16 utf16;
+    EXPECT_TRUE(Text(utf16.getEncodingName()) == u"UTF-16");
+    CTBAMP7 amp7;
+    EXPECT_TRUE(Text(amp7.getEncodingName()) == u"AMP-7");
+    BTCISO8859_1 latin1;
+    EXPECT_TRUE(Text(latin1.getEncodingName()) == u"ISO8859_1");
+}
+
+TEST(CharsetBasics, ConvertersAreRegisteredLibraryObjects)
+{
+    const std::pair<const char16_t*, const char16_t*> creatable[] = {
+        {u"BTCUTF8", u"UTF-8"},        {u"CTBUTF8", u"UTF-8"},         {u"BTCUTF16LE", u"UTF-16LE"},
+        {u"CTBUTF16BE", u"UTF-16BE"},  {u"BTCUTF16", u"UTF-16"},       {u"CTBUTF32LE", u"UTF-32LE"},
+        {u"BTCUTF32BE", u"UTF-32BE"},  {u"CTBUTF32", u"UTF-32"},       {u"BTCASCII", u"ASCII"},
+        {u"CTBISO8859_1", u"ISO8859_1"}, {u"BTCCP437", u"CP437"},      {u"CTBCP1252", u"CP1252"},
+        {u"BTCAMP7", u"AMP-7"},        {u"CTBAMP7", u"AMP-7"},
+    };
+    for (const auto& c : creatable) {
+        const Text name = Text(u"qv::text::charset::") + c.first;
+        const qv::Class* cls = qv::Class::forName(name.c_str());
+        ASSERT_NE(nullptr, cls);
+        qv::Reference<qv::Object> object(cls->createInstance());
+        EXPECT_EQ(cls, object->getClass());
+        auto* decoder = dynamic_cast<ByteToCharConverter*>(object.get());
+        auto* encoder = dynamic_cast<CharToByteConverter*>(object.get());
+        ASSERT_TRUE((decoder != nullptr) != (encoder != nullptr));
+        EXPECT_TRUE(Text(decoder ? decoder->getEncodingName() : encoder->getEncodingName()) == c.second);
+    }
+    // The code pages need their number and the bases are abstract.
+    EXPECT_THROW(qv::Class::forName(u"qv::text::charset::BTCCodePage")->createInstance(),
+                 qv::IllegalAccessException);
+    EXPECT_THROW(qv::Class::forName(u"qv::text::charset::ByteToCharConverter")->createInstance(),
+                 qv::IllegalAccessException);
+    BTCCodePage cp866(866);
+    EXPECT_TRUE(Text(cp866.getClass()->getName()) == u"qv::text::charset::BTCCodePage");
+    EXPECT_TRUE(qv::Class::forName(u"qv::text::charset::ByteToCharConverter")->isInstance(cp866));
+
+    // The exceptions are library exceptions with their own result codes.
+    try {
+        BTCUTF8 decoder;
+        decodeAll(decoder, "\xFF");
+        ADD_FAILURE() << "accepted";
+    } catch (const qv::Exception& e) {
+        EXPECT_EQ(static_cast<int32_t>(0x8BB34101u), e.getResult());
+        EXPECT_NE(nullptr, dynamic_cast<const InvalidCharacterException*>(&e));
+    }
+    try {
+        CTBCodePage unknown(1);
+        ADD_FAILURE() << "constructed";
+    } catch (const UnknownEncodingException& e) {
+        EXPECT_EQ(static_cast<int32_t>(0x8BB34103u), e.getResult());
+        EXPECT_EQ("Code page 1 is not supported", messageOf(e));
+    }
+}
+
+} // namespace
+} // namespace charset_test
