@@ -55,6 +55,8 @@
 #include <qv/io/IoException.h>
 #include <qv/lang/Str1.h>
 #include <qv/lang/String.h>
+#include <qv/math/BigDecimal.h>
+#include <qv/math/BigInteger.h>
 #include <qv/net/SocketError.h>
 #include <qv/sync/Condition.h>
 #include <qv/sync/Event.h>

@@ -12,6 +12,8 @@
 #include <qv/core/ExternalException.h>
 #include <qv/io/IoException.h>
 #include <qv/lang/String.h>
+#include <qv/math/BigDecimal.h>
+#include <qv/math/BigInteger.h>
 #include <qv/sync/Condition.h>
 #include <qv/sync/Event.h>
 #include <qv/sync/FakeMutex.h>
@@ -115,6 +117,8 @@ const ClassTableRow g_classTable[] = {
     QV_CLASS_ROW(u"qv::io::IoException", io::IoException),
     QV_CLASS_ROW(u"qv::io::TimeoutException", io::TimeoutException),
     QV_CLASS_ROW(u"qv::io::UnexpectedEOFException", io::UnexpectedEOFException),
+    QV_CLASS_ROW(u"qv::math::BigDecimal", math::BigDecimal),
+    QV_CLASS_ROW(u"qv::math::BigInteger", math::BigInteger),
     QV_CLASS_ROW(u"qv::sync::Condition", sync::Condition),
     QV_CLASS_ROW(u"qv::sync::Event", sync::Event),
     QV_CLASS_ROW(u"qv::sync::FakeMutex", sync::FakeMutex),

@@ -1,0 +1,150 @@
+// BigInteger against GMP, side by side: multiplication of two n-digit
+// numbers, conversion of an n-digit number to decimal text and back, and
+// division of a 2n-digit number by an n-digit one.
+
+#include <qv/math/BigInteger.h>
+
+#include <benchmark/benchmark.h>
+#include <gmp.h>
+
+#include <random>
+#include <string>
+#include <vector>
+
+namespace {
+
+std::string digits(size_t n, uint64_t seed)
+{
+    std::mt19937_64 rng(seed);
+    std::string s(n, '0');
+    for (char& c : s)
+        c = static_cast<char>('0' + rng() % 10);
+    s[0] = static_cast<char>('1' + rng() % 9);
+    return s;
+}
+
+class Gmp {
+public:
+    explicit Gmp(const std::string& text) { mpz_init_set_str(m_value, text.c_str(), 10); }
+    Gmp() { mpz_init(m_value); }
+    ~Gmp() { mpz_clear(m_value); }
+    Gmp(const Gmp&) = delete;
+    Gmp& operator=(const Gmp&) = delete;
+    mpz_ptr get() { return m_value; }
+
+private:
+    mpz_t m_value;
+};
+
+void setDigits(benchmark::State& state)
+{
+    state.counters["digits"] = static_cast<double>(state.range(0));
+}
+
+void Multiply_Qv(benchmark::State& state)
+{
+    const size_t n = static_cast<size_t>(state.range(0));
+    qv::math::BigInteger a(digits(n, 1)), b(digits(n, 2));
+    for (auto _ : state) {
+        qv::math::BigInteger r = a * b;
+        benchmark::DoNotOptimize(r);
+    }
+    setDigits(state);
+}
+
+void Multiply_Gmp(benchmark::State& state)
+{
+    const size_t n = static_cast<size_t>(state.range(0));
+    Gmp a(digits(n, 1)), b(digits(n, 2)), r;
+    for (auto _ : state) {
+        mpz_mul(r.get(), a.get(), b.get());
+        benchmark::ClobberMemory();
+    }
+    setDigits(state);
+}
+
+void ToString_Qv(benchmark::State& state)
+{
+    const size_t n = static_cast<size_t>(state.range(0));
+    const std::string text = digits(n, 3);
+    qv::math::BigInteger a(text);
+    if (a.toStdString() != text)
+        state.SkipWithError("decimal text does not round trip");
+    for (auto _ : state) {
+        std::string s = a.toStdString();
+        benchmark::DoNotOptimize(s);
+    }
+    setDigits(state);
+}
+
+void ToString_Gmp(benchmark::State& state)
+{
+    const size_t n = static_cast<size_t>(state.range(0));
+    Gmp a(digits(n, 3));
+    std::vector<char> buffer(n + 2);
+    for (auto _ : state) {
+        mpz_get_str(buffer.data(), 10, a.get());
+        benchmark::ClobberMemory();
+    }
+    setDigits(state);
+}
+
+void Parse_Qv(benchmark::State& state)
+{
+    const size_t n = static_cast<size_t>(state.range(0));
+    const std::string text = digits(n, 4);
+    for (auto _ : state) {
+        qv::math::BigInteger a(text);
+        benchmark::DoNotOptimize(a);
+    }
+    setDigits(state);
+}
+
+void Parse_Gmp(benchmark::State& state)
+{
+    const size_t n = static_cast<size_t>(state.range(0));
+    const std::string text = digits(n, 4);
+    Gmp a;
+    for (auto _ : state) {
+        mpz_set_str(a.get(), text.c_str(), 10);
+        benchmark::ClobberMemory();
+    }
+    setDigits(state);
+}
+
+void Divide_Qv(benchmark::State& state)
+{
+    const size_t n = static_cast<size_t>(state.range(0));
+    qv::math::BigInteger a(digits(2 * n, 5)), b(digits(n, 6));
+    for (auto _ : state) {
+        auto qr = a.divideAndRemainder(b);
+        benchmark::DoNotOptimize(qr);
+    }
+    setDigits(state);
+}
+
+void Divide_Gmp(benchmark::State& state)
+{
+    const size_t n = static_cast<size_t>(state.range(0));
+    Gmp a(digits(2 * n, 5)), b(digits(n, 6)), q, r;
+    for (auto _ : state) {
+        mpz_tdiv_qr(q.get(), r.get(), a.get(), b.get());
+        benchmark::ClobberMemory();
+    }
+    setDigits(state);
+}
+
+} // namespace
+
+#define QV_DIGIT_SIZES ->Arg(100)->Arg(1000)->Arg(10000)->Arg(100000)->Unit(benchmark::kMicrosecond)
+
+BENCHMARK(Multiply_Qv) QV_DIGIT_SIZES;
+BENCHMARK(Multiply_Gmp) QV_DIGIT_SIZES;
+BENCHMARK(ToString_Qv) QV_DIGIT_SIZES;
+BENCHMARK(ToString_Gmp) QV_DIGIT_SIZES;
+BENCHMARK(Parse_Qv) QV_DIGIT_SIZES;
+BENCHMARK(Parse_Gmp) QV_DIGIT_SIZES;
+BENCHMARK(Divide_Qv) QV_DIGIT_SIZES;
+BENCHMARK(Divide_Gmp) QV_DIGIT_SIZES;
+
+BENCHMARK_MAIN();

@@ -1,0 +1,276 @@
+#include "Limbs.h"
+
+namespace qv {
+namespace math {
+namespace detail {
+
+int compareN(const Limb* a, const Limb* b, size_t n) noexcept
+{
+    while (n-- > 0) {
+        if (a[n] != b[n])
+            return a[n] < b[n] ? -1 : 1;
+    }
+    return 0;
+}
+
+int compare(const Limb* a, size_t an, const Limb* b, size_t bn) noexcept
+{
+    if (an != bn)
+        return an < bn ? -1 : 1;
+    return compareN(a, b, an);
+}
+
+size_t normalisedLength(const Limb* a, size_t n) noexcept
+{
+    while (n > 0 && a[n - 1] == 0)
+        --n;
+    return n;
+}
+
+Limb addN(Limb* r, const Limb* a, const Limb* b, size_t n) noexcept
+{
+    Limb carry = 0;
+    for (size_t i = 0; i < n; ++i) {
+        Limb x = a[i], s = x + b[i];
+        Limb c1 = s < x;
+        Limb t = s + carry;
+        carry = c1 | (t < s);
+        r[i] = t;
+    }
+    return carry;
+}
+
+Limb add1(Limb* r, const Limb* a, size_t n, Limb b) noexcept
+{
+    size_t i = 0;
+    for (; i < n && b; ++i) {
+        Limb t = a[i] + b;
+        b = t < b;
+        r[i] = t;
+    }
+    if (r != a) {
+        for (; i < n; ++i)
+            r[i] = a[i];
+    }
+    return b;
+}
+
+Limb add(Limb* r, const Limb* a, size_t an, const Limb* b, size_t bn) noexcept
+{
+    Limb carry = addN(r, a, b, bn);
+    return add1(r + bn, a + bn, an - bn, carry);
+}
+
+Limb subN(Limb* r, const Limb* a, const Limb* b, size_t n) noexcept
+{
+    Limb borrow = 0;
+    for (size_t i = 0; i < n; ++i) {
+        Limb x = a[i], y = b[i];
+        Limb d = x - y;
+        Limb b1 = x < y;
+        Limb t = d - borrow;
+        borrow = b1 | (d < borrow);
+        r[i] = t;
+    }
+    return borrow;
+}
+
+Limb sub1(Limb* r, const Limb* a, size_t n, Limb b) noexcept
+{
+    size_t i = 0;
+    for (; i < n && b; ++i) {
+        Limb x = a[i];
+        r[i] = x - b;
+        b = x < b;
+    }
+    if (r != a) {
+        for (; i < n; ++i)
+            r[i] = a[i];
+    }
+    return b;
+}
+
+Limb sub(Limb* r, const Limb* a, size_t an, const Limb* b, size_t bn) noexcept
+{
+    Limb borrow = subN(r, a, b, bn);
+    return sub1(r + bn, a + bn, an - bn, borrow);
+}
+
+Limb mul1(Limb* r, const Limb* a, size_t n, Limb b) noexcept
+{
+    Limb carry = 0;
+    for (size_t i = 0; i < n; ++i)
+        r[i] = mulAdd2(a[i], b, carry, 0, carry);
+    return carry;
+}
+
+Limb addMul1(Limb* r, const Limb* a, size_t n, Limb b) noexcept
+{
+    Limb carry = 0;
+    size_t i = 0;
+    for (; i + 4 <= n; i += 4) {
+        r[i] = mulAdd2(a[i], b, r[i], carry, carry);
+        r[i + 1] = mulAdd2(a[i + 1], b, r[i + 1], carry, carry);
+        r[i + 2] = mulAdd2(a[i + 2], b, r[i + 2], carry, carry);
+        r[i + 3] = mulAdd2(a[i + 3], b, r[i + 3], carry, carry);
+    }
+    for (; i < n; ++i)
+        r[i] = mulAdd2(a[i], b, r[i], carry, carry);
+    return carry;
+}
+
+Limb subMul1(Limb* r, const Limb* a, size_t n, Limb b) noexcept
+{
+    Limb borrow = 0;
+    for (size_t i = 0; i < n; ++i) {
+        Limb hi;
+        Limb lo = mulAdd2(a[i], b, borrow, 0, hi);
+        Limb x = r[i];
+        r[i] = x - lo;
+        borrow = hi + (x < lo);
+    }
+    return borrow;
+}
+
+Limb shiftLeft(Limb* r, const Limb* a, size_t n, unsigned s) noexcept
+{
+    if (n == 0)
+        return 0;
+    Limb out = a[n - 1] >> (64 - s);
+    for (size_t i = n - 1; i > 0; --i)
+        r[i] = (a[i] << s) | (a[i - 1] >> (64 - s));
+    r[0] = a[0] << s;
+    return out;
+}
+
+Limb shiftRight(Limb* r, const Limb* a, size_t n, unsigned s) noexcept
+{
+    if (n == 0)
+        return 0;
+    Limb out = a[0] << (64 - s);
+    for (size_t i = 0; i + 1 < n; ++i)
+        r[i] = (a[i] >> s) | (a[i + 1] << (64 - s));
+    r[n - 1] = a[n - 1] >> s;
+    return out;
+}
+
+Limb divRem1(Limb* q, const Limb* a, size_t n, Limb d) noexcept
+{
+    if (n == 0)
+        return 0;
+    unsigned s = static_cast<unsigned>(leadingZeros(d));
+    Reciprocal rec(d << s);
+    Limb r = 0;
+    if (s == 0) {
+        for (size_t i = n; i-- > 0;) {
+            Limb qi = rec.divide(r, a[i], r);
+            if (q)
+                q[i] = qi;
+        }
+        return r;
+    }
+    r = a[n - 1] >> (64 - s);
+    for (size_t i = n; i-- > 0;) {
+        Limb next = (a[i] << s) | (i ? a[i - 1] >> (64 - s) : 0);
+        Limb qi = rec.divide(r, next, r);
+        if (q)
+            q[i] = qi;
+    }
+    return r >> s;
+}
+
+void divExact1(Limb* q, const Limb* a, size_t n, Limb d) noexcept
+{
+    // Inverse of d modulo 2^64 by Newton's iteration; each step doubles the
+    // number of correct low bits, starting from 3 (d * d == 1 mod 8).
+    Limb inv = d;
+    for (int i = 0; i < 5; ++i)
+        inv *= 2 - d * inv;
+    Limb carry = 0;
+    for (size_t i = 0; i < n; ++i) {
+        Limb x = a[i];
+        Limb t = x - carry;
+        Limb borrow = x < carry;
+        Limb qi = t * inv;
+        q[i] = qi;
+        Limb hi;
+        mulWide(qi, d, hi);
+        carry = hi + borrow;
+    }
+}
+
+void mulBasecase(Limb* r, const Limb* a, size_t an, const Limb* b, size_t bn) noexcept
+{
+    r[an] = mul1(r, a, an, b[0]);
+    for (size_t j = 1; j < bn; ++j)
+        r[an + j] = addMul1(r + j, a, an, b[j]);
+}
+
+void sqrBasecase(Limb* r, const Limb* a, size_t n) noexcept
+{
+    // Each cross product a[i] * a[j] (i < j) once, doubled, plus the squares.
+    r[0] = 0;
+    r[2 * n - 1] = 0;
+    r[n] = mul1(r + 1, a + 1, n - 1, a[0]);
+    for (size_t i = 1; i + 1 < n; ++i)
+        r[n + i] = addMul1(r + 2 * i + 1, a + i + 1, n - i - 1, a[i]);
+    shiftLeft(r, r, 2 * n, 1);
+    Limb carry = 0;
+    for (size_t i = 0; i < n; ++i) {
+        Limb hi;
+        Limb lo = mulWide(a[i], a[i], hi);
+        Limb s = r[2 * i] + lo;
+        Limb c = s < lo;
+        Limb t = s + carry;
+        c += t < s;
+        r[2 * i] = t;
+        s = r[2 * i + 1] + hi;
+        carry = s < hi;
+        t = s + c;
+        carry += t < s;
+        r[2 * i + 1] = t;
+    }
+}
+
+void divBasecase(Limb* q, Limb* u, size_t un, const Limb* v, size_t vn)
+{
+    const Limb v1 = v[vn - 1], v0 = v[vn - 2];
+    const Reciprocal rec(v1);
+    for (size_t j = un - vn; j-- > 0;) {
+        Limb n2 = u[j + vn], n1 = u[j + vn - 1], n0 = u[j + vn - 2];
+        Limb qhat, rhat;
+        bool rhatOverflow = false;
+        if (n2 == v1) {
+            qhat = ~Limb(0);
+            rhat = n1 + v1;
+            rhatOverflow = rhat < n1;
+        } else {
+            qhat = rec.divide(n2, n1, rhat);
+        }
+        if (!rhatOverflow) {
+            // Knuth's test: qhat * v0 > rhat * B + n0 means qhat is too big.
+            Limb ph;
+            Limb pl = mulWide(qhat, v0, ph);
+            while (ph > rhat || (ph == rhat && pl > n0)) {
+                --qhat;
+                Limb old = rhat;
+                rhat += v1;
+                if (rhat < old)
+                    break;
+                ph -= pl < v0;
+                pl -= v0;
+            }
+        }
+        Limb borrow = subMul1(u + j, v, vn, qhat);
+        u[j + vn] = n2 - borrow;
+        if (borrow > n2) {
+            --qhat;
+            u[j + vn] += addN(u + j, u + j, v, vn);
+        }
+        q[j] = qhat;
+    }
+}
+
+} // namespace detail
+} // namespace math
+} // namespace qv

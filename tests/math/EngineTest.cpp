@@ -1,0 +1,223 @@
+// The engine's algorithms held against each other: every fast path against
+// the plain one it replaces, at and around the sizes where they take over.
+
+#include "Integer.h"
+#include "Limbs.h"
+#include "Natural.h"
+#include "WideMath.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+#include <string>
+#include <vector>
+
+using namespace qv::math::detail;
+
+namespace {
+
+std::mt19937_64 rng(12345);
+
+Mag randomMag(size_t limbs, int shape)
+{
+    Mag m(limbs);
+    for (Limb& x : m) {
+        switch (shape % 3) {
+        case 0: x = rng(); break;
+        case 1: x = rng() % 4 == 0 ? 0 : ~Limb(0); break;
+        default: x = rng() % 2 ? ~Limb(0) : rng(); break;
+        }
+    }
+    if (limbs)
+        m.back() |= Limb(1) << (rng() % 64);
+    trim(m);
+    return m;
+}
+
+Mag schoolbookProduct(const Mag& a, const Mag& b)
+{
+    if (a.empty() || b.empty())
+        return Mag();
+    const Mag& x = a.size() >= b.size() ? a : b;
+    const Mag& y = a.size() >= b.size() ? b : a;
+    Mag r(a.size() + b.size());
+    mulBasecase(r.data(), x.data(), x.size(), y.data(), y.size());
+    trim(r);
+    return r;
+}
+
+class ThresholdGuard {
+public:
+    ThresholdGuard() : m_saved(thresholds()) {}
+    ~ThresholdGuard() { thresholds() = m_saved; }
+
+private:
+    Thresholds m_saved;
+};
+
+} // namespace
+
+TEST(WideMath, PortableHalvesAgreeWithTheNativeOnes)
+{
+    const Limb edges[] = {0, 1, 2, 0xFFFFFFFFu, 0x100000000ULL, 0x7FFFFFFFFFFFFFFFULL, 0x8000000000000000ULL,
+                          ~Limb(0), ~Limb(0) - 1, 0x8000000000000001ULL};
+    std::vector<Limb> values(std::begin(edges), std::end(edges));
+    for (int i = 0; i < 2000; ++i)
+        values.push_back(rng() >> (rng() % 64));
+    for (size_t i = 0; i < values.size(); ++i) {
+        Limb a = values[i], b = values[(i * 7 + 3) % values.size()];
+        Limb hi1, hi2;
+        Limb lo1 = mulWide(a, b, hi1), lo2 = portableMulWide(a, b, hi2);
+        ASSERT_EQ(lo1, lo2) << a << " * " << b;
+        ASSERT_EQ(hi1, hi2) << a << " * " << b;
+        if (b == 0)
+            continue;
+        Limb hi = a % b, lo = values[(i * 13 + 5) % values.size()];
+        Limb r1, r2, r3;
+        Limb q1 = divWide(hi, lo, b, r1), q2 = portableDivWide(hi, lo, b, r2);
+        ASSERT_EQ(q1, q2) << hi << ":" << lo << " / " << b;
+        ASSERT_EQ(r1, r2) << hi << ":" << lo << " / " << b;
+        Limb shift = static_cast<Limb>(leadingZeros(b));
+        Reciprocal rec(b << shift);
+        Limb nh = hi % (b << shift);
+        Limb q3 = rec.divide(nh, lo, r3);
+        Limb q4 = divWide(nh, lo, b << shift, r1);
+        ASSERT_EQ(q3, q4);
+        ASSERT_EQ(r3, r1);
+    }
+}
+
+TEST(WideMath, BitCountsMatchTheirDefinitions)
+{
+    for (int i = 0; i < 64; ++i) {
+        Limb x = Limb(1) << i;
+        EXPECT_EQ(leadingZeros(x), 63 - i);
+        EXPECT_EQ(trailingZeros(x), i);
+        EXPECT_EQ(popCount(x - 1), i);
+    }
+    EXPECT_EQ(leadingZeros(0), 64);
+    EXPECT_EQ(trailingZeros(0), 64);
+    EXPECT_EQ(popCount(~Limb(0)), 64);
+}
+
+TEST(Multiplication, EveryAlgorithmMatchesSchoolbookAcrossItsBoundaries)
+{
+    ThresholdGuard guard;
+    // Small thresholds make each recursion level and each uneven split
+    // happen with operands the schoolbook reference handles quickly.
+    const Thresholds settings[] = {{4, 4, 9, 9, 64}, {2, 2, 3, 3, 64}, {8, 16, 20, 30, 64}, defaultThresholds()};
+    for (const Thresholds& t : settings) {
+        thresholds() = t;
+        for (size_t an = 1; an < 70; an += 1 + an / 8) {
+            for (size_t bn : {size_t(1), an / 3 + 1, an / 2, an / 2 + 1, an - an / 3, an, an + 1, 3 * an}) {
+                if (bn == 0)
+                    continue;
+                Mag a = randomMag(an, static_cast<int>(an + bn)), b = randomMag(bn, static_cast<int>(bn));
+                ASSERT_EQ(magMul(a, b), schoolbookProduct(a, b)) << an << " x " << bn;
+                ASSERT_EQ(magSqr(a), schoolbookProduct(a, a)) << an << " squared";
+            }
+        }
+    }
+}
+
+TEST(Multiplication, LargeOperandsGoThroughToomAndStillAgree)
+{
+    for (size_t n : {size_t(700), size_t(1300)}) {
+        Mag a = randomMag(n, 0), b = randomMag(n - 7, 2);
+        EXPECT_EQ(magMul(a, b), schoolbookProduct(a, b));
+        EXPECT_EQ(magSqr(b), schoolbookProduct(b, b));
+    }
+}
+
+TEST(Division, QuotientAndRemainderRebuildTheDividend)
+{
+    ThresholdGuard guard;
+    for (size_t threshold : {size_t(2), size_t(5), size_t(64)}) {
+        thresholds().recursiveDivision = threshold;
+        for (int i = 0; i < 300; ++i) {
+            size_t bn = 1 + rng() % 40, an = bn + rng() % 60;
+            if (i % 10 == 0)
+                bn += 150, an += 300;
+            Mag a = randomMag(an, i), b = randomMag(bn, i / 3);
+            if (i % 7 == 0)
+                b.back() = Limb(1) << 63; // the quotient estimate's worst case
+            Mag q, r;
+            magDivMod(a, b, &q, &r);
+            ASSERT_LT(magCompare(r, b), 0) << an << " / " << bn;
+            ASSERT_EQ(magAdd(magMul(q, b), r), a) << an << " / " << bn << " threshold " << threshold;
+        }
+    }
+}
+
+TEST(Division, SmallDivisorsAndExactDivision)
+{
+    for (int i = 0; i < 200; ++i) {
+        Mag a = randomMag(1 + rng() % 30, i);
+        Limb d = rng() >> (rng() % 64);
+        if (d == 0)
+            d = 3;
+        Mag q;
+        Limb r = magDivModSmall(a, d, &q);
+        ASSERT_EQ(magAddSmall(magMulSmall(q, d), r), a);
+        Limb odd = d | 1;
+        Mag product = magMulSmall(a, odd);
+        Mag exact(product.size());
+        divExact1(exact.data(), product.data(), product.size(), odd);
+        trim(exact);
+        ASSERT_EQ(exact, a);
+    }
+}
+
+TEST(RadixConversion, RoundTripsInEveryRadixAndSize)
+{
+    for (int radix = 2; radix <= 36; ++radix) {
+        for (size_t limbs : {size_t(1), size_t(2), size_t(29), size_t(31), size_t(100), size_t(400)}) {
+            if (limbs > 31 && radix % 5 != 0 && radix != 16)
+                continue;
+            Mag a = randomMag(limbs, static_cast<int>(limbs) + radix);
+            std::string text = magToString(a, radix);
+            ASSERT_NE(text[0], '0');
+            std::vector<unsigned char> digits;
+            for (char c : text)
+                digits.push_back(static_cast<unsigned char>(c <= '9' ? c - '0' : c - 'a' + 10));
+            ASSERT_EQ(magFromDigits(digits.data(), digits.size(), radix), a) << "radix " << radix << ", " << limbs;
+        }
+    }
+}
+
+TEST(RadixConversion, PowersOfTheRadixAndTheirNeighbours)
+{
+    // 10^k - 1, 10^k and 10^k + 1 cross every chunk and split boundary.
+    for (uint64_t k : {1u, 18u, 19u, 20u, 38u, 570u, 571u, 1140u, 4000u}) {
+        Mag p = magPow(magFromU64(10), k);
+        EXPECT_EQ(magToString(p, 10), "1" + std::string(k, '0'));
+        EXPECT_EQ(magToString(magSubSmall(p, 1), 10), std::string(k, '9'));
+        EXPECT_EQ(magToString(magAddSmall(p, 1), 10), "1" + std::string(k - 1, '0') + "1");
+    }
+    EXPECT_EQ(magToString(Mag(), 10), "0");
+    EXPECT_EQ(magToString(magShiftLeft(magFromU64(1), 1000), 32).size(), 201u);
+}
+
+TEST(Gcd, LehmerStepsAgreeWithTheEuclideanDefinition)
+{
+    for (int i = 0; i < 100; ++i) {
+        Mag g = randomMag(1 + rng() % 20, i);
+        Mag a = magMul(g, randomMag(1 + rng() % 40, i + 1));
+        Mag b = magMul(g, randomMag(1 + rng() % 40, i + 2));
+        Mag d = magGcd(a, b);
+        Mag r;
+        magDivMod(a, d, nullptr, &r);
+        ASSERT_TRUE(r.empty());
+        magDivMod(b, d, nullptr, &r);
+        ASSERT_TRUE(r.empty());
+        magDivMod(d, g, nullptr, &r);
+        ASSERT_TRUE(r.empty());
+        // Nothing above d divides both: their cofactors are coprime.
+        Mag qa, qb;
+        magDivMod(a, d, &qa, nullptr);
+        magDivMod(b, d, &qb, nullptr);
+        ASSERT_EQ(magGcd(qa, qb), magFromU64(1));
+    }
+    EXPECT_EQ(magGcd(Mag(), Mag()), Mag());
+    EXPECT_EQ(magGcd(magFromU64(12), Mag()), magFromU64(12));
+}
