@@ -3,6 +3,7 @@
 #include <qv/core/Exception.h>
 #include <qv/core/ExternalException.h>
 #include <qv/io/IoException.h>
+#include <qv/lang/String.h>
 #include <qv/sync/Condition.h>
 #include <qv/sync/Event.h>
 #include <qv/sync/FakeMutex.h>
@@ -11,6 +12,7 @@
 #include <qv/sync/ReaderWriterLock.h>
 #include <qv/sync/Semaphore.h>
 #include <qv/text/charset/CharsetExceptions.h>
+#include <qv/util/BasicBuffer.h>
 
 namespace qv {
 namespace detail {
@@ -45,6 +47,7 @@ const ClassTableRow g_classTable[] = {
     QV_CLASS_ROW(u"qv::RangeErrorException", RangeErrorException),
     QV_CLASS_ROW(u"qv::ReadOnlyException", ReadOnlyException),
     QV_CLASS_ROW_NO_CREATOR(u"qv::StackOverflowException", StackOverflowException),
+    QV_CLASS_ROW(u"qv::String", String),
     QV_CLASS_ROW(u"qv::UnsupportedOperationException", UnsupportedOperationException),
     QV_CLASS_ROW_NO_CREATOR(u"qv::UserAbortException", UserAbortException),
     QV_CLASS_ROW(u"qv::io::IoException", io::IoException),
@@ -62,6 +65,14 @@ const ClassTableRow g_classTable[] = {
     QV_CLASS_ROW(u"qv::text::charset::InvalidCharacterException", text::charset::InvalidCharacterException),
     QV_CLASS_ROW(u"qv::text::charset::UnknownEncodingException", text::charset::UnknownEncodingException),
     QV_CLASS_ROW(u"qv::text::charset::UnmappableCharacterException", text::charset::UnmappableCharacterException),
+    QV_CLASS_ROW_NO_CREATOR(u"qv::util::AbstractByteBuffer", util::AbstractByteBuffer),
+    QV_CLASS_ROW_NO_CREATOR(u"qv::util::AbstractCharBuffer", util::AbstractCharBuffer),
+    QV_CLASS_ROW(u"qv::util::MTByteBuffer", util::MTByteBuffer),
+    QV_CLASS_ROW(u"qv::util::MTCharBuffer", util::MTCharBuffer),
+    QV_CLASS_ROW(u"qv::util::ROByteBuffer", util::ROByteBuffer),
+    QV_CLASS_ROW(u"qv::util::ROCharBuffer", util::ROCharBuffer),
+    QV_CLASS_ROW(u"qv::util::RWByteBuffer", util::RWByteBuffer),
+    QV_CLASS_ROW(u"qv::util::RWCharBuffer", util::RWCharBuffer),
     QV_CLASS_ROW_NO_CREATOR(u"qv::IntDivByZeroException", IntDivByZeroException),
     QV_CLASS_ROW_NO_CREATOR(u"qv::IntErrorException", IntErrorException),
     QV_CLASS_ROW_NO_CREATOR(u"qv::IntOverflowException", IntOverflowException),
