@@ -69,6 +69,48 @@ void strings()
                 qv::String::valueOf(static_cast<long long>(-9223372036854775807LL - 1)).toUtf8().c_str());
 }
 
+void numbers()
+{
+    section("Boxed numbers");
+    qv::Integer32 big(2147483647), minusOne(-1);
+    qv::Integer8 low(-128), high(127);
+    std::printf("Integer32(2147483647).compareTo(Integer32(-1)) = %d (the 32-bit difference wraps, kept)\n",
+                big.compareTo(minusOne));
+    std::printf("Integer8(-128).compareTo(Integer8(127)) = %d\n", low.compareTo(high));
+    std::printf("Integer32(5).equals(Double(5.9)) = %s; Double(2.7).hashCode() = %u\n",
+                qv::Integer32(5).equals(qv::Double(5.9)) ? "true" : "false", qv::Double(2.7).hashCode());
+    std::printf("parseInt32(\"abc\") = %d, UInteger64(2^64-1) in hex = %s\n", qv::Number::parseInt32(u"abc"),
+                qv::UInteger64(UINT64_MAX).toString(16).toUtf8().c_str());
+
+    section("Arbitrary precision");
+    qv::math::BigInteger factorial(1);
+    for (int i = 2; i <= 50; ++i)
+        factorial = factorial.multiply(qv::math::BigInteger(i));
+    std::printf("50!      = %s\n50! hex  = %s\n", factorial.toString().toUtf8().c_str(),
+                factorial.toString(16).toUtf8().c_str());
+    qv::math::BigInteger two(2);
+    std::printf("2^200    = %s\n", two.pow(200).toString().toUtf8().c_str());
+    qv::math::BigDecimal price(qv::String(u"19.99")), third = qv::math::BigDecimal(1).divide(
+        qv::math::BigDecimal(3), 10, qv::math::BigDecimal::ROUND_HALF_EVEN);
+    std::printf("19.99 * 3 = %s, 1/3 to 10 places = %s\n",
+                price.multiply(qv::math::BigDecimal(3)).toString().toUtf8().c_str(), third.toString().toUtf8().c_str());
+
+    section("A map of strings to numbers, in the library's iteration order");
+    qv::collections::StringHashMap prices;
+    const char16_t* names[] = {u"apple", u"pear", u"plum", u"fig", u"kiwi"};
+    int32_t cents = 120;
+    for (const char16_t* name : names) {
+        qv::Reference<qv::Integer32> value(new qv::Integer32(cents));
+        prices.put(qv::String(name), value->GetUnknown());
+        cents += 35;
+    }
+    for (auto it = prices.createIterator(); it.hasNext();) {
+        const auto& entry = it.next();
+        qv::Reference<qv::Number> value = entry.getValue().cast<qv::Number>();
+        std::printf("  %-6s %s\n", entry.getKey().toUtf8().c_str(), value->toString().toUtf8().c_str());
+    }
+}
+
 } // namespace
 
 int main()
@@ -77,6 +119,7 @@ int main()
     try {
         runtimeCore();
         strings();
+        numbers();
     } catch (const qv::Exception& e) {
         std::printf("unexpected exception 0x%08X: %s\n", static_cast<unsigned>(e.getResult()),
                     e.getDescription().toUtf8().c_str());

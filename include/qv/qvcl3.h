@@ -3,21 +3,6 @@
 
 // Every public header of the class library.
 #include <qvcore3/qvcore3.h>
-#include <qv/core/Export.h>
-#include <qv/core/Version.h>
-#include <qv/lang/String.h>
-#include <qv/util/IBuffer.h>
-#include <qv/util/IByteBuffer.h>
-#include <qv/util/ICharBuffer.h>
-#include <qv/util/BasicBuffer.h>
-#include <qv/util/AbstractByteBuffer.h>
-#include <qv/util/AbstractCharBuffer.h>
-#include <qv/util/ROByteBuffer.h>
-#include <qv/util/ROCharBuffer.h>
-#include <qv/util/RWByteBuffer.h>
-#include <qv/util/RWCharBuffer.h>
-#include <qv/util/MTByteBuffer.h>
-#include <qv/util/MTCharBuffer.h>
 
 #include <qv/collections/HashTable.h>
 #include <qv/collections/IntegerHashMap.h>
@@ -44,6 +29,7 @@
 #include <qv/core/ClassManagerBase.h>
 #include <qv/core/ComObject.h>
 #include <qv/core/Exception.h>
+#include <qv/core/Export.h>
 #include <qv/core/ExternalException.h>
 #include <qv/core/Guid.h>
 #include <qv/core/IQVUnknown.h>
@@ -52,9 +38,21 @@
 #include <qv/core/Object.h>
 #include <qv/core/Reference.h>
 #include <qv/core/Result.h>
+#include <qv/core/Version.h>
 #include <qv/io/IoException.h>
+#include <qv/lang/Double.h>
+#include <qv/lang/Float.h>
+#include <qv/lang/Integer16.h>
+#include <qv/lang/Integer32.h>
+#include <qv/lang/Integer64.h>
+#include <qv/lang/Integer8.h>
+#include <qv/lang/Number.h>
 #include <qv/lang/Str1.h>
 #include <qv/lang/String.h>
+#include <qv/lang/UInteger16.h>
+#include <qv/lang/UInteger32.h>
+#include <qv/lang/UInteger64.h>
+#include <qv/lang/UInteger8.h>
 #include <qv/math/BigDecimal.h>
 #include <qv/math/BigInteger.h>
 #include <qv/net/SocketError.h>
@@ -102,6 +100,18 @@
 #include <qv/text/charset/CTBUTF8.h>
 #include <qv/text/charset/CharToByteConverter.h>
 #include <qv/text/charset/CharsetExceptions.h>
+#include <qv/util/AbstractByteBuffer.h>
+#include <qv/util/AbstractCharBuffer.h>
+#include <qv/util/BasicBuffer.h>
+#include <qv/util/IBuffer.h>
+#include <qv/util/IByteBuffer.h>
+#include <qv/util/ICharBuffer.h>
+#include <qv/util/MTByteBuffer.h>
+#include <qv/util/MTCharBuffer.h>
+#include <qv/util/ROByteBuffer.h>
+#include <qv/util/ROCharBuffer.h>
+#include <qv/util/RWByteBuffer.h>
+#include <qv/util/RWCharBuffer.h>
 #include <qv/util/Singleton.h>
 
 #endif

@@ -11,7 +11,17 @@
 #include <qv/core/Exception.h>
 #include <qv/core/ExternalException.h>
 #include <qv/io/IoException.h>
+#include <qv/lang/Double.h>
+#include <qv/lang/Float.h>
+#include <qv/lang/Integer16.h>
+#include <qv/lang/Integer32.h>
+#include <qv/lang/Integer64.h>
+#include <qv/lang/Integer8.h>
 #include <qv/lang/String.h>
+#include <qv/lang/UInteger16.h>
+#include <qv/lang/UInteger32.h>
+#include <qv/lang/UInteger64.h>
+#include <qv/lang/UInteger8.h>
 #include <qv/math/BigDecimal.h>
 #include <qv/math/BigInteger.h>
 #include <qv/sync/Condition.h>
@@ -72,26 +82,39 @@ const ClassTableRow g_classTable[] = {
     QV_CLASS_ROW_NO_CREATOR(u"qv::Class", Class),
     QV_CLASS_ROW(u"qv::ClassNotFoundException", ClassNotFoundException),
     QV_CLASS_ROW(u"qv::CloneNotSupportedException", CloneNotSupportedException),
+    QV_CLASS_ROW(u"qv::Double", Double),
     QV_CLASS_ROW(u"qv::Exception", Exception),
     QV_CLASS_ROW_NO_CREATOR(u"qv::ExternalException", ExternalException),
+    QV_CLASS_ROW(u"qv::Float", Float),
     QV_CLASS_ROW(u"qv::IllegalAccessException", IllegalAccessException),
     QV_CLASS_ROW_NO_CREATOR(u"qv::IllegalInstructionException", IllegalInstructionException),
     QV_CLASS_ROW(u"qv::IllegalStateException", IllegalStateException),
     QV_CLASS_ROW(u"qv::IntDivByZeroException", IntDivByZeroException),
     QV_CLASS_ROW(u"qv::IntErrorException", IntErrorException),
     QV_CLASS_ROW(u"qv::IntOverflowException", IntOverflowException),
+    QV_CLASS_ROW(u"qv::Integer16", Integer16),
+    QV_CLASS_ROW(u"qv::Integer32", Integer32),
+    QV_CLASS_ROW(u"qv::Integer64", Integer64),
+    QV_CLASS_ROW(u"qv::Integer8", Integer8),
     QV_CLASS_ROW(u"qv::InvalidPathException", InvalidPathException),
     QV_CLASS_ROW_NO_CREATOR(u"qv::MathDivByZeroException", MathDivByZeroException),
     QV_CLASS_ROW_NO_CREATOR(u"qv::MathErrorException", MathErrorException),
     QV_CLASS_ROW_NO_CREATOR(u"qv::MathInvalidOpException", MathInvalidOpException),
     QV_CLASS_ROW_NO_CREATOR(u"qv::MathOverflowException", MathOverflowException),
     QV_CLASS_ROW_NO_CREATOR(u"qv::MathUnderflowException", MathUnderflowException),
+    QV_CLASS_ROW_NO_CREATOR(u"qv::Number", Number),
     QV_CLASS_ROW(u"qv::Object", Object),
     QV_CLASS_ROW(u"qv::OutOfMemoryException", OutOfMemoryException),
     QV_CLASS_ROW(u"qv::RangeErrorException", RangeErrorException),
     QV_CLASS_ROW(u"qv::ReadOnlyException", ReadOnlyException),
+    QV_CLASS_ROW_NO_CREATOR(u"qv::SignedInteger", SignedInteger),
     QV_CLASS_ROW_NO_CREATOR(u"qv::StackOverflowException", StackOverflowException),
     QV_CLASS_ROW(u"qv::String", String),
+    QV_CLASS_ROW(u"qv::UInteger16", UInteger16),
+    QV_CLASS_ROW(u"qv::UInteger32", UInteger32),
+    QV_CLASS_ROW(u"qv::UInteger64", UInteger64),
+    QV_CLASS_ROW(u"qv::UInteger8", UInteger8),
+    QV_CLASS_ROW_NO_CREATOR(u"qv::UnsignedInteger", UnsignedInteger),
     QV_CLASS_ROW(u"qv::UnsupportedOperationException", UnsupportedOperationException),
     QV_CLASS_ROW_NO_CREATOR(u"qv::UserAbortException", UserAbortException),
     QV_CLASS_ROW(u"qv::collections::IntegerHashMap", collections::IntegerHashMap),
