@@ -30,6 +30,15 @@ int32_t checkedSize(int64_t size)
     return static_cast<int32_t>(size);
 }
 
+// A byte buffer's failing code: a shortage of memory is thrown as what it
+// is, so callers catch it as they catch any other allocation failure.
+void checkBuffer(Result code)
+{
+    if (code == results::OUTOFMEMORY)
+        throw OutOfMemoryException();
+    qvcom::throwIfFailed(code);
+}
+
 class ReadLock {
 public:
     explicit ReadLock(const String& text) : m_text(text), m_units(text.getReadLock()) {}
@@ -49,12 +58,14 @@ class ByteWriteLock {
 public:
     ByteWriteLock(util::IByteBuffer& buffer, int32_t capacity) : m_buffer(buffer), m_oldLength(buffer.GetLength())
     {
-        qvcom::throwIfFailed(m_buffer.GetWriteLock(capacity, &m_data));
+        checkBuffer(m_buffer.GetWriteLock(capacity, &m_data));
+        m_locked = true;
         m_room = capacity - 1;
     }
     ~ByteWriteLock()
     {
-        if (m_data)
+        // A failed EnsureCapacity nulls the data pointer but keeps the lock.
+        if (m_locked)
             m_buffer.ReleaseWriteLock(m_oldLength);
     }
     ByteWriteLock(const ByteWriteLock&) = delete;
@@ -66,14 +77,14 @@ public:
     void grow(int64_t capacity)
     {
         const int32_t size = checkedSize(capacity);
-        qvcom::throwIfFailed(m_buffer.EnsureCapacity(size, &m_data));
+        checkBuffer(m_buffer.EnsureCapacity(size, &m_data));
         m_room = size - 1;
     }
     void finish(int32_t length)
     {
         m_data[length] = 0;
-        m_data = nullptr;
-        qvcom::throwIfFailed(m_buffer.ReleaseWriteLock(length));
+        m_locked = false;
+        checkBuffer(m_buffer.ReleaseWriteLock(length));
     }
 
 private:
@@ -81,6 +92,7 @@ private:
     int32_t m_oldLength;
     signed char* m_data = nullptr;
     int32_t m_room = 0;
+    bool m_locked = false;
 };
 
 } // namespace
