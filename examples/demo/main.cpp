@@ -2,6 +2,7 @@
 #include <qv/qvcl3.h>
 
 #include <cstdio>
+#include <vector>
 
 namespace {
 
@@ -111,6 +112,37 @@ void numbers()
     }
 }
 
+void encodings()
+{
+    section("Narrow text in several encodings");
+    qv::String text(u"Café €5 & Ωmega");
+    std::printf("text: %s\n", text.toUtf8().c_str());
+    for (const char16_t* encoding : {u"UTF-8", u"ISO8859_1", u"CP1252", u"UTF-16BE", u"AMP-7"}) {
+        qv::util::RWByteBuffer bytes;
+        text.getBytes(&bytes, encoding);
+        std::printf("%-10s", utf8(encoding).c_str());
+        for (int32_t i = 0; i < bytes.GetLength(); ++i)
+            std::printf(" %02X", static_cast<unsigned char>(bytes.GetData()[i]));
+        qv::String back(bytes.GetData(), bytes.GetLength(), encoding);
+        std::printf("\n%10s -> %s\n", "", back.toUtf8().c_str());
+    }
+    std::printf("AMP-7 as text: %s\n", text.getBytes(u"amp-7"));
+    try {
+        text.getBytes(u"UTF-16");
+    } catch (const qv::text::charset::UnknownEncodingException& e) {
+        std::printf("unknown encoding: UnknownEncodingException(\"%s\")\n", e.getDescription().toUtf8().c_str());
+    }
+
+    section("Known encodings (QVEnumerateEncInfo)");
+    uint32_t count = 0;
+    QVEnumerateEncInfo(&count, nullptr);
+    std::vector<EncInfo> records(count);
+    if (QVEnumerateEncInfo(&count, records.data()) == 0) {
+        for (const EncInfo& info : records)
+            std::printf("%-10s %5u\n", utf8(info.name).c_str(), static_cast<unsigned>(info.codePage));
+    }
+}
+
 } // namespace
 
 int main()
@@ -120,6 +152,7 @@ int main()
         runtimeCore();
         strings();
         numbers();
+        encodings();
     } catch (const qv::Exception& e) {
         std::printf("unexpected exception 0x%08X: %s\n", static_cast<unsigned>(e.getResult()),
                     e.getDescription().toUtf8().c_str());

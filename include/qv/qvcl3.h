@@ -100,6 +100,8 @@
 #include <qv/text/charset/CTBUTF8.h>
 #include <qv/text/charset/CharToByteConverter.h>
 #include <qv/text/charset/CharsetExceptions.h>
+#include <qv/text/charset/CodecManager.h>
+#include <qv/text/charset/EncInfo.h>
 #include <qv/util/AbstractByteBuffer.h>
 #include <qv/util/AbstractCharBuffer.h>
 #include <qv/util/BasicBuffer.h>

@@ -4,6 +4,8 @@
 #include <qv/core/Library.h>
 #include <qv/lang/String.h>
 #include <qv/sync/LockObject.h>
+#include <qv/text/charset/CodecManager.h>
+#include <qv/text/charset/EncInfo.h>
 #include <qvcore3/qvcore3.h>
 
 #include <gtest/gtest.h>
@@ -21,16 +23,27 @@ TEST(Library, StartsAreCountedAndOnlyTheOutermostStopTearsDown)
     EXPECT_EQ(QVCLLibUninit(), 0);
     EXPECT_EQ(qv::g_pGlobalLock, lock);
     EXPECT_NE(qv::Class::forName(u"qv::Exception"), nullptr);
+    EXPECT_TRUE(qv::text::charset::CodecManager::getInstance()->getEncoder(u"ASCII"));
 
     EXPECT_EQ(QVCLLibUninit(), 0);
     EXPECT_EQ(qv::g_pGlobalLock, nullptr);
     EXPECT_FALSE(qv::ClassManager::hasInstance());
+    EXPECT_FALSE(qv::text::charset::CodecManager::hasInstance());
+    EncInfo info{};
+    uint32_t count = 0;
+    EXPECT_EQ(QVGetEncInfoByName(u"UTF-8", &info), static_cast<qv::Result>(0x80004005u));
+    EXPECT_EQ(QVEnumerateEncInfo(&count, nullptr), static_cast<qv::Result>(0x80004005u));
     EXPECT_EQ(QVCLLibUninit(), static_cast<qv::Result>(0x80004005u));
 
     // A new start builds everything again from the static tables.
     EXPECT_EQ(QVCLLibInit(), 0);
     EXPECT_NE(qv::g_pGlobalLock, nullptr);
     EXPECT_NE(qv::Class::forName(u"qv::io::IoException"), nullptr);
+    EXPECT_EQ(qv::text::charset::CodecManager::getInstance()->getCodecCount(), 44);
+    EXPECT_TRUE(qv::text::charset::CodecManager::getInstance()->getDecoder(u"ASCII"));
+    EXPECT_EQ(QVGetEncInfoByName(u"UTF-8", &info), 0);
+    EXPECT_EQ(QVEnumerateEncInfo(&count, nullptr), static_cast<qv::Result>(0x80004009u));
+    EXPECT_EQ(count, 24u);
 }
 
 TEST(Library, NewHandlerThrowsOutOfMemoryWhileStarted)
@@ -59,6 +72,7 @@ TEST(Library, SocketLayerStopFailureKeepsLockAndHandler)
     QVFaultDisarmAll();
     // Counter and registries are gone; the lock and the handler stay.
     EXPECT_FALSE(qv::ClassManager::hasInstance());
+    EXPECT_FALSE(qv::text::charset::CodecManager::hasInstance());
     ASSERT_NE(qv::g_pGlobalLock, nullptr);
     EXPECT_EQ(std::get_new_handler(), installed);
     EXPECT_EQ(QVCLLibUninit(), static_cast<qv::Result>(0x80004005u));

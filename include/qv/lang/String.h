@@ -129,6 +129,15 @@ public:
     String(const wchar_t* text, int32_t length = -1);
     // Addition.
     explicit String(const std::u16string& text);
+    // Narrow text decoded with the named encoding (null: the default
+    // encoding, the process locale's code set). length -1: NUL-terminated.
+    // An unknown name throws UnknownEncodingException, malformed input
+    // InvalidCharacterException; unmappable bytes follow the decoder's
+    // substitution (U+FFFD). Explicit: decoding depends on the locale and may
+    // throw, which an implicit conversion would hide.
+    explicit String(const char* bytes, int32_t length = -1, const char16_t* encoding = nullptr, int32_t capacity = 0);
+    explicit String(const signed char* bytes, int32_t length = -1, const char16_t* encoding = nullptr,
+                    int32_t capacity = 0);
     ~String() override;
 
     static String CQVString(const String& source);
@@ -138,6 +147,9 @@ public:
     static String CQVString(const unsigned short* text, int32_t length = -1, int32_t capacity = 0);
     static String CQVString(AcquireMode mode, const char16_t* text, int32_t length = -1, int32_t capacity = 0);
     static String CQVString(AcquireMode mode, const unsigned short* text, int32_t length = -1, int32_t capacity = 0);
+    static String CQVString(const char* bytes, int32_t length, const char16_t* encoding, int32_t capacity = 0);
+    static String CQVString(const signed char* bytes, int32_t length, const char16_t* encoding,
+                            int32_t capacity = 0);
 
     // "true" or "false", wrapping constant text.
     static String valueOf(bool value);
@@ -158,12 +170,19 @@ public:
     String& operator=(const char16_t* text);
     String& operator=(const unsigned short* text);
     String& operator=(char16_t c);
+    // Narrow text in the default encoding.
+    String& operator=(const char* bytes);
+    String& operator=(const signed char* bytes);
     String& setTo(const String& other);
     String& setTo(const char16_t* text, int32_t length = -1);
     String& setTo(const unsigned short* text, int32_t length = -1);
     String& setTo(char16_t c, int32_t repeat = 1);
     String& setTo(AcquireMode mode, const char16_t* text, int32_t length = -1, int32_t capacity = 0);
     String& setTo(AcquireMode mode, const unsigned short* text, int32_t length = -1, int32_t capacity = 0);
+    // Narrow text, as the narrow constructor decodes it. When decoding fails
+    // the String keeps its text.
+    String& setTo(const char* bytes, int32_t length = -1, const char16_t* encoding = nullptr);
+    String& setTo(const signed char* bytes, int32_t length = -1, const char16_t* encoding = nullptr);
     // Shares other's buffer, as the copy constructor does.
     String& setAddRef(const String& other);
 
@@ -310,6 +329,33 @@ public:
     const char16_t* getData() const override;
     const char16_t* getDataT(int) const { return getData(); }
     const char16_t* getReadLockT(int) const { return getReadLock(); }
+    // Narrow, in the default encoding: getBytes(nullptr) and
+    // getBytesReadLock(nullptr).
+    const char* getDataT(bool) const { return getBytes(nullptr); }
+    const char* getReadLockT(bool) const { return getBytesReadLock(nullptr); }
+
+    // Narrow output. Encoding names are looked up without regard to case;
+    // null is the default encoding. Characters the encoding lacks follow the
+    // encoder's substitution ('?'); a lone surrogate throws
+    // InvalidCharacterException.
+    //
+    // The NUL-terminated bytes, owned by this String and kept until its next
+    // write or a conversion to another encoding: asking again for the same
+    // encoding (ASCII case ignored) converts nothing.
+    const char* getBytes(const char16_t* encoding = nullptr) const;
+    // The same, after taking this String's read lock; the caller releases it
+    // with releaseReadLock().
+    const char* getBytesReadLock(const char16_t* encoding = nullptr) const;
+    // Fills buffer with the bytes and a NUL after them; its length becomes
+    // the byte count. On failure its length stays as it was.
+    void getBytes(util::IByteBuffer* buffer, const char16_t* encoding) const;
+    // Into the caller's memory: the bytes and a NUL, returning the byte count.
+    // When they do not fit into capacity bytes, throws
+    // ResultException(0x80004009) with destination holding an empty text
+    // (when capacity is at least 1): a cut-off prefix could end inside a
+    // character or leave a stateful encoding open.
+    int32_t getBytes(char* destination, int32_t capacity, const char16_t* encoding = nullptr) const;
+    int32_t getBytes(signed char* destination, int32_t capacity, const char16_t* encoding = nullptr) const;
     const char16_t* getReadLock() const override;
     void releaseReadLock() const override;
     // Always true: a String copies its text before writing when it must.
@@ -347,7 +393,8 @@ private:
     void hold(util::ICharBuffer* buffer, util::RWCharBuffer* own) noexcept;
     void initRegion(AcquireMode mode, const String& source, int32_t begin, int32_t end, int32_t capacity);
     void initText(AcquireMode mode, const char16_t* text, int32_t length, int32_t capacity);
-    inline void dropNarrow() noexcept;
+    void internalSetTo(const char* bytes, int32_t length, const char16_t* encoding, int32_t capacity);
+    inline void dropNarrow() const noexcept;
     bool claimSole();
     void copyOnWrite(int32_t capacity);
     template <class Put>
@@ -379,8 +426,9 @@ private:
 
     // The held buffer, never null; its length counts the NUL.
     util::ICharBuffer* m_buffer;
-    // The last narrow conversion and its encoding, or null.
-    AnsiBytes* m_narrow;
+    // The last narrow conversion and its encoding, or null. Filled by the
+    // const getBytes, like any cache.
+    mutable AnsiBytes* m_narrow;
     // Reserved, always null.
     void* m_reserved;
     // m_buffer itself when it is a RWCharBuffer this String made, so that the
@@ -410,7 +458,7 @@ private:
     char16_t* m_encoding;
 };
 
-inline void String::dropNarrow() noexcept
+inline void String::dropNarrow() const noexcept
 {
     if (m_narrow) {
         m_narrow->Release();

@@ -4,9 +4,12 @@
 #include <qv/core/ClassManagerBase.h>
 #include <qv/net/SocketError.h>
 #include <qv/sync/Mutex.h>
+#include <qv/text/charset/CodecManager.h>
 #include <qvcore3/qvcore3.h>
 
 #include "core/ClassTable.h"
+#include "text/charset/CodecTables.h"
+#include "text/charset/EncodingInfo.h"
 
 #include <clocale>
 
@@ -34,6 +37,13 @@ void registerStaticClasses()
         registry->registerClass(row->name, row->type, row->creator, row->instanceTest);
 }
 
+void registerStaticCodecs()
+{
+    text::charset::CodecManager* codecs = text::charset::CodecManager::getInstance();
+    for (const text::charset::detail::CodecTableRow* row = text::charset::detail::g_codecTable; row->name; ++row)
+        codecs->registerCodec(row->name, row->encoderClassName, row->decoderClassName);
+}
+
 Result start()
 {
     if (++g_startCount != 1)
@@ -44,8 +54,9 @@ Result start()
         g_previousNewHandler = QVSetNewHandler(&throwOutOfMemory);
         g_pGlobalLock = new sync::Mutex("QVCL::g_pGlobalLock", 0);
         registerStaticClasses();
-        // The codec registry's built-in encodings and the encoding-information
-        // table are registered here once the converters exist.
+        // The codec table names its converters by class, so it comes second.
+        registerStaticCodecs();
+        text::charset::detail::buildEncodingInfo();
     });
 }
 
@@ -56,8 +67,8 @@ Result stop()
     if (g_startCount-- != 1)
         return results::OK;
     return qvcom::guardBoundary([] {
-        // The encoding-information table and the codec registry are freed
-        // here, before the class registry, once the converters exist.
+        text::charset::detail::freeEncodingInfo();
+        text::charset::CodecManager::freeInstance();
         ClassManager::freeInstance();
         int32_t socketError = QVSocketLayerShutdown();
         if (socketError != 0) {

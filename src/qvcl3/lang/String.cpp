@@ -16,9 +16,7 @@ namespace {
 
 typedef util::RWCharBuffer RW;
 
-// Longest text a String takes: its buffer needs one unit more and the
-// capacity rounding sixteen.
-constexpr int32_t kMaxLength = std::numeric_limits<int32_t>::max() - 32;
+constexpr int32_t kMaxLength = detail::kMaxStringLength;
 
 const char16_t kEmptyText[1] = {0};
 

@@ -10,6 +10,10 @@
 namespace qv {
 namespace detail {
 
+// Longest text a String takes: its buffer needs one unit more and the
+// capacity rounding sixteen.
+constexpr int32_t kMaxStringLength = 0x7FFFFFFF - 32;
+
 // Temporary room for UTF-16 units: on the stack when small, from the
 // platform allocator otherwise (failure: OutOfMemoryException).
 class UnitScratch {

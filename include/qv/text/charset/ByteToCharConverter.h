@@ -3,6 +3,7 @@
 
 #include <qv/core/Export.h>
 #include <qv/core/Object.h>
+#include <qv/core/Reference.h>
 
 #include <cstdint>
 
@@ -70,6 +71,14 @@ public:
     {
         setSubstitutionChars(reinterpret_cast<const char16_t*>(chars), count);
     }
+
+    // A new decoder for the encoding name, looked up without regard to case
+    // through the CodecManager; a null name gives getDefaultConverter(). An
+    // unknown name throws UnknownEncodingException carrying the name.
+    static Reference<ByteToCharConverter> getConverter(const char16_t* name);
+    // The decoder of the process locale's code set, or ASCII when the registry
+    // does not know that code set.
+    static Reference<ByteToCharConverter> getDefaultConverter();
 
     static constexpr int MAX_SUBSTITUTION_CHARS = 3;
 

@@ -3,6 +3,7 @@
 
 #include <qv/core/Export.h>
 #include <qv/core/Object.h>
+#include <qv/core/Reference.h>
 
 #include <cstdint>
 
@@ -52,6 +53,14 @@ public:
     {
         return convert(reinterpret_cast<const char16_t*>(in), inPos, inEnd, out, outPos, outEnd);
     }
+
+    // A new encoder for the encoding name, looked up without regard to case
+    // through the CodecManager; a null name gives getDefaultConverter(). An
+    // unknown name throws UnknownEncodingException carrying the name.
+    static Reference<CharToByteConverter> getConverter(const char16_t* name);
+    // The encoder of the process locale's code set, or ASCII when the registry
+    // does not know that code set.
+    static Reference<CharToByteConverter> getDefaultConverter();
 
     static constexpr int MAX_SUBSTITUTION_BYTES = 7;
 
