@@ -68,6 +68,22 @@ public:
 
 constexpr uint32_t kMask = KindBit(Kind::RWLock);
 
+// Every lock call checks the handle, then gives an armed fault its chance,
+// in that order, before it touches the lock.
+template <typename Call>
+QVRESULT OnLock(QVHANDLE handle, FaultOp op, Call call) noexcept
+{
+    HandleRef ref(handle, kMask);
+    if (!ref) {
+        return QV_E_INVALIDARG;
+    }
+    const QVRESULT fault = FaultCheck(op);
+    if (fault != QV_S_OK) {
+        return fault;
+    }
+    return call(*ref.as<RWLockObject>());
+}
+
 } // namespace
 
 extern "C" QVRESULT QVRWLockCreate(const char* name, uint32_t flags, QVHANDLE* handle) noexcept
@@ -77,66 +93,32 @@ extern "C" QVRESULT QVRWLockCreate(const char* name, uint32_t flags, QVHANDLE* h
 
 extern "C" QVRESULT QVRWLockAcquireRead(QVHANDLE handle) noexcept
 {
-    HandleRef ref(handle, kMask);
-    if (!ref) {
-        return QV_E_INVALIDARG;
-    }
-    QV_FAULT_POINT(QVRWLockAcquireRead);
-    RWLockObject* object = ref.as<RWLockObject>();
-    return object->acquired(pthread_rwlock_rdlock(&object->m_lock), false);
+    return OnLock(handle, FaultOp::QVRWLockAcquireRead, [](RWLockObject& lock) { return lock.acquired(pthread_rwlock_rdlock(&lock.m_lock), false); });
 }
 
 extern "C" QVRESULT QVRWLockTryAcquireRead(QVHANDLE handle) noexcept
 {
-    HandleRef ref(handle, kMask);
-    if (!ref) {
-        return QV_E_INVALIDARG;
-    }
-    QV_FAULT_POINT(QVRWLockTryAcquireRead);
-    RWLockObject* object = ref.as<RWLockObject>();
-    return object->acquired(pthread_rwlock_tryrdlock(&object->m_lock), false);
+    return OnLock(handle, FaultOp::QVRWLockTryAcquireRead, [](RWLockObject& lock) { return lock.acquired(pthread_rwlock_tryrdlock(&lock.m_lock), false); });
 }
 
 extern "C" QVRESULT QVRWLockReleaseRead(QVHANDLE handle) noexcept
 {
-    HandleRef ref(handle, kMask);
-    if (!ref) {
-        return QV_E_INVALIDARG;
-    }
-    QV_FAULT_POINT(QVRWLockReleaseRead);
-    return ref.as<RWLockObject>()->unlock();
+    return OnLock(handle, FaultOp::QVRWLockReleaseRead, [](RWLockObject& lock) { return lock.unlock(); });
 }
 
 extern "C" QVRESULT QVRWLockAcquireWrite(QVHANDLE handle) noexcept
 {
-    HandleRef ref(handle, kMask);
-    if (!ref) {
-        return QV_E_INVALIDARG;
-    }
-    QV_FAULT_POINT(QVRWLockAcquireWrite);
-    RWLockObject* object = ref.as<RWLockObject>();
-    return object->acquired(pthread_rwlock_wrlock(&object->m_lock), true);
+    return OnLock(handle, FaultOp::QVRWLockAcquireWrite, [](RWLockObject& lock) { return lock.acquired(pthread_rwlock_wrlock(&lock.m_lock), true); });
 }
 
 extern "C" QVRESULT QVRWLockTryAcquireWrite(QVHANDLE handle) noexcept
 {
-    HandleRef ref(handle, kMask);
-    if (!ref) {
-        return QV_E_INVALIDARG;
-    }
-    QV_FAULT_POINT(QVRWLockTryAcquireWrite);
-    RWLockObject* object = ref.as<RWLockObject>();
-    return object->acquired(pthread_rwlock_trywrlock(&object->m_lock), true);
+    return OnLock(handle, FaultOp::QVRWLockTryAcquireWrite, [](RWLockObject& lock) { return lock.acquired(pthread_rwlock_trywrlock(&lock.m_lock), true); });
 }
 
 extern "C" QVRESULT QVRWLockReleaseWrite(QVHANDLE handle) noexcept
 {
-    HandleRef ref(handle, kMask);
-    if (!ref) {
-        return QV_E_INVALIDARG;
-    }
-    QV_FAULT_POINT(QVRWLockReleaseWrite);
-    return ref.as<RWLockObject>()->unlock();
+    return OnLock(handle, FaultOp::QVRWLockReleaseWrite, [](RWLockObject& lock) { return lock.unlock(); });
 }
 
 extern "C" QVRESULT QVRWLockDestroy(QVHANDLE handle) noexcept

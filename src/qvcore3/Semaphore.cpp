@@ -58,6 +58,38 @@ public:
 
 constexpr uint32_t kAnyMask = KindBit(Kind::Semaphore) | KindBit(Kind::NamedSem);
 
+// Both kinds of semaphore check the handle, then give an armed fault its
+// chance, in that order, before they touch the semaphore.
+template <typename Call>
+QVRESULT OnSemaphore(QVHANDLE handle, FaultOp op, Call call) noexcept
+{
+    HandleRef ref(handle, kAnyMask);
+    if (!ref) {
+        return QV_E_INVALIDARG;
+    }
+    const QVRESULT fault = FaultCheck(op);
+    if (fault != QV_S_OK) {
+        return fault;
+    }
+    return call(ref.as<SemaphoreBase>()->m_semaphore);
+}
+
+// A wait that a signal interrupts starts again; a try that finds the count
+// at zero is busy rather than failed.
+template <typename Wait>
+QVRESULT RetryWait(Wait wait, sem_t* semaphore, bool isTry) noexcept
+{
+    while (wait(semaphore) != 0) {
+        if (isTry && errno == EAGAIN) {
+            return QV_E_BUSY;
+        }
+        if (errno != EINTR) {
+            return QVResultFromNative(errno);
+        }
+    }
+    return QV_S_OK;
+}
+
 } // namespace
 
 extern "C" QVRESULT QVSemaphoreCreate(uint32_t initialCount, const char* name, uint32_t flags,
@@ -84,47 +116,20 @@ extern "C" QVRESULT QVSemaphoreCreate(uint32_t initialCount, const char* name, u
 
 extern "C" QVRESULT QVSemaphoreWait(QVHANDLE handle) noexcept
 {
-    HandleRef ref(handle, kAnyMask);
-    if (!ref) {
-        return QV_E_INVALIDARG;
-    }
-    QV_FAULT_POINT(QVSemaphoreWait);
-    sem_t* semaphore = ref.as<SemaphoreBase>()->m_semaphore;
-    while (sem_wait(semaphore) != 0) {
-        if (errno != EINTR) {
-            return QVResultFromNative(errno);
-        }
-    }
-    return QV_S_OK;
+    return OnSemaphore(handle, FaultOp::QVSemaphoreWait,
+                       [](sem_t* semaphore) { return RetryWait(sem_wait, semaphore, false); });
 }
 
 extern "C" QVRESULT QVSemaphoreTryWait(QVHANDLE handle) noexcept
 {
-    HandleRef ref(handle, kAnyMask);
-    if (!ref) {
-        return QV_E_INVALIDARG;
-    }
-    QV_FAULT_POINT(QVSemaphoreTryWait);
-    sem_t* semaphore = ref.as<SemaphoreBase>()->m_semaphore;
-    while (sem_trywait(semaphore) != 0) {
-        if (errno == EAGAIN) {
-            return QV_E_BUSY;
-        }
-        if (errno != EINTR) {
-            return QVResultFromNative(errno);
-        }
-    }
-    return QV_S_OK;
+    return OnSemaphore(handle, FaultOp::QVSemaphoreTryWait,
+                       [](sem_t* semaphore) { return RetryWait(sem_trywait, semaphore, true); });
 }
 
 extern "C" QVRESULT QVSemaphorePost(QVHANDLE handle) noexcept
 {
-    HandleRef ref(handle, kAnyMask);
-    if (!ref) {
-        return QV_E_INVALIDARG;
-    }
-    QV_FAULT_POINT(QVSemaphorePost);
-    return sem_post(ref.as<SemaphoreBase>()->m_semaphore) == 0 ? QV_S_OK : QVResultFromNative(errno);
+    return OnSemaphore(handle, FaultOp::QVSemaphorePost,
+                       [](sem_t* semaphore) { return sem_post(semaphore) == 0 ? QV_S_OK : QVResultFromNative(errno); });
 }
 
 extern "C" QVRESULT QVSemaphoreGetValue(QVHANDLE handle, int32_t* value) noexcept
@@ -132,17 +137,14 @@ extern "C" QVRESULT QVSemaphoreGetValue(QVHANDLE handle, int32_t* value) noexcep
     if (!value) {
         return QV_E_POINTER;
     }
-    HandleRef ref(handle, kAnyMask);
-    if (!ref) {
-        return QV_E_INVALIDARG;
-    }
-    QV_FAULT_POINT(QVSemaphoreGetValue);
-    int current = 0;
-    if (sem_getvalue(ref.as<SemaphoreBase>()->m_semaphore, &current) != 0) {
-        return QVResultFromNative(errno);
-    }
-    *value = current;
-    return QV_S_OK;
+    return OnSemaphore(handle, FaultOp::QVSemaphoreGetValue, [value](sem_t* semaphore) -> QVRESULT {
+        int current = 0;
+        if (sem_getvalue(semaphore, &current) != 0) {
+            return QVResultFromNative(errno);
+        }
+        *value = current;
+        return QV_S_OK;
+    });
 }
 
 extern "C" QVRESULT QVSemaphoreDestroy(QVHANDLE handle) noexcept

@@ -15,6 +15,26 @@ namespace qvcom {
 using ::qv::qvcom::guardBoundary;
 using ::qv::qvcom::throwIfFailed;
 
+namespace {
+
+// The mutators report through an optional flag whether they changed the
+// collection; it reads false for every failure, a null argument included.
+template <typename Change>
+Result reportChange(bool* changed, bool argumentGiven, Change change)
+{
+    if (changed)
+        *changed = false;
+    if (!argumentGiven)
+        return results::POINTER;
+    return guardBoundary([&] {
+        const bool result = change();
+        if (changed)
+            *changed = result;
+    });
+}
+
+} // namespace
+
 QV_BEGIN_INTERFACE_MAP(AbstractCollection)
 QV_INTERFACE_ENTRY(AbstractCollection, Collection)
 QV_INTERFACE_CHAIN(Object)
@@ -186,63 +206,27 @@ Result AbstractCollection::ContainsAll(const Collection* other, bool* result) co
 
 Result AbstractCollection::Add(IQVUnknown* element, bool* changed)
 {
-    if (changed)
-        *changed = false;
-    return guardBoundary([&] {
-        const bool result = add(element);
-        if (changed)
-            *changed = result;
-    });
+    return reportChange(changed, true, [&] { return add(element); });
 }
 
 Result AbstractCollection::AddAll(const Collection* other, bool* changed)
 {
-    if (changed)
-        *changed = false;
-    if (!other)
-        return results::POINTER;
-    return guardBoundary([&] {
-        const bool result = addAll(*other);
-        if (changed)
-            *changed = result;
-    });
+    return reportChange(changed, other != nullptr, [&] { return addAll(*other); });
 }
 
 Result AbstractCollection::Remove(const IQVUnknown* element, bool* changed)
 {
-    if (changed)
-        *changed = false;
-    return guardBoundary([&] {
-        const bool result = remove(element);
-        if (changed)
-            *changed = result;
-    });
+    return reportChange(changed, true, [&] { return remove(element); });
 }
 
 Result AbstractCollection::RemoveAll(const Collection* other, bool* changed)
 {
-    if (changed)
-        *changed = false;
-    if (!other)
-        return results::POINTER;
-    return guardBoundary([&] {
-        const bool result = removeAll(*other);
-        if (changed)
-            *changed = result;
-    });
+    return reportChange(changed, other != nullptr, [&] { return removeAll(*other); });
 }
 
 Result AbstractCollection::RetainAll(const Collection* other, bool* changed)
 {
-    if (changed)
-        *changed = false;
-    if (!other)
-        return results::POINTER;
-    return guardBoundary([&] {
-        const bool result = retainAll(*other);
-        if (changed)
-            *changed = result;
-    });
+    return reportChange(changed, other != nullptr, [&] { return retainAll(*other); });
 }
 
 Result AbstractCollection::Clear()

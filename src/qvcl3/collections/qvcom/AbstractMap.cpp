@@ -101,22 +101,7 @@ uint32_t AbstractMap::hashCode() const
 
 int AbstractMap::compareTo(const Object& other) const
 {
-    if (&other == this)
-        return 0;
-    const Map* map = dynamic_cast<const Map*>(&other);
-    if (!map)
-        return Object::compareTo(other);
-    if (equals(other))
-        return 0;
-    const int32_t mine = getSize();
-    const int32_t theirs = sizeOf(*map);
-    if (mine != theirs)
-        return mine < theirs ? -1 : 1;
-    const uint32_t myHash = hashCode();
-    const uint32_t theirHash = other.hashCode();
-    if (myHash != theirHash)
-        return myHash < theirHash ? -1 : 1;
-    return Object::compareTo(other);
+    return compareContainers<Map>(*this, other);
 }
 
 String AbstractMap::toString() const

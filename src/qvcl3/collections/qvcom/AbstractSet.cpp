@@ -35,22 +35,7 @@ uint32_t AbstractSet::hashCode() const
 
 int AbstractSet::compareTo(const Object& other) const
 {
-    if (&other == this)
-        return 0;
-    const Set* set = dynamic_cast<const Set*>(&other);
-    if (!set)
-        return Object::compareTo(other);
-    if (equals(other))
-        return 0;
-    const int32_t mine = getSize();
-    const int32_t theirs = sizeOf(*set);
-    if (mine != theirs)
-        return mine < theirs ? -1 : 1;
-    const uint32_t myHash = hashCode();
-    const uint32_t theirHash = other.hashCode();
-    if (myHash != theirHash)
-        return myHash < theirHash ? -1 : 1;
-    return Object::compareTo(other);
+    return compareContainers<Set>(*this, other);
 }
 
 } // namespace qvcom

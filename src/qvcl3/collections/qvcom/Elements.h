@@ -52,6 +52,30 @@ int orderOf(const IQVUnknown* a, const IQVUnknown* b);
 // -1, 0 or 1 for two addresses.
 int orderOfAddresses(const void* a, const void* b) noexcept;
 
+// compareTo of a Set or a Map: equal contents are 0; otherwise the smaller
+// size, then the smaller hash comes first, and a tie or an object of another
+// kind falls back to the order Object gives.
+template <typename Kind, typename Self>
+int compareContainers(const Self& self, const Object& other)
+{
+    if (&other == &self)
+        return 0;
+    const Kind* same = dynamic_cast<const Kind*>(&other);
+    if (!same)
+        return self.Object::compareTo(other);
+    if (self.equals(other))
+        return 0;
+    const int32_t mine = self.getSize();
+    const int32_t theirs = sizeOf(*same);
+    if (mine != theirs)
+        return mine < theirs ? -1 : 1;
+    const uint32_t myHash = self.hashCode();
+    const uint32_t theirHash = other.hashCode();
+    if (myHash != theirHash)
+        return myHash < theirHash ? -1 : 1;
+    return self.Object::compareTo(other);
+}
+
 } // namespace qvcom
 } // namespace collections
 } // namespace qv

@@ -21,12 +21,8 @@ int32_t BTCUTF16Base::convert(const signed char* inBytes, int32_t* inPos, int32_
     int32_t op = *outPos;
     const int32_t opStart = op;
 
-    if (s.held != 0) {
-        if (op == outEnd) {
-            return 0;
-        }
-        out[op++] = s.held;
-        s.held = 0;
+    if (!detail::drainHeldChar(s, out, op, outEnd)) {
+        return 0;
     }
 
     while (ip < inEnd && op < outEnd) {
@@ -124,12 +120,7 @@ int32_t BTCUTF16Base::flush(char16_t* out, int32_t* outPos, int32_t outEnd)
     if (m_state.high != 0) {
         detail::throwHighSurrogateAtEnd();
     }
-    if (m_state.held != 0 && *outPos < outEnd) {
-        out[(*outPos)++] = m_state.held;
-        m_state.held = 0;
-        return 1;
-    }
-    return 0;
+    return detail::flushHeldChar(m_state, out, outPos, outEnd);
 }
 
 void BTCUTF16Base::reset()

@@ -82,6 +82,34 @@ int32_t putBytes(const uint8_t* bytes, int n, State& s, uint8_t* out, int32_t op
     return op;
 }
 
+// A decoder that split a supplementary character over the end of the output
+// keeps its low surrogate and writes it before anything else. False when
+// there is no room for it, in which case the call has nothing to do.
+template <typename State>
+inline bool drainHeldChar(State& s, char16_t* out, int32_t& op, int32_t outEnd)
+{
+    if (s.held != 0) {
+        if (op == outEnd) {
+            return false;
+        }
+        out[op++] = s.held;
+        s.held = 0;
+    }
+    return true;
+}
+
+// The part of a decoder's flush that follows its own end-of-input checks.
+template <typename State>
+inline int32_t flushHeldChar(State& s, char16_t* out, int32_t* outPos, int32_t outEnd)
+{
+    if (s.held != 0 && *outPos < outEnd) {
+        out[(*outPos)++] = s.held;
+        s.held = 0;
+        return 1;
+    }
+    return 0;
+}
+
 [[noreturn]] void throwLoneHighSurrogate();
 [[noreturn]] void throwLoneLowSurrogate();
 [[noreturn]] void throwHighSurrogateAtEnd();
