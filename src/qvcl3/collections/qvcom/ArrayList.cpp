@@ -200,9 +200,9 @@ bool ArrayListIterator::hasNext()
 Reference<IQVUnknown> ArrayListIterator::next()
 {
     if (m_expectedModCount != m_list->getModCount())
-        AbstractList::throwConcurrentChange();
+        ArrayList::throwConcurrentChange();
     if (m_cursor >= m_list->m_size)
-        AbstractList::throwNoMoreElements();
+        ArrayList::throwNoMoreElements();
     m_lastReturned = m_cursor++;
     return m_list->m_data[m_lastReturned];
 }
@@ -214,7 +214,7 @@ void ArrayListIterator::remove()
     if (m_lastReturned < 0)
         throw IllegalStateException(QV_STR(u"no element to remove"));
     if (m_expectedModCount != m_list->getModCount())
-        AbstractList::throwConcurrentChange();
+        ArrayList::throwConcurrentChange();
     m_list->removeAt(m_lastReturned);
     m_cursor = m_lastReturned;
     m_lastReturned = -1;

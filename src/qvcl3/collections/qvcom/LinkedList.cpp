@@ -198,9 +198,9 @@ bool LinkedListIterator::hasNext()
 Reference<IQVUnknown> LinkedListIterator::next()
 {
     if (m_expectedModCount != m_list->getModCount())
-        AbstractList::throwConcurrentChange();
+        LinkedList::throwConcurrentChange();
     if (m_next == &m_list->m_header)
-        AbstractList::throwNoMoreElements();
+        LinkedList::throwNoMoreElements();
     m_lastReturned = m_next;
     m_next = m_next->next;
     return static_cast<LinkedList::Node*>(m_lastReturned)->element;
@@ -213,7 +213,7 @@ void LinkedListIterator::remove()
     if (!m_lastReturned)
         throw IllegalStateException(QV_STR(u"no element to remove"));
     if (m_expectedModCount != m_list->getModCount())
-        AbstractList::throwConcurrentChange();
+        LinkedList::throwConcurrentChange();
     m_list->unlink(static_cast<LinkedList::Node*>(m_lastReturned));
     m_lastReturned = nullptr;
     m_expectedModCount = m_list->getModCount();
