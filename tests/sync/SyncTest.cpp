@@ -171,3 +171,24 @@ TEST(Sync, PlatformCreateFailureLeavesNoObject)
     EXPECT_TRUE(works.tryWait());
     works.signal();
 }
+
+TEST(Sync, TimedWaitCountsOnlyZeroAsSignalled)
+{
+    if (!QVFaultInjectionAvailable())
+        GTEST_SKIP() << "platform built without fault injection";
+    qv::sync::Event event;
+    qv::sync::Gate gate;
+    gate.open();
+    // A success code other than 0 is not a signal.
+    ASSERT_EQ(QVFaultArm("QVEventTimedWait", 1, 1), 0);
+    EXPECT_FALSE(event.wait(5ul));
+    ASSERT_EQ(QVFaultArm("QVGateTimedWait", 1, 1), 0);
+    EXPECT_FALSE(gate.wait(5ul));
+    // Failures other than the time-out are thrown with their code.
+    ASSERT_EQ(QVFaultArm("QVGateTimedWait", 1, code(0x80070006u)), 0);
+    EXPECT_EQ(thrownCode([&] { gate.wait(5ul); }), code(0x80070006u));
+    ASSERT_EQ(QVFaultArm("QVEventTimedWait", 1, code(0x800705B4u)), 0);
+    EXPECT_FALSE(event.wait(5ul));
+    QVFaultDisarmAll();
+    EXPECT_TRUE(gate.wait(5ul));
+}
