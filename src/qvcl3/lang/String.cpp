@@ -110,27 +110,8 @@ String::String(AcquireMode mode, const String& source, int32_t begin, int32_t en
     initRegion(mode, source, begin, end, capacity);
 }
 
-String::String(util::ICharBuffer* buffer)
-    : m_buffer(nullptr), m_narrow(nullptr), m_reserved(nullptr), m_own(nullptr), m_exclusive(false)
-{
-    if (!buffer) {
-        holdEmpty();
-        return;
-    }
-    const char16_t* units = nullptr;
-    qvcom::throwIfFailed(buffer->GetReadLock(&units));
-    try {
-        initText(ACQUIRE_COPY, units, buffer->GetLength(), 0);
-    } catch (...) {
-        buffer->ReleaseReadLock();
-        throw;
-    }
-    Result r = buffer->ReleaseReadLock();
-    if (r < 0) {
-        m_buffer->Release();
-        qvcom::throwIfFailed(r);
-    }
-}
+// Copying is the general constructor's default mode.
+String::String(util::ICharBuffer* buffer) : String(ACQUIRE_COPY, buffer) {}
 
 String::String(AcquireMode mode, util::ICharBuffer* buffer)
     : m_buffer(nullptr), m_narrow(nullptr), m_reserved(nullptr), m_own(nullptr), m_exclusive(false)

@@ -196,7 +196,7 @@ int32_t CTBAMP7::convert(const char16_t* in, int32_t* inPos, int32_t inEnd, sign
     int32_t op = *outPos;
     const int32_t opStart = op;
 
-    op = detail::drainHeldBytes(s, out, op, outEnd);
+    op = detail::drainHeld(s, out, op, outEnd);
     while (s.heldCount == 0 && ip < inEnd && op < outEnd) {
         const uint32_t c = in[ip];
         uint8_t bytes[8];
@@ -232,7 +232,7 @@ int32_t CTBAMP7::convert(const char16_t* in, int32_t* inPos, int32_t inEnd, sign
             n = appendUnit(s, c, bytes, n);
         }
         ++ip;
-        op = detail::putBytes(bytes, n, s, out, op, outEnd);
+        op = detail::putHeld(bytes, n, s, out, op, outEnd);
     }
 
     m_state = s;
@@ -249,11 +249,11 @@ int32_t CTBAMP7::flush(signed char* outBytes, int32_t* outPos, int32_t outEnd)
         detail::throwHighSurrogateAtEnd();
     }
     const int32_t start = *outPos;
-    int32_t op = detail::drainHeldBytes(m_state, out, start, outEnd);
+    int32_t op = detail::drainHeld(m_state, out, start, outEnd);
     if (m_state.heldCount == 0 && m_state.inBase64) {
         uint8_t bytes[2];
         const int n = closeRun(m_state, bytes, 0);
-        op = detail::putBytes(bytes, n, m_state, out, op, outEnd);
+        op = detail::putHeld(bytes, n, m_state, out, op, outEnd);
     }
     *outPos = op;
     return op - start;

@@ -10,34 +10,9 @@ namespace qv::text::charset {
 
 namespace {
 
+using detail::drainHeld;
 using detail::Iconv;
-
-template <typename State>
-int32_t drainHeldUnits(State& s, char16_t* out, int32_t op, int32_t outEnd)
-{
-    int i = 0;
-    while (i < s.heldCount && op < outEnd) {
-        out[op++] = s.held[i++];
-    }
-    for (int j = i; j < s.heldCount; ++j) {
-        s.held[j - i] = s.held[j];
-    }
-    s.heldCount = static_cast<uint8_t>(s.heldCount - i);
-    return op;
-}
-
-template <typename State>
-int32_t putUnits(const char16_t* units, int n, State& s, char16_t* out, int32_t op, int32_t outEnd)
-{
-    int i = 0;
-    while (i < n && op < outEnd) {
-        out[op++] = units[i++];
-    }
-    for (; i < n; ++i) {
-        s.held[s.heldCount++] = units[i];
-    }
-    return op;
-}
+using detail::putHeld;
 
 template <typename State>
 void dropPending(State& s, int count)
@@ -98,7 +73,7 @@ bool convertPending(Iconv& iconv, State& s, const uint8_t* in, int32_t inEnd, bo
         size_t produced = 0;
         const Iconv::Status status = iconv.convert(s.pending, used, s.pendingCount,
                                                    reinterpret_cast<uint8_t*>(units), produced, sizeof units);
-        call.op = putUnits(units, static_cast<int>(produced / 2), s, out, call.op, outEnd);
+        call.op = putHeld(units, static_cast<int>(produced / 2), s, out, call.op, outEnd);
         dropPending(s, static_cast<int>(used));
         if (appended > s.pendingCount) {
             appended = s.pendingCount;
@@ -169,7 +144,7 @@ int32_t BTCCodePage::convert(const signed char* inBytes, int32_t* inPos, int32_t
     State s = m_state;
     Call call{*inPos, *outPos, *inPos, *outPos};
 
-    call.op = drainHeldUnits(s, out, call.op, outEnd);
+    call.op = drainHeld(s, out, call.op, outEnd);
     if (!convertPending(iconv, s, in, inEnd, false, out, outEnd, call, sub, m_info->label)) {
         m_state = s;
         *inPos = call.ip;
@@ -198,7 +173,7 @@ int32_t BTCCodePage::convert(const signed char* inBytes, int32_t* inPos, int32_t
             status = iconv.convert(in, used, static_cast<size_t>(inEnd), reinterpret_cast<uint8_t*>(units), produced,
                                    sizeof units);
             call.ip = static_cast<int32_t>(used);
-            call.op = putUnits(units, static_cast<int>(produced / 2), s, out, call.op, outEnd);
+            call.op = putHeld(units, static_cast<int>(produced / 2), s, out, call.op, outEnd);
             if (produced > 0 || status == Iconv::Status::Done) {
                 continue;
             }
@@ -245,7 +220,7 @@ int32_t BTCCodePage::flush(char16_t* out, int32_t* outPos, int32_t outEnd)
     State s = m_state;
     Call call{0, *outPos, 0, *outPos};
 
-    call.op = drainHeldUnits(s, out, call.op, outEnd);
+    call.op = drainHeld(s, out, call.op, outEnd);
     if (s.heldCount == 0) {
         size_t outOff = static_cast<size_t>(call.op) * 2;
         const Iconv::Status status =

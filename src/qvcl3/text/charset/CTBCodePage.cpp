@@ -44,7 +44,7 @@ int32_t CTBCodePage::convert(const char16_t* in, int32_t* inPos, int32_t inEnd, 
     const int32_t ipStart = *inPos;
     const int32_t opStart = *outPos;
     int32_t ip = ipStart;
-    int32_t op = detail::drainHeldBytes(s, out, opStart, outEnd);
+    int32_t op = detail::drainHeld(s, out, opStart, outEnd);
 
     while (s.heldCount == 0 && ip < inEnd && op < outEnd) {
         // What the next element is, when iconv cannot take it as it comes:
@@ -103,7 +103,7 @@ int32_t CTBCodePage::convert(const char16_t* in, int32_t* inPos, int32_t inEnd, 
         const Iconv::Status status = iconv.convert(reinterpret_cast<const uint8_t*>(element), used,
                                                    static_cast<size_t>(units) * 2, bytes, produced, sizeof bytes);
         if (status == Iconv::Status::Done) {
-            op = detail::putBytes(bytes, static_cast<int>(produced), s, out, op, outEnd);
+            op = detail::putHeld(bytes, static_cast<int>(produced), s, out, op, outEnd);
         } else if (!substitutionMode) {
             if (ip != ipStart || op != opStart) {
                 break;
@@ -131,7 +131,7 @@ int32_t CTBCodePage::flush(signed char* outBytes, int32_t* outPos, int32_t outEn
     detail::checkFlushArguments(outBytes, outPos, outEnd);
     uint8_t* out = reinterpret_cast<uint8_t*>(outBytes);
     const int32_t start = *outPos;
-    int32_t op = detail::drainHeldBytes(m_state, out, start, outEnd);
+    int32_t op = detail::drainHeld(m_state, out, start, outEnd);
     if (m_state.heldCount == 0 && m_state.high != 0) {
         if (op != start) {
             *outPos = op;

@@ -34,7 +34,7 @@ int32_t putCodePoint(uint32_t cp, State& s, uint8_t* out, int32_t op, int32_t ou
         bytes[3] = static_cast<uint8_t>(0x80 | (cp & 0x3F));
         n = 4;
     }
-    return detail::putBytes(bytes, n, s, out, op, outEnd);
+    return detail::putHeld(bytes, n, s, out, op, outEnd);
 }
 
 #if QVCL3_CHARSET_SSE2
@@ -277,7 +277,7 @@ int32_t CTBUTF8::convert(const char16_t* in, int32_t* inPos, int32_t inEnd, sign
     int32_t op = *outPos;
     const int32_t opStart = op;
 
-    op = detail::drainHeldBytes(s, out, op, outEnd);
+    op = detail::drainHeld(s, out, op, outEnd);
     if (s.heldCount == 0 && s.high != 0 && ip < inEnd && op < outEnd) {
         const uint32_t c = in[ip];
         if (!detail::isLowSurrogate(c)) {
@@ -470,7 +470,7 @@ int32_t CTBUTF8::flush(signed char* outBytes, int32_t* outPos, int32_t outEnd)
         detail::throwHighSurrogateAtEnd();
     }
     const int32_t start = *outPos;
-    *outPos = detail::drainHeldBytes(m_state, reinterpret_cast<uint8_t*>(outBytes), start, outEnd);
+    *outPos = detail::drainHeld(m_state, reinterpret_cast<uint8_t*>(outBytes), start, outEnd);
     return *outPos - start;
 }
 

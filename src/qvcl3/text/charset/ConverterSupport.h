@@ -50,10 +50,11 @@ inline char16_t lowSurrogateOf(uint32_t cp)
     return static_cast<char16_t>(0xDC00u + (cp & 0x3FFu));
 }
 
-// Bytes of a character that did not fit into the output wait in a small
-// array of the converter's state and are written first by the next call.
-template <typename State>
-int32_t drainHeldBytes(State& s, uint8_t* out, int32_t op, int32_t outEnd)
+// Elements (bytes or units) of a character that did not fit into the output
+// wait in a small array of the converter's state and are written first by the
+// next call.
+template <typename State, typename Element>
+int32_t drainHeld(State& s, Element* out, int32_t op, int32_t outEnd)
 {
     int i = 0;
     while (i < s.heldCount && op < outEnd) {
@@ -66,18 +67,17 @@ int32_t drainHeldBytes(State& s, uint8_t* out, int32_t op, int32_t outEnd)
     return op;
 }
 
-// Writes what fits of bytes[0, n) and keeps the rest in the state; the
-// caller guarantees the held array has room for it.
-template <typename State>
-int32_t putBytes(const uint8_t* bytes, int n, State& s, uint8_t* out, int32_t op, int32_t outEnd)
+// Writes what fits of elements[0, n) and appends the rest to the held ones;
+// the caller guarantees the held array has room for it.
+template <typename State, typename Element>
+int32_t putHeld(const Element* elements, int n, State& s, Element* out, int32_t op, int32_t outEnd)
 {
     int i = 0;
     while (i < n && op < outEnd) {
-        out[op++] = bytes[i++];
+        out[op++] = elements[i++];
     }
-    s.heldCount = static_cast<uint8_t>(n - i);
-    for (int j = 0; i < n; ++i, ++j) {
-        s.held[j] = bytes[i];
+    for (; i < n; ++i) {
+        s.held[s.heldCount++] = elements[i];
     }
     return op;
 }

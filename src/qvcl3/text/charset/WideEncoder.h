@@ -35,7 +35,7 @@ int32_t encodeWide(State& state, bool big, const char16_t* in, int32_t* inPos, i
     int32_t op = *outPos;
     const int32_t opStart = op;
 
-    op = drainHeldBytes(s, out, op, outEnd);
+    op = drainHeld(s, out, op, outEnd);
     while (s.heldCount == 0 && ip < inEnd && op < outEnd) {
         if (!s.markPending && s.high == 0) {
             if constexpr (Width == 2) {
@@ -120,7 +120,7 @@ int32_t encodeWide(State& state, bool big, const char16_t* in, int32_t* inPos, i
         storeWideUnit<Width>(v, big, bytes + n);
         n += Width;
         ++ip;
-        op = putBytes(bytes, n, s, out, op, outEnd);
+        op = putHeld(bytes, n, s, out, op, outEnd);
     }
 
     state = s;
@@ -137,7 +137,7 @@ int32_t flushWide(State& state, signed char* outBytes, int32_t* outPos, int32_t 
         throwHighSurrogateAtEnd();
     }
     const int32_t start = *outPos;
-    *outPos = drainHeldBytes(state, reinterpret_cast<uint8_t*>(outBytes), start, outEnd);
+    *outPos = drainHeld(state, reinterpret_cast<uint8_t*>(outBytes), start, outEnd);
     return *outPos - start;
 }
 
