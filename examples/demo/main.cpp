@@ -1,10 +1,8 @@
 // A tour of what qvcl3 offers so far.
-#include <qv/qvcl3.h>
+#include "Demo.h"
 
 #include <cstdio>
 #include <vector>
-
-namespace {
 
 void section(const char* title)
 {
@@ -15,6 +13,8 @@ std::string utf8(const char16_t* text)
 {
     return qv::String(text).toUtf8();
 }
+
+namespace {
 
 void runtimeCore()
 {
@@ -145,14 +145,34 @@ void encodings()
 
 } // namespace
 
+void demoRuntimeCore()
+{
+    runtimeCore();
+}
+
+void demoStrings()
+{
+    strings();
+}
+
+void demoNumbers()
+{
+    numbers();
+}
+
+void demoEncodings()
+{
+    encodings();
+}
+
 int main()
 {
     std::printf("qvcl3 %s\n", QVCL3Version());
     try {
-        runtimeCore();
-        strings();
-        numbers();
-        encodings();
+        demoRuntimeCore();
+        demoStrings();
+        demoNumbers();
+        demoEncodings();
     } catch (const qv::Exception& e) {
         std::printf("unexpected exception 0x%08X: %s\n", static_cast<unsigned>(e.getResult()),
                     e.getDescription().toUtf8().c_str());

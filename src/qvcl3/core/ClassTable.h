@@ -17,8 +17,22 @@ struct ClassTableRow {
     Class::InstanceTest instanceTest;
 };
 
-// Ends with a row whose type is null.
-extern const ClassTableRow g_classTable[];
+// Each area owns the rows of its classes in a fragment of its own folder
+// (src/qvcl3/<area>/<Area>ClassRows.cpp), ending with QV_CLASS_TABLE_END.
+// Start-up registers the fragments in the order of g_classTableFragments;
+// the first registration of a name wins.
+extern const ClassTableRow g_coreClassRows[];
+extern const ClassTableRow g_langClassRows[];
+extern const ClassTableRow g_mathClassRows[];
+extern const ClassTableRow g_collectionsClassRows[];
+extern const ClassTableRow g_syncClassRows[];
+extern const ClassTableRow g_utilClassRows[];
+extern const ClassTableRow g_ioClassRows[];
+extern const ClassTableRow g_charsetClassRows[];
+extern const ClassTableRow g_repeatedClassRows[];
+
+// Ends with a null pointer.
+extern const ClassTableRow* const g_classTableFragments[];
 
 template <class T>
 Object* createInstanceOf()
@@ -29,8 +43,14 @@ Object* createInstanceOf()
 } // namespace detail
 } // namespace qv
 
-// A row for a class that can be created by name, and one for a class that can't.
-#define QV_CLASS_ROW(Name, Type) {Name, &typeid(Type), &::qv::detail::createInstanceOf<Type>, &::qv::Class::instanceTestFor<Type>}
-#define QV_CLASS_ROW_NO_CREATOR(Name, Type) {Name, &typeid(Type), nullptr, &::qv::Class::instanceTestFor<Type>}
+// A row for a class that can be created by name, and one for a class that
+// can't. The registered name is spelled from the type itself, relative to
+// namespace qv, so the two can never disagree.
+#define QV_CLASS_ROW(Type)                                                                                             \
+    {u"qv::" #Type, &typeid(::qv::Type), &::qv::detail::createInstanceOf<::qv::Type>,                                  \
+     &::qv::Class::instanceTestFor<::qv::Type>}
+#define QV_CLASS_ROW_NO_CREATOR(Type)                                                                                  \
+    {u"qv::" #Type, &typeid(::qv::Type), nullptr, &::qv::Class::instanceTestFor<::qv::Type>}
+#define QV_CLASS_TABLE_END {nullptr, nullptr, nullptr, nullptr}
 
 #endif

@@ -33,8 +33,9 @@ QVHANDLE g_moduleHandle = QV_INVALID_HANDLE;
 void registerStaticClasses()
 {
     ClassManagerBase* registry = ClassManager::getInstance();
-    for (const detail::ClassTableRow* row = detail::g_classTable; row->type; ++row)
-        registry->registerClass(row->name, row->type, row->creator, row->instanceTest);
+    for (const detail::ClassTableRow* const* fragment = detail::g_classTableFragments; *fragment; ++fragment)
+        for (const detail::ClassTableRow* row = *fragment; row->type; ++row)
+            registry->registerClass(row->name, row->type, row->creator, row->instanceTest);
 }
 
 void registerStaticCodecs()

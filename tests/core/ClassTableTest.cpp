@@ -1,0 +1,60 @@
+#include <qv/core/Class.h>
+#include <qv/core/Exception.h>
+#include <qv/core/Reference.h>
+#include <qv/lang/String.h>
+
+#include "core/ClassTable.h"
+
+#include <gtest/gtest.h>
+
+#include <cxxabi.h>
+
+#include <cstdlib>
+#include <memory>
+#include <set>
+#include <string>
+
+namespace {
+
+std::string demangled(const std::type_info& type)
+{
+    int status = 0;
+    std::unique_ptr<char, void (*)(void*)> name(abi::__cxa_demangle(type.name(), nullptr, nullptr, &status),
+                                                std::free);
+    return status == 0 ? std::string(name.get()) : std::string(type.name());
+}
+
+} // namespace
+
+TEST(ClassTable, EveryRowNamesItsOwnTypeAndIsRegisteredFirstWins)
+{
+    std::set<std::string> seen;
+    int rows = 0;
+    for (const qv::detail::ClassTableRow* const* fragment = qv::detail::g_classTableFragments; *fragment;
+         ++fragment) {
+        for (const qv::detail::ClassTableRow* row = *fragment; row->type; ++row, ++rows) {
+            std::string name = qv::String(row->name).toUtf8();
+            std::string typeName = demangled(*row->type);
+            // A typedef of a template instance registers under the typedef's name.
+            if (typeName.find('<') == std::string::npos) {
+                EXPECT_EQ(name, typeName);
+            }
+            const qv::Class* cls = qv::Class::forName(row->name);
+            ASSERT_NE(cls, nullptr) << name;
+            if (seen.insert(name).second) {
+                EXPECT_EQ(demangled(*cls->getType()), typeName) << name;
+                if (row->creator) {
+                    qv::Reference<qv::Object> made(cls->createInstance());
+                    EXPECT_TRUE(cls->isInstance(*made)) << name;
+                } else {
+                    EXPECT_THROW(cls->createInstance(), qv::IllegalAccessException) << name;
+                }
+            } else {
+                // The repeated rows carry no creator and must lose to the first.
+                EXPECT_EQ(row->creator, nullptr) << name;
+            }
+        }
+    }
+    EXPECT_GT(rows, 100);
+    EXPECT_EQ(seen.size() + 3, static_cast<size_t>(rows));
+}
