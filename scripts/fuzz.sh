@@ -20,9 +20,14 @@ export UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1
 for target in "${targets[@]}"; do
   corpus="$dir/corpus/$target"
   mkdir -p "$corpus"
+  # Seeds (fuzz/seeds/<target>/) are read but never written; new finds go to
+  # the build folder's corpus.
+  options=() seeds=()
+  [ -f "fuzz/dict/$target.dict" ] && options+=(-dict="fuzz/dict/$target.dict")
+  [ -d "fuzz/seeds/$target" ] && seeds+=("fuzz/seeds/$target")
   echo "== $target for $seconds s"
   "$dir/fuzz/$target" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=2048 -max_len=4096 \
-      -print_final_stats=1 -artifact_prefix="$dir/$target-" "$corpus" 2>&1 | tee "$dir/$target.log" | grep -E "^(Done|stat::number_of_executed_units)" || true
+      -print_final_stats=1 -artifact_prefix="$dir/$target-" "${options[@]}" "$corpus" "${seeds[@]}" 2>&1 | tee "$dir/$target.log" | grep -E "^(Done|stat::number_of_executed_units)" || true
   if ! grep -q "^Done " "$dir/$target.log"; then
     tail -n 40 "$dir/$target.log"
     echo "$target failed" >&2

@@ -1,5 +1,5 @@
 // Fails each allocation of an operation in turn (the platform layer's fault
-// injection, reached through this program's operator new):
+// injection, reached through the test programs' counting operator new):
 // every failure must surface as qv::OutOfMemoryException and leave the
 // operands as they were; the sanitizer build checks for leaks.
 
@@ -10,102 +10,20 @@
 
 #include <gtest/gtest.h>
 
+#include "AllocationSweep.h"
+
 #include <functional>
 #include <new>
 #include <string>
-
-// Every allocation of this program goes through the platform allocator,
-// whose armed failure makes the nth one return null.
-void* operator new(std::size_t size)
-{
-    for (;;) {
-        if (void* p = QVMemAlloc(size))
-            return p;
-        std::new_handler handler = std::get_new_handler();
-        if (!handler)
-            throw std::bad_alloc();
-        handler();
-    }
-}
-
-void* operator new[](std::size_t size)
-{
-    return operator new(size);
-}
-
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept
-{
-    try {
-        return operator new(size);
-    } catch (const std::bad_alloc&) {
-        return nullptr;
-    }
-}
-
-void* operator new[](std::size_t size, const std::nothrow_t&) noexcept
-{
-    return operator new(size, std::nothrow);
-}
-
-void operator delete(void* p) noexcept
-{
-    QVMemFree(p);
-}
-
-void operator delete(void* p, const std::nothrow_t&) noexcept
-{
-    QVMemFree(p);
-}
-
-void operator delete[](void* p, const std::nothrow_t&) noexcept
-{
-    QVMemFree(p);
-}
-
-void operator delete[](void* p) noexcept
-{
-    QVMemFree(p);
-}
-
-void operator delete(void* p, std::size_t) noexcept
-{
-    QVMemFree(p);
-}
-
-void operator delete[](void* p, std::size_t) noexcept
-{
-    QVMemFree(p);
-}
 
 using qv::math::BigDecimal;
 using qv::math::BigInteger;
 
 namespace {
 
-// Runs op with its first, second, ... allocation failing until it gets
-// through; returns how many failures it met.
 int failEachAllocation(const std::function<void()>& op)
 {
-    int failures = 0;
-    for (int n = 1; n < 100000; ++n) {
-        bool failed = false;
-        QVFaultArmAllocation(n);
-        try {
-            op();
-        } catch (const qv::OutOfMemoryException&) {
-            failed = true;
-        } catch (const std::bad_alloc&) {
-            QVFaultDisarmAll();
-            ADD_FAILURE() << "allocation " << n << " failed as a plain std::bad_alloc";
-            return failures;
-        }
-        QVFaultDisarmAll();
-        if (!failed)
-            return failures;
-        ++failures;
-    }
-    ADD_FAILURE() << "never got through";
-    return failures;
+    return qvtest::sweepAllocations(op);
 }
 
 } // namespace
