@@ -39,8 +39,12 @@
 #include <qv/core/Reference.h>
 #include <qv/core/Result.h>
 #include <qv/core/Version.h>
+#include <qv/io/BufferedInputStream.h>
+#include <qv/io/BufferedOutputStream.h>
 #include <qv/io/ByteArrayInputStream.h>
 #include <qv/io/ByteArrayOutputStream.h>
+#include <qv/io/DataInputStream.h>
+#include <qv/io/DataOutputStream.h>
 #include <qv/io/FilterInputStream.h>
 #include <qv/io/FilterOutputStream.h>
 #include <qv/io/InputStream.h>

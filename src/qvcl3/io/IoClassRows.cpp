@@ -1,7 +1,11 @@
 #include "core/ClassTable.h"
 
+#include <qv/io/BufferedInputStream.h>
+#include <qv/io/BufferedOutputStream.h>
 #include <qv/io/ByteArrayInputStream.h>
 #include <qv/io/ByteArrayOutputStream.h>
+#include <qv/io/DataInputStream.h>
+#include <qv/io/DataOutputStream.h>
 #include <qv/io/FilterInputStream.h>
 #include <qv/io/FilterOutputStream.h>
 #include <qv/io/InputStream.h>
@@ -13,7 +17,9 @@ namespace detail {
 
 // In the order of the class names; ends with a row whose type is null.
 const ClassTableRow g_ioClassRows[] = {
+    QV_CLASS_ROW_NO_CREATOR(io::BufferedInputStream),  QV_CLASS_ROW_NO_CREATOR(io::BufferedOutputStream),
     QV_CLASS_ROW_NO_CREATOR(io::ByteArrayInputStream), QV_CLASS_ROW(io::ByteArrayOutputStream),
+    QV_CLASS_ROW_NO_CREATOR(io::DataInputStream),      QV_CLASS_ROW_NO_CREATOR(io::DataOutputStream),
     QV_CLASS_ROW_NO_CREATOR(io::FilterInputStream),    QV_CLASS_ROW_NO_CREATOR(io::FilterOutputStream),
     QV_CLASS_ROW_NO_CREATOR(io::InputStream),          QV_CLASS_ROW(io::IoException),
     QV_CLASS_ROW_NO_CREATOR(io::OutputStream),         QV_CLASS_ROW(io::TimeoutException),
