@@ -39,6 +39,10 @@
 #include <qv/core/Reference.h>
 #include <qv/core/Result.h>
 #include <qv/core/Version.h>
+#include <qv/io/AlphaNumInputStream.h>
+#include <qv/io/AlphaNumOutputStream.h>
+#include <qv/io/BitInputStream.h>
+#include <qv/io/BitOutputStream.h>
 #include <qv/io/BufferedInputStream.h>
 #include <qv/io/BufferedOutputStream.h>
 #include <qv/io/ByteArrayInputStream.h>

@@ -2,12 +2,12 @@
 
 #include <qv/io/IoException.h>
 
+#include "io/CloseAfter.h"
 #include "io/StreamArguments.h"
 
 #include <qvcore3/qvcore3.h>
 
 #include <cstring>
-#include <exception>
 
 namespace qv {
 namespace io {
@@ -83,26 +83,17 @@ void BufferedOutputStream::close()
 {
     if (!m_buf)
         return;
-    // The wrapped stream is closed even when the flush fails, so no handle
-    // outlives the stream; the first failure is the one reported.
-    std::exception_ptr failure;
-    try {
-        flushBuffer();
-        m_out->flush();
-    } catch (...) {
-        failure = std::current_exception();
-    }
-    QVMemFree(m_buf);
-    m_buf = nullptr;
-    m_count = 0;
-    try {
-        m_out->close();
-    } catch (...) {
-        if (!failure)
-            failure = std::current_exception();
-    }
-    if (failure)
-        std::rethrow_exception(failure);
+    detail::finishThenClose(
+        [this] {
+            flushBuffer();
+            m_out->flush();
+        },
+        [this] {
+            QVMemFree(m_buf);
+            m_buf = nullptr;
+            m_count = 0;
+            m_out->close();
+        });
 }
 
 } // namespace io

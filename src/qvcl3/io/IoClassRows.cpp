@@ -1,5 +1,9 @@
 #include "core/ClassTable.h"
 
+#include <qv/io/AlphaNumInputStream.h>
+#include <qv/io/AlphaNumOutputStream.h>
+#include <qv/io/BitInputStream.h>
+#include <qv/io/BitOutputStream.h>
 #include <qv/io/BufferedInputStream.h>
 #include <qv/io/BufferedOutputStream.h>
 #include <qv/io/ByteArrayInputStream.h>
@@ -17,6 +21,8 @@ namespace detail {
 
 // In the order of the class names; ends with a row whose type is null.
 const ClassTableRow g_ioClassRows[] = {
+    QV_CLASS_ROW_NO_CREATOR(io::AlphaNumInputStream),  QV_CLASS_ROW_NO_CREATOR(io::AlphaNumOutputStream),
+    QV_CLASS_ROW_NO_CREATOR(io::BitInputStream),       QV_CLASS_ROW_NO_CREATOR(io::BitOutputStream),
     QV_CLASS_ROW_NO_CREATOR(io::BufferedInputStream),  QV_CLASS_ROW_NO_CREATOR(io::BufferedOutputStream),
     QV_CLASS_ROW_NO_CREATOR(io::ByteArrayInputStream), QV_CLASS_ROW(io::ByteArrayOutputStream),
     QV_CLASS_ROW_NO_CREATOR(io::DataInputStream),      QV_CLASS_ROW_NO_CREATOR(io::DataOutputStream),
