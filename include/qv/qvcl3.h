@@ -119,6 +119,7 @@
 #include <qv/util/AbstractByteBuffer.h>
 #include <qv/util/AbstractCharBuffer.h>
 #include <qv/util/BasicBuffer.h>
+#include <qv/util/FilePath.h>
 #include <qv/util/IBuffer.h>
 #include <qv/util/IByteBuffer.h>
 #include <qv/util/ICharBuffer.h>
