@@ -31,8 +31,12 @@ public:
     // Appends count bytes. A negative count, or a null pointer with a
     // positive count, throws ResultException(0x80070057).
     void write(const signed char* data, int32_t count);
+    void write(const char* data, int32_t count) { write(reinterpret_cast<const signed char*>(data), count); }
+    void write(const unsigned char* data, int32_t count) { write(reinterpret_cast<const signed char*>(data), count); }
     // Takes up to count unread bytes; returns how many (0 when none).
     int32_t read(signed char* data, int32_t count);
+    int32_t read(char* data, int32_t count) { return read(reinterpret_cast<signed char*>(data), count); }
+    int32_t read(unsigned char* data, int32_t count) { return read(reinterpret_cast<signed char*>(data), count); }
     // Drops up to count unread bytes; returns how many.
     int32_t skip(int32_t count);
 
