@@ -41,8 +41,6 @@ public:
     int64_t getSize();
 
 private:
-    void ensureOpen() const;
-
     String m_name;
     int32_t m_handle;
     bool m_owns;

@@ -45,7 +45,6 @@ public:
 
 private:
     void open(const util::FilePath& path, uint32_t flags);
-    void ensureOpen() const;
 
     String m_name;
     int32_t m_handle = -1;

@@ -3,7 +3,7 @@
 #include <qv/text/charset/CharsetExceptions.h>
 
 #include "io/AlphaNumAlphabet.h"
-#include "io/StreamArguments.h"
+#include "io/StreamSupport.h"
 
 namespace qv {
 namespace io {

@@ -1,8 +1,7 @@
 #include <qv/io/AlphaNumOutputStream.h>
 
 #include "io/AlphaNumAlphabet.h"
-#include "io/CloseAfter.h"
-#include "io/StreamArguments.h"
+#include "io/StreamSupport.h"
 
 namespace qv {
 namespace io {

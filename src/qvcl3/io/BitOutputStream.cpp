@@ -1,7 +1,6 @@
 #include <qv/io/BitOutputStream.h>
 
-#include "io/CloseAfter.h"
-#include "io/StreamArguments.h"
+#include "io/StreamSupport.h"
 
 namespace qv {
 namespace io {

@@ -2,7 +2,7 @@
 
 #include <qv/io/IoException.h>
 
-#include "io/StreamArguments.h"
+#include "io/StreamSupport.h"
 
 #include <qvcore3/qvcore3.h>
 
@@ -12,20 +12,8 @@
 namespace qv {
 namespace io {
 
-namespace {
-
-signed char* allocateBlock(int32_t size)
-{
-    signed char* block = static_cast<signed char*>(QVMemAlloc(static_cast<size_t>(size)));
-    if (!block)
-        throw OutOfMemoryException();
-    return block;
-}
-
-} // namespace
-
 BufferedInputStream::BufferedInputStream(InputStream* in, int32_t size)
-    : FilterInputStream(in), m_bufSize(size > MIN_SIZE ? size : MIN_SIZE), m_buf(allocateBlock(m_bufSize))
+    : FilterInputStream(in), m_bufSize(size > MIN_SIZE ? size : MIN_SIZE), m_buf(detail::allocateBlock(m_bufSize))
 {}
 
 BufferedInputStream::~BufferedInputStream()
@@ -46,7 +34,7 @@ void BufferedInputStream::fillBuffer()
         keep = m_pos - m_markPos;
         if (keep < m_markLimit) {
             if (m_markLimit > m_bufSize) {
-                signed char* block = allocateBlock(m_markLimit);
+                signed char* block = detail::allocateBlock(m_markLimit);
                 std::memcpy(block, m_buf + m_markPos, static_cast<size_t>(keep));
                 QVMemFree(m_buf);
                 m_buf = block;

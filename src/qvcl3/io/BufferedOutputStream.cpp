@@ -2,8 +2,7 @@
 
 #include <qv/io/IoException.h>
 
-#include "io/CloseAfter.h"
-#include "io/StreamArguments.h"
+#include "io/StreamSupport.h"
 
 #include <qvcore3/qvcore3.h>
 
@@ -13,12 +12,8 @@ namespace qv {
 namespace io {
 
 BufferedOutputStream::BufferedOutputStream(OutputStream* out, int32_t size)
-    : FilterOutputStream(out), m_bufSize(size > MIN_SIZE ? size : MIN_SIZE),
-      m_buf(static_cast<signed char*>(QVMemAlloc(static_cast<size_t>(m_bufSize))))
-{
-    if (!m_buf)
-        throw OutOfMemoryException();
-}
+    : FilterOutputStream(out), m_bufSize(size > MIN_SIZE ? size : MIN_SIZE), m_buf(detail::allocateBlock(m_bufSize))
+{}
 
 BufferedOutputStream::~BufferedOutputStream()
 {

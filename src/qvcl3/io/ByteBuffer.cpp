@@ -1,6 +1,6 @@
 #include <qv/io/ByteBuffer.h>
 
-#include "io/StreamArguments.h"
+#include "io/StreamSupport.h"
 
 #include <qvcore3/qvcore3.h>
 
@@ -50,9 +50,7 @@ void ByteBuffer::ensureWritable(int32_t count)
     capacity = (capacity + 15) & ~int64_t(15);
     if (capacity > limit)
         capacity = limit;
-    signed char* block = static_cast<signed char*>(QVMemAlloc(static_cast<size_t>(capacity)));
-    if (!block)
-        throw OutOfMemoryException();
+    signed char* block = detail::allocateBlock(capacity);
     if (unread > 0)
         std::memcpy(block, m_data + m_read, static_cast<size_t>(unread));
     QVMemFree(m_data);

@@ -2,8 +2,8 @@
 
 #include <qv/io/IoException.h>
 
-#include "io/FileError.h"
-#include "io/StreamArguments.h"
+#include "io/FileSupport.h"
+#include "io/StreamSupport.h"
 
 #include <qvcore3/qvcore3.h>
 
@@ -34,15 +34,9 @@ FileInputStream::~FileInputStream()
         QVFileClose(m_handle);
 }
 
-void FileInputStream::ensureOpen() const
-{
-    if (m_handle < 0)
-        throw IoException(u"stream closed");
-}
-
 int32_t FileInputStream::read(signed char* buffer, int32_t count)
 {
-    ensureOpen();
+    detail::ensureOpen(m_handle);
     if (!detail::wantsBytes(buffer, count))
         return 0;
     uint32_t done = 0;
@@ -60,7 +54,7 @@ int FileInputStream::read()
 
 int32_t FileInputStream::skip(int32_t count)
 {
-    ensureOpen();
+    detail::ensureOpen(m_handle);
     if (count <= 0)
         return 0;
     STRUCT_QV_FILE_STATUS status;
@@ -78,7 +72,7 @@ int32_t FileInputStream::skip(int32_t count)
 
 int32_t FileInputStream::available()
 {
-    ensureOpen();
+    detail::ensureOpen(m_handle);
     int64_t count = 0;
     const Result result = QVFileAvailable(m_handle, &count);
     if (failed(result))
@@ -89,20 +83,12 @@ int32_t FileInputStream::available()
 
 void FileInputStream::close()
 {
-    if (m_handle < 0)
-        return;
-    const int32_t handle = m_handle;
-    m_handle = -1;
-    if (m_owns) {
-        const Result result = QVFileClose(handle);
-        if (failed(result))
-            detail::throwFileError(u"cannot close file", m_name, result);
-    }
+    detail::closeHandle(m_handle, m_owns, m_name);
 }
 
 int64_t FileInputStream::getPosition()
 {
-    ensureOpen();
+    detail::ensureOpen(m_handle);
     int64_t position = 0;
     const Result result = QVFileSeek(m_handle, 0, QV_SEEK_CURRENT, &position);
     if (failed(result))
@@ -112,7 +98,7 @@ int64_t FileInputStream::getPosition()
 
 int64_t FileInputStream::getSize()
 {
-    ensureOpen();
+    detail::ensureOpen(m_handle);
     STRUCT_QV_FILE_STATUS status;
     const Result result = QVFileGetStatus(m_handle, &status);
     if (failed(result))

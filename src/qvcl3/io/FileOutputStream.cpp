@@ -2,8 +2,8 @@
 
 #include <qv/io/IoException.h>
 
-#include "io/FileError.h"
-#include "io/StreamArguments.h"
+#include "io/FileSupport.h"
+#include "io/StreamSupport.h"
 
 #include <qvcore3/qvcore3.h>
 
@@ -72,15 +72,9 @@ void FileOutputStream::open(const util::FilePath& path, uint32_t flags)
     m_handle = handle;
 }
 
-void FileOutputStream::ensureOpen() const
-{
-    if (m_handle < 0)
-        throw IoException(u"stream closed");
-}
-
 void FileOutputStream::write(const signed char* buffer, int32_t count)
 {
-    ensureOpen();
+    detail::ensureOpen(m_handle);
     if (!detail::hasBytes(buffer, count))
         return;
     uint32_t done = 0;
@@ -91,20 +85,12 @@ void FileOutputStream::write(const signed char* buffer, int32_t count)
 
 void FileOutputStream::flush()
 {
-    ensureOpen();
+    detail::ensureOpen(m_handle);
 }
 
 void FileOutputStream::close()
 {
-    if (m_handle < 0)
-        return;
-    const int32_t handle = m_handle;
-    m_handle = -1;
-    if (m_owns) {
-        const Result result = QVFileClose(handle);
-        if (failed(result))
-            detail::throwFileError(u"cannot close file", m_name, result);
-    }
+    detail::closeHandle(m_handle, m_owns, m_name);
 }
 
 } // namespace io

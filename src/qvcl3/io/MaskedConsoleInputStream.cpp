@@ -1,7 +1,7 @@
 #include <qv/io/MaskedConsoleInputStream.h>
 
-#include "io/FileError.h"
-#include "io/StreamArguments.h"
+#include "io/FileSupport.h"
+#include "io/StreamSupport.h"
 
 #include <qvcore3/qvcore3.h>
 

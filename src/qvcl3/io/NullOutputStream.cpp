@@ -1,6 +1,6 @@
 #include <qv/io/NullOutputStream.h>
 
-#include "io/StreamArguments.h"
+#include "io/StreamSupport.h"
 
 namespace qv {
 namespace io {

@@ -2,7 +2,7 @@
 
 #include <qv/io/IoException.h>
 
-#include "io/StreamArguments.h"
+#include "io/StreamSupport.h"
 
 #include <qvcore3/qvcore3.h>
 

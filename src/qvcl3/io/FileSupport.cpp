@@ -1,4 +1,4 @@
-#include "io/FileError.h"
+#include "io/FileSupport.h"
 
 #include <qv/io/IoException.h>
 
@@ -26,6 +26,25 @@ String handleName(int32_t handle)
 {
     const std::string text = "handle " + std::to_string(handle);
     return String(std::u16string(text.begin(), text.end()));
+}
+
+void ensureOpen(int32_t handle)
+{
+    if (handle < 0)
+        throw IoException(u"stream closed");
+}
+
+void closeHandle(int32_t& handle, bool owns, const String& name)
+{
+    if (handle < 0)
+        return;
+    const int32_t closing = handle;
+    handle = -1;
+    if (owns) {
+        const Result result = QVFileClose(closing);
+        if (failed(result))
+            throwFileError(u"cannot close file", name, result);
+    }
 }
 
 } // namespace detail

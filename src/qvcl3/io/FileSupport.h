@@ -1,5 +1,5 @@
-#ifndef QVCL3_IO_FILEERROR_H
-#define QVCL3_IO_FILEERROR_H
+#ifndef QVCL3_IO_FILESUPPORT_H
+#define QVCL3_IO_FILESUPPORT_H
 
 #include <qv/core/Result.h>
 #include <qv/lang/String.h>
@@ -16,6 +16,12 @@ namespace detail {
 
 // "handle <n>", the name of a stream made from a handle.
 String handleName(int32_t handle);
+
+// The handle of a file stream: IoException "stream closed" once it is -1.
+void ensureOpen(int32_t handle);
+// Closes a file stream: the handle becomes -1 and, when owned, is closed
+// (a failure throws, naming the file). A closed stream is left alone.
+void closeHandle(int32_t& handle, bool owns, const String& name);
 
 } // namespace detail
 } // namespace io
