@@ -97,6 +97,27 @@ int32_t AlphaNumInputStream::read(signed char* buffer, int32_t count)
     int q = m_groupPos;
     unsigned char character;
     while (produced < count) {
+        // A whole group of valid characters in hand at a group boundary: the
+        // 40 bits at once. Anything else (an invalid character included)
+        // takes the character-by-character path below.
+        if (q == 0 && count - produced >= 5 && m_pendingCount - m_pendingPos >= 8) {
+            const unsigned char* g = m_pending + m_pendingPos;
+            uint64_t bits = 0;
+            int invalid = 0;
+            for (int k = 0; k < 8; ++k) {
+                const int v = m_values[g[k]];
+                invalid |= v;
+                bits = (bits << 5) | static_cast<unsigned>(v & 31);
+            }
+            if (invalid >= 0) {
+                for (int k = 0; k < 5; ++k)
+                    buffer[produced + k] = static_cast<signed char>(bits >> (32 - 8 * k));
+                produced += 5;
+                m_pendingPos += 8;
+                m_wantedChars -= 8;
+                continue;
+            }
+        }
         if (!nextCharacter(character)) {
             if (q != 0) {
                 buffer[produced++] = static_cast<signed char>(a);

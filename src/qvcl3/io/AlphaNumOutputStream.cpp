@@ -35,6 +35,24 @@ void AlphaNumOutputStream::write(const signed char* buffer, int32_t count)
     unsigned previous = m_previous;
     int p = m_groupPos;
     for (int32_t i = 0; i < count; ++i) {
+        // A whole group at a group boundary: the 40 bits at once.
+        if (p == 0 && count - i >= 5 && length <= kBlock - 8) {
+            const unsigned char* g = reinterpret_cast<const unsigned char*>(buffer + i);
+            const uint64_t bits =
+                (uint64_t(g[0]) << 32) | (uint64_t(g[1]) << 24) | (uint64_t(g[2]) << 16) | (uint64_t(g[3]) << 8) | g[4];
+            for (int k = 0; k < 8; ++k)
+                text[length + k] = m_alphabet[(bits >> (35 - 5 * k)) & 31];
+            length += 8;
+            previous = g[4];
+            i += 4;
+            if (length >= kBlock) {
+                m_previous = previous;
+                m_groupPos = p;
+                m_out->write(text, length);
+                length = 0;
+            }
+            continue;
+        }
         const unsigned b = static_cast<unsigned char>(buffer[i]);
         switch (p) {
         case 0:
