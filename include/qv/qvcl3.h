@@ -39,7 +39,16 @@
 #include <qv/core/Reference.h>
 #include <qv/core/Result.h>
 #include <qv/core/Version.h>
+#include <qv/io/BufferedReader.h>
+#include <qv/io/BufferedWriter.h>
+#include <qv/io/CharArrayWriter.h>
 #include <qv/io/IoException.h>
+#include <qv/io/NullWriter.h>
+#include <qv/io/PrintWriter.h>
+#include <qv/io/Reader.h>
+#include <qv/io/StringReader.h>
+#include <qv/io/StringWriter.h>
+#include <qv/io/Writer.h>
 #include <qv/lang/Double.h>
 #include <qv/lang/Float.h>
 #include <qv/lang/Integer16.h>

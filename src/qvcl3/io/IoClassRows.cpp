@@ -1,15 +1,33 @@
 #include "core/ClassTable.h"
 
+#include <qv/io/BufferedReader.h>
+#include <qv/io/BufferedWriter.h>
+#include <qv/io/CharArrayWriter.h>
 #include <qv/io/IoException.h>
+#include <qv/io/NullWriter.h>
+#include <qv/io/PrintWriter.h>
+#include <qv/io/Reader.h>
+#include <qv/io/StringReader.h>
+#include <qv/io/StringWriter.h>
+#include <qv/io/Writer.h>
 
 namespace qv {
 namespace detail {
 
 // In the order of the class names; ends with a row whose type is null.
 const ClassTableRow g_ioClassRows[] = {
+    QV_CLASS_ROW_NO_CREATOR(io::BufferedReader),
+    QV_CLASS_ROW_NO_CREATOR(io::BufferedWriter),
+    QV_CLASS_ROW(io::CharArrayWriter),
     QV_CLASS_ROW(io::IoException),
+    QV_CLASS_ROW(io::NullWriter),
+    QV_CLASS_ROW_NO_CREATOR(io::PrintWriter),
+    QV_CLASS_ROW_NO_CREATOR(io::Reader),
+    QV_CLASS_ROW_NO_CREATOR(io::StringReader),
+    QV_CLASS_ROW(io::StringWriter),
     QV_CLASS_ROW(io::TimeoutException),
     QV_CLASS_ROW(io::UnexpectedEOFException),
+    QV_CLASS_ROW_NO_CREATOR(io::Writer),
     QV_CLASS_TABLE_END,
 };
 
