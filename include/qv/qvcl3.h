@@ -41,9 +41,15 @@
 #include <qv/core/Version.h>
 #include <qv/io/BufferedReader.h>
 #include <qv/io/BufferedWriter.h>
+#include <qv/io/ByteArrayInputStream.h>
+#include <qv/io/ByteArrayOutputStream.h>
 #include <qv/io/CharArrayWriter.h>
+#include <qv/io/FilterInputStream.h>
+#include <qv/io/FilterOutputStream.h>
+#include <qv/io/InputStream.h>
 #include <qv/io/IoException.h>
 #include <qv/io/NullWriter.h>
+#include <qv/io/OutputStream.h>
 #include <qv/io/PrintWriter.h>
 #include <qv/io/Reader.h>
 #include <qv/io/StringReader.h>
