@@ -5,12 +5,15 @@
 #include <qv/io/ByteArrayInputStream.h>
 #include <qv/io/ByteArrayOutputStream.h>
 #include <qv/io/CharArrayWriter.h>
+#include <qv/io/FileChannel.h>
 #include <qv/io/FilterInputStream.h>
 #include <qv/io/FilterOutputStream.h>
 #include <qv/io/InputStream.h>
+#include <qv/io/InputStreamReader.h>
 #include <qv/io/IoException.h>
 #include <qv/io/NullWriter.h>
 #include <qv/io/OutputStream.h>
+#include <qv/io/OutputStreamWriter.h>
 #include <qv/io/PrintWriter.h>
 #include <qv/io/Reader.h>
 #include <qv/io/StringReader.h>
@@ -27,12 +30,16 @@ const ClassTableRow g_ioClassRows[] = {
     QV_CLASS_ROW_NO_CREATOR(io::ByteArrayInputStream),
     QV_CLASS_ROW(io::ByteArrayOutputStream),
     QV_CLASS_ROW(io::CharArrayWriter),
+    QV_CLASS_ROW_NO_CREATOR(io::FileChannel),
+    QV_CLASS_ROW_NO_CREATOR(io::FileLock),
     QV_CLASS_ROW_NO_CREATOR(io::FilterInputStream),
     QV_CLASS_ROW_NO_CREATOR(io::FilterOutputStream),
     QV_CLASS_ROW_NO_CREATOR(io::InputStream),
+    QV_CLASS_ROW_NO_CREATOR(io::InputStreamReader),
     QV_CLASS_ROW(io::IoException),
     QV_CLASS_ROW(io::NullWriter),
     QV_CLASS_ROW_NO_CREATOR(io::OutputStream),
+    QV_CLASS_ROW_NO_CREATOR(io::OutputStreamWriter),
     QV_CLASS_ROW_NO_CREATOR(io::PrintWriter),
     QV_CLASS_ROW_NO_CREATOR(io::Reader),
     QV_CLASS_ROW_NO_CREATOR(io::StringReader),

@@ -27,7 +27,7 @@ void throwMarkNotSupported()
 void requireArgument(bool valid)
 {
     if (!valid)
-        throw ResultException(static_cast<Result>(0x80070057));
+        throw ResultException(results::INVALIDARG);
 }
 
 } // namespace detail
