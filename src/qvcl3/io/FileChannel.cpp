@@ -59,7 +59,9 @@ Reference<FileChannel> FileChannel::open(const String& path, uint32_t mode)
     int32_t fd = -1;
     Result code = QVFileChannelOpen(path.getData(), platformFlags(mode), &fd);
     if (code < 0) {
-        if (code == results::INVALIDARG || code == results::OUTOFMEMORY)
+        if (code == results::OUTOFMEMORY)
+            throw OutOfMemoryException();
+        if (code == results::INVALIDARG)
             qvcom::throwIfFailed(code);
         throwFileFailure(u"cannot open file", path, code);
     }
