@@ -43,6 +43,7 @@
 #include <qv/io/BufferedWriter.h>
 #include <qv/io/ByteArrayInputStream.h>
 #include <qv/io/ByteArrayOutputStream.h>
+#include <qv/io/Channels.h>
 #include <qv/io/CharArrayWriter.h>
 #include <qv/io/FileChannel.h>
 #include <qv/io/FilterInputStream.h>

@@ -1,6 +1,12 @@
 #include <qv/core/Exception.h>
+#include <qv/io/BufferedReader.h>
+#include <qv/io/ByteArrayInputStream.h>
+#include <qv/io/ByteArrayOutputStream.h>
+#include <qv/io/Channels.h>
 #include <qv/io/FileChannel.h>
+#include <qv/io/InputStreamReader.h>
 #include <qv/io/IoException.h>
+#include <qv/io/OutputStreamWriter.h>
 #include <qv/util/BasicBuffer.h>
 #include <qvcore3/qvcore3.h>
 
@@ -338,4 +344,56 @@ TEST(FileChannelTest, TwoProcessesAppendingUnderALockNeverInterleave)
     }
     EXPECT_EQ(200, parents);
     EXPECT_EQ(200, children);
+}
+
+TEST(ChannelAdapterTest, StreamsOverAFileChannelCarryTextBothWays)
+{
+    TempDirectory dir;
+    std::string path = dir.file("adapted.txt");
+    auto channel = FileChannel::open(pathOf(path), FileChannel::WRITE | FileChannel::CREATE);
+    auto out = Channels::newOutputStream(channel.get());
+    auto writer = makeReference<OutputStreamWriter>(out.get(), u"UTF-16LE");
+    std::u16string text;
+    for (int i = 0; i < 3000; ++i)
+        text += u"line \u00e9 " + qvtest::u16(String::valueOf(i)) + u"\n";
+    writer->write(text.data(), static_cast<int32_t>(text.size()));
+    writer->close();
+    EXPECT_FALSE(channel->isOpen()) << "closing the stream closes the channel";
+    EXPECT_EQ(text.size() * 2, contents(path).size());
+
+    auto in = Channels::newInputStream(FileChannel::open(pathOf(path), FileChannel::READ).get());
+    auto reader = makeReference<BufferedReader>(makeReference<InputStreamReader>(in.get(), u"UTF-16LE").get());
+    String line;
+    int lines = 0;
+    while (reader->readLine(line))
+        ASSERT_EQ(u"line \u00e9 " + qvtest::u16(String::valueOf(lines++)), qvtest::u16(line));
+    EXPECT_EQ(3000, lines);
+    reader->close();
+    EXPECT_EQ("stream closed", qvtest::ioFailure([&] { in->read(); }));
+}
+
+TEST(ChannelAdapterTest, ChannelsOverStreams)
+{
+    const char data[] = "channel bytes";
+    auto source = makeReference<ByteArrayInputStream>(data, 13);
+    auto readable = Channels::newChannel(source.get());
+    auto buffer = makeReference<RWByteBuffer>();
+    EXPECT_EQ(0, readable->read(buffer.get(), 0));
+    EXPECT_EQ(7, readable->read(buffer.get(), 7));
+    EXPECT_EQ(6, readable->read(buffer.get(), 100));
+    EXPECT_EQ(-1, readable->read(buffer.get(), 100));
+    EXPECT_EQ("channel bytes", textOf(*buffer));
+
+    auto sink = makeReference<ByteArrayOutputStream>();
+    auto writable = Channels::newChannel(sink.get());
+    EXPECT_EQ(13, writable->write(buffer.get()));
+    EXPECT_EQ("channel bytes", std::string(sink->getData(), sink->getData() + sink->size()));
+
+    readable->close();
+    writable->close();
+    EXPECT_FALSE(readable->isOpen());
+    EXPECT_EQ(kNotOpen, qvtest::resultOf([&] { readable->read(buffer.get(), 1); }));
+    EXPECT_EQ(kNotOpen, qvtest::resultOf([&] { writable->write(buffer.get()); }));
+    EXPECT_EQ(results::INVALIDARG, qvtest::resultOf([] { Channels::newChannel(static_cast<InputStream*>(nullptr)); }));
+    EXPECT_EQ(results::INVALIDARG, qvtest::resultOf([] { Channels::newInputStream(nullptr); }));
 }
