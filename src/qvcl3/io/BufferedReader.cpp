@@ -220,13 +220,11 @@ bool BufferedReader::ready()
 
 void BufferedReader::close()
 {
-    if (!m_in)
-        return;
-    Reference<Reader> in = std::move(m_in);
-    QVMemFree(m_buf);
-    m_buf = nullptr;
-    m_pos = m_count = 0;
-    in->close();
+    detail::closeWrapped(m_in, [this] {
+        QVMemFree(m_buf);
+        m_buf = nullptr;
+        m_pos = m_count = 0;
+    });
 }
 
 bool BufferedReader::markSupported() const

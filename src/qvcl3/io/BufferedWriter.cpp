@@ -86,19 +86,7 @@ void BufferedWriter::flush()
 
 void BufferedWriter::close()
 {
-    if (!m_out)
-        return;
-    Reference<Writer> out = m_out;
-    try {
-        flushBuffer();
-    } catch (...) {
-        m_out = nullptr;
-        m_count = 0;
-        out->close();
-        throw;
-    }
-    m_out = nullptr;
-    out->close();
+    detail::closeWrapped(m_out, [this] { flushBuffer(); });
 }
 
 } // namespace io

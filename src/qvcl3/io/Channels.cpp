@@ -6,8 +6,8 @@
 #include <qv/util/BasicBuffer.h>
 
 #include <cstring>
-#include <limits>
 
+#include "io/ByteBufferAccess.h"
 #include "io/StreamChecks.h"
 
 namespace qv {
@@ -42,10 +42,7 @@ public:
     }
     void close() override
     {
-        if (!m_channel)
-            return;
-        Reference<ReadableChannel> channel = std::move(m_channel);
-        channel->close();
+        detail::closeWrapped(m_channel, [] {});
     }
 
 private:
@@ -74,10 +71,7 @@ public:
     }
     void close() override
     {
-        if (!m_channel)
-            return;
-        Reference<WritableChannel> channel = std::move(m_channel);
-        channel->close();
+        detail::closeWrapped(m_channel, [] {});
     }
 
 private:
@@ -94,31 +88,13 @@ public:
     {
         if (!m_in)
             throwChannelNotOpen();
-        detail::requireArgument(buffer != nullptr);
-        if (max < 1)
-            return 0;
-        int32_t length = buffer->GetLength();
-        if (max > std::numeric_limits<int32_t>::max() - length)
-            max = std::numeric_limits<int32_t>::max() - length;
-        signed char* data = nullptr;
-        qvcom::throwIfFailed(buffer->GetWriteLock(length + max, &data));
-        int32_t n;
-        try {
-            n = m_in->read(data + length, max);
-        } catch (...) {
-            buffer->ReleaseWriteLock(-1);
-            throw;
-        }
-        buffer->ReleaseWriteLock(n > 0 ? length + n : -1);
-        return n;
+        return detail::appendToBuffer(buffer, max,
+                                      [&](signed char* data, int32_t room) { return m_in->read(data, room); });
     }
     bool isOpen() const override { return m_in != nullptr; }
     void close() override
     {
-        if (!m_in)
-            return;
-        Reference<InputStream> in = std::move(m_in);
-        in->close();
+        detail::closeWrapped(m_in, [] {});
     }
 
 private:
@@ -135,26 +111,17 @@ public:
     {
         if (!m_out)
             throwChannelNotOpen();
-        detail::requireArgument(buffer != nullptr);
-        const signed char* data = nullptr;
-        qvcom::throwIfFailed(buffer->GetReadLock(&data));
-        int32_t length = buffer->GetLength();
-        try {
+        int32_t written = 0;
+        detail::readFromBuffer(buffer, [&](const signed char* data, int32_t length) {
             m_out->write(data, length);
-        } catch (...) {
-            buffer->ReleaseReadLock();
-            throw;
-        }
-        buffer->ReleaseReadLock();
-        return length;
+            written = length;
+        });
+        return written;
     }
     bool isOpen() const override { return m_out != nullptr; }
     void close() override
     {
-        if (!m_out)
-            return;
-        Reference<OutputStream> out = std::move(m_out);
-        out->close();
+        detail::closeWrapped(m_out, [] {});
     }
 
 private:

@@ -7,6 +7,7 @@
 
 #include <limits>
 
+#include "io/ByteBufferAccess.h"
 #include "io/StreamChecks.h"
 
 namespace qv {
@@ -103,33 +104,25 @@ void FileChannel::fail(const char16_t* operation, Result code) const
 int32_t FileChannel::readAt(util::IByteBuffer* buffer, int32_t max, int64_t position)
 {
     ensureMode(READ);
-    detail::requireArgument(buffer != nullptr && position >= 0);
-    if (max < 1)
-        return 0;
-    int32_t length = buffer->GetLength();
-    if (max > std::numeric_limits<int32_t>::max() - length)
-        max = std::numeric_limits<int32_t>::max() - length;
-    signed char* data = nullptr;
-    qvcom::throwIfFailed(buffer->GetWriteLock(length + max, &data));
-    uint32_t done = 0;
-    Result code = QVFileReadAt(m_fd, data + length, static_cast<uint32_t>(max), position, &done);
-    buffer->ReleaseWriteLock(code < 0 ? -1 : length + static_cast<int32_t>(done));
-    if (code < 0)
-        fail(u"cannot read file", code);
-    return done == 0 ? -1 : static_cast<int32_t>(done);
+    detail::requireArgument(position >= 0);
+    return detail::appendToBuffer(buffer, max, [&](signed char* data, int32_t room) {
+        uint32_t done = 0;
+        Result code = QVFileReadAt(m_fd, data, static_cast<uint32_t>(room), position, &done);
+        if (code < 0)
+            fail(u"cannot read file", code);
+        return done == 0 ? -1 : static_cast<int32_t>(done);
+    });
 }
 
 int32_t FileChannel::writeAt(const util::IByteBuffer* buffer, int64_t position)
 {
-    detail::requireArgument(buffer != nullptr && position >= 0);
-    const signed char* data = nullptr;
-    qvcom::throwIfFailed(buffer->GetReadLock(&data));
-    int32_t length = buffer->GetLength();
+    detail::requireArgument(position >= 0);
     uint32_t done = 0;
-    Result code = length > 0 ? QVFileWriteAt(m_fd, data, static_cast<uint32_t>(length), position, &done) : 0;
-    buffer->ReleaseReadLock();
-    if (code < 0)
-        fail(u"cannot write file", code);
+    detail::readFromBuffer(buffer, [&](const signed char* data, int32_t length) {
+        Result code = length > 0 ? QVFileWriteAt(m_fd, data, static_cast<uint32_t>(length), position, &done) : 0;
+        if (code < 0)
+            fail(u"cannot write file", code);
+    });
     return static_cast<int32_t>(done);
 }
 

@@ -90,13 +90,11 @@ bool InputStreamReader::ready()
 
 void InputStreamReader::close()
 {
-    if (!m_in)
-        return;
-    Reference<InputStream> in = std::move(m_in);
-    QVMemFree(m_bytes);
-    m_bytes = nullptr;
-    m_bytePos = m_byteEnd = 0;
-    in->close();
+    detail::closeWrapped(m_in, [this] {
+        QVMemFree(m_bytes);
+        m_bytes = nullptr;
+        m_bytePos = m_byteEnd = 0;
+    });
 }
 
 } // namespace io

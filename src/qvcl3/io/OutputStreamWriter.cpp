@@ -99,19 +99,7 @@ void OutputStreamWriter::finish()
 
 void OutputStreamWriter::close()
 {
-    if (!m_out)
-        return;
-    Reference<OutputStream> out = m_out;
-    try {
-        finish();
-    } catch (...) {
-        m_out = nullptr;
-        m_count = 0;
-        out->close();
-        throw;
-    }
-    m_out = nullptr;
-    out->close();
+    detail::closeWrapped(m_out, [this] { finish(); });
 }
 
 } // namespace io

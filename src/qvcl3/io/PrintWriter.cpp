@@ -46,10 +46,7 @@ void PrintWriter::flush()
 
 void PrintWriter::close()
 {
-    if (!m_out)
-        return;
-    Reference<Writer> out = std::move(m_out);
-    out->close();
+    detail::closeWrapped(m_out, [] {});
 }
 
 void PrintWriter::print(const String& text)
