@@ -10,6 +10,8 @@
 
 #include <gtest/gtest.h>
 
+#include "StreamTestSupport.h"
+
 #include <cstdint>
 #include <random>
 #include <string>
@@ -17,14 +19,15 @@
 
 namespace qvtest {
 
-// Hands out the text of another reader in short runs of random length, as
-// a pipe or a socket would, so that line ends and characters fall across
-// reads.
-class TrickleReader : public qv::io::Reader {
+// Hands out what another reader or stream gives in runs of random length,
+// as a pipe or a socket would, so that line ends, characters and byte
+// sequences fall across reads.
+template <class Source, class Unit>
+class Trickle : public Source {
 public:
-    TrickleReader(qv::io::Reader* in, uint32_t seed, int32_t maxRun) : m_in(in), m_random(seed), m_maxRun(maxRun) {}
-    using qv::io::Reader::read;
-    int32_t read(char16_t* buffer, int32_t count) override
+    Trickle(Source* in, uint32_t seed, int32_t maxRun) : m_in(in), m_random(seed), m_maxRun(maxRun) {}
+    using Source::read;
+    int32_t read(Unit* buffer, int32_t count) override
     {
         if (count < 1)
             return 0;
@@ -34,32 +37,13 @@ public:
     void close() override { m_in->close(); }
 
 private:
-    qv::Reference<qv::io::Reader> m_in;
+    qv::Reference<Source> m_in;
     std::mt19937 m_random;
     int32_t m_maxRun;
 };
 
-// Hands out the bytes of another stream in runs of random length.
-class TrickleInputStream : public qv::io::InputStream {
-public:
-    TrickleInputStream(qv::io::InputStream* in, uint32_t seed, int32_t maxRun)
-        : m_in(in), m_random(seed), m_maxRun(maxRun)
-    {}
-    using qv::io::InputStream::read;
-    int32_t read(signed char* buffer, int32_t count) override
-    {
-        if (count < 1)
-            return 0;
-        int32_t run = std::uniform_int_distribution<int32_t>(1, m_maxRun)(m_random);
-        return m_in->read(buffer, run < count ? run : count);
-    }
-    void close() override { m_in->close(); }
-
-private:
-    qv::Reference<qv::io::InputStream> m_in;
-    std::mt19937 m_random;
-    int32_t m_maxRun;
-};
+typedef Trickle<qv::io::Reader, char16_t> TrickleReader;
+typedef Trickle<qv::io::InputStream, signed char> TrickleInputStream;
 
 // A device that fills up: takes `room` bytes, then throws IoException
 // "device full" for every write that does not fit.
@@ -87,29 +71,14 @@ inline std::u16string u16(const qv::String& text)
     return text.toU16String();
 }
 
-// The message of the IoException that operation throws ("" when it throws
-// none, which the caller's expectation then reports).
+// The message of the IoException that operation throws.
 template <class Operation>
 std::string ioFailure(Operation&& operation)
 {
-    try {
-        operation();
-    } catch (const qv::io::IoException& e) {
-        return e.getDescription().toUtf8();
-    }
-    return "";
+    return iotest::messageOf<qv::io::IoException>(operation);
 }
 
-template <class Operation>
-qv::Result resultOf(Operation&& operation)
-{
-    try {
-        operation();
-    } catch (const qv::Exception& e) {
-        return e.getResult();
-    }
-    return 0;
-}
+using iotest::resultOf;
 
 } // namespace qvtest
 
