@@ -252,6 +252,9 @@ TEST(EncodingReaderWriterTest, UnencodableTextIsReportedAtItsOffsetAfterTheTextB
     writer->write(u"12345", 5);
     std::string message = failure<UnmappableCharacterException>([&] { writer->write(u"ab\u20acc", 4); });
     EXPECT_NE(std::string::npos, message.find(" at character offset 7")) << message;
+    // Offsets keep counting after a fault: the two units before it were taken.
+    message = failure<UnmappableCharacterException>([&] { writer->write(u"\u20ac", 1); });
+    EXPECT_NE(std::string::npos, message.find(" at character offset 7")) << message;
     writer->getEncoder()->setSubstitutionMode(true);
     writer->write(u"\u20ac", 1);
     writer->close();

@@ -68,8 +68,14 @@ void OutputStreamWriter::write(const char16_t* text, int32_t count)
             writeBytes();
         int32_t before = pos;
         int32_t bytesBefore = m_count;
-        detail::convertLocating(*m_encoder, text, &pos, count, m_bytes, &m_count, BYTE_BUFFER_SIZE, callBase,
-                                u"character", false);
+        try {
+            detail::convertLocating(*m_encoder, text, &pos, count, m_bytes, &m_count, BYTE_BUFFER_SIZE, callBase,
+                                    u"character", false);
+        } catch (...) {
+            // The text before the rejected unit was taken.
+            m_unitsWritten += pos - before;
+            throw;
+        }
         m_unitsWritten += pos - before;
         if (pos == before && m_count == bytesBefore && m_count < BYTE_BUFFER_SIZE)
             throw IoException(QV_STR(u"encoder made no progress"));
