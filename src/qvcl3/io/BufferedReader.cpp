@@ -44,6 +44,30 @@ void appendToLine(String& line, int32_t& length, const char16_t* run, int32_t co
     line.releaseWriteLock(length);
 }
 
+// The first "\n" or "\r" in [p, end), or end. Four units at a time: a block
+// with no unit below 0x0E (no control character at all, as in most text)
+// cannot hold a line end.
+const char16_t* findLineEnd(const char16_t* p, const char16_t* end)
+{
+    constexpr uint64_t kOnes = 0x0001000100010001u;
+    constexpr uint64_t kHighs = 0x8000800080008000u;
+    while (end - p >= 4) {
+        uint64_t units;
+        std::memcpy(&units, p, sizeof(units));
+        // Non-zero when some unit is below 0x0E (the usual test for a lane
+        // below n, exact as to whether there is one).
+        if (((units - kOnes * 0x0E) & ~units & kHighs) != 0) {
+            for (int i = 0; i < 4; ++i)
+                if (p[i] == u'\n' || p[i] == u'\r')
+                    return p + i;
+        }
+        p += 4;
+    }
+    while (p < end && *p != u'\n' && *p != u'\r')
+        ++p;
+    return p;
+}
+
 } // namespace
 
 BufferedReader::BufferedReader(Reader* in, int32_t size) : m_in(in)
@@ -128,9 +152,7 @@ bool BufferedReader::readLine(String& line)
         }
         const char16_t* start = m_buf + m_pos;
         const char16_t* end = m_buf + m_count;
-        const char16_t* p = start;
-        while (p < end && *p != u'\n' && *p != u'\r')
-            ++p;
+        const char16_t* p = findLineEnd(start, end);
         int32_t run = static_cast<int32_t>(p - start);
         if (length < 0) {
             line.setTo(start, run);
