@@ -326,3 +326,24 @@ TEST(EncodingReaderWriterTest, ConversionSurvivesEveryAllocationFailure)
     });
     EXPECT_GT(failures, 5);
 }
+
+TEST(EncodingReaderWriterTest, SourcesThatAnswerNothingAreWaitedForButNotForever)
+{
+    // Answers 0 every other call: the reader asks again.
+    auto stutter = makeReference<iotest::ScriptedInput>(asBytes("ab\ncd"), 2, true);
+    auto reader = makeReference<BufferedReader>(makeReference<InputStreamReader>(stutter.get(), u"UTF-8").get());
+    String line;
+    ASSERT_TRUE(reader->readLine(line));
+    EXPECT_EQ(u"ab", u16(line));
+    ASSERT_TRUE(reader->readLine(line));
+    EXPECT_EQ(u"cd", u16(line));
+
+    // Answers 0 for ever: a failure instead of a hang.
+    class Silent : public InputStream {
+    public:
+        using InputStream::read;
+        int32_t read(signed char*, int32_t) override { return 0; }
+    };
+    auto silent = makeReference<InputStreamReader>(makeReference<Silent>().get());
+    EXPECT_EQ("stream returned no data", ioFailure([&] { silent->read(); }));
+}

@@ -112,10 +112,7 @@ bool BufferedReader::fill()
             m_pos = m_count = keep = delta;
         }
     }
-    int32_t n;
-    do {
-        n = m_in->read(m_buf + keep, m_size - keep);
-    } while (n == 0);
+    int32_t n = detail::readSomething([&] { return m_in->read(m_buf + keep, m_size - keep); });
     if (n < 0)
         return false;
     m_pos = keep;

@@ -63,10 +63,7 @@ int32_t InputStreamReader::read(char16_t* buffer, int32_t count)
             detail::flushLocating(*m_decoder, buffer, &written, count, m_base + m_byteEnd, u"byte");
             return written > 0 ? written : -1;
         }
-        int32_t n;
-        do {
-            n = m_in->read(m_bytes, BYTE_BUFFER_SIZE);
-        } while (n == 0);
+        int32_t n = detail::readSomething([&] { return m_in->read(m_bytes, BYTE_BUFFER_SIZE); });
         m_base += m_byteEnd;
         m_bytePos = m_byteEnd = 0;
         if (n < 0)

@@ -24,6 +24,11 @@ void throwMarkNotSupported()
     throw IoException(QV_STR(u"mark/reset not supported"));
 }
 
+void throwNoData()
+{
+    throw IoException(QV_STR(u"stream returned no data"));
+}
+
 void requireArgument(bool valid)
 {
     if (!valid)

@@ -17,8 +17,25 @@ namespace detail {
 [[noreturn]] void throwNoMark(int32_t markPos);
 // IoException "mark/reset not supported".
 [[noreturn]] void throwMarkNotSupported();
+// IoException "stream returned no data".
+[[noreturn]] void throwNoData();
 // ResultException(0x80070057) unless the condition holds.
 void requireArgument(bool valid);
+
+// Calls read() until it gives something (or -1). A source may answer 0 now
+// and then; one that keeps answering 0 would make its reader spin forever,
+// so after 64 empty answers in a row that is IoException
+// "stream returned no data".
+template <class Read>
+int32_t readSomething(Read&& read)
+{
+    for (int empty = 0; empty < 64; ++empty) {
+        int32_t n = read();
+        if (n != 0)
+            return n;
+    }
+    throwNoData();
+}
 
 // Closes what a wrapper wraps: finish() first hands on what the wrapper
 // holds, then the wrapped object is closed, also when finish() throws (that
