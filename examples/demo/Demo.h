@@ -15,5 +15,6 @@ void demoStrings();
 void demoNumbers();
 void demoEncodings();
 void demoIo();
+void demoTextIo();
 
 #endif
