@@ -39,7 +39,15 @@
 #include <qv/core/Reference.h>
 #include <qv/core/Result.h>
 #include <qv/core/Version.h>
+#include <qv/exec/IRunnable.h>
+#include <qv/exec/Process.h>
+#include <qv/exec/Runnable.h>
+#include <qv/exec/SharedLibrary.h>
+#include <qv/exec/Thread.h>
 #include <qv/io/IoException.h>
+#include <qv/ipc/Semaphore.h>
+#include <qv/ipc/SemaphoreR.h>
+#include <qv/ipc/SharedMemory.h>
 #include <qv/lang/Double.h>
 #include <qv/lang/Float.h>
 #include <qv/lang/Integer16.h>

@@ -71,6 +71,20 @@ TEST(Process, OutputIsReadBackAndExitCodeReported)
     CloseAll(pipes);
 }
 
+TEST(Process, MergedErrorArrivesInTheOutputPipe)
+{
+    STRUCT_QV_PROCESS_PIPES pipes{};
+    QVHANDLE child = QV_INVALID_HANDLE;
+    ASSERT_EQ(RunChild("exit 3", QV_PROCESS_PIPE_STDOUT | QV_PROCESS_MERGE_STDERR, &pipes, &child), QV_S_OK);
+    EXPECT_EQ(pipes.stderrRead, -1);
+    EXPECT_EQ(ReadAll(pipes.stdoutRead), "out\nerr\n");
+    int32_t code = -1;
+    ASSERT_EQ(QVProcessJoin(child, &code), QV_S_OK);
+    EXPECT_EQ(code, 3);
+    CloseAll(pipes);
+    EXPECT_EQ(RunChild("exit 0", QV_PROCESS_PIPE_STDERR | QV_PROCESS_MERGE_STDERR, &pipes, &child), QV_E_INVALIDARG);
+}
+
 TEST(Process, StdinIsPipedToTheChild)
 {
     STRUCT_QV_PROCESS_PIPES pipes{};
@@ -206,7 +220,7 @@ TEST(Process, FailuresLeaveNothingBehind)
 
     EXPECT_EQ(QVProcessCreate(nullptr, nullptr, nullptr, nullptr, 0, nullptr, &child), QV_E_POINTER);
     EXPECT_EQ(RunChild("exit 0", QV_PROCESS_PIPE_STDOUT, nullptr, &child), QV_E_POINTER);
-    EXPECT_EQ(RunChild("exit 0", 0x8, &pipes, &child), QV_E_INVALIDARG);
+    EXPECT_EQ(RunChild("exit 0", 0x10, &pipes, &child), QV_E_INVALIDARG);
     EXPECT_EQ(QVProcessCreate(u"", nullptr, nullptr, nullptr, 0, nullptr, &child), QV_E_INVALIDARG);
     const char16_t* badEnvironment[] = {u"NOEQUALS", nullptr};
     EXPECT_EQ(RunChild("exit 0", 0, nullptr, &child, badEnvironment), QV_E_INVALIDARG);
