@@ -44,7 +44,13 @@
 #include <qv/exec/Runnable.h>
 #include <qv/exec/SharedLibrary.h>
 #include <qv/exec/Thread.h>
+#include <qv/io/ByteArrayInputStream.h>
+#include <qv/io/ByteArrayOutputStream.h>
+#include <qv/io/FilterInputStream.h>
+#include <qv/io/FilterOutputStream.h>
+#include <qv/io/InputStream.h>
 #include <qv/io/IoException.h>
+#include <qv/io/OutputStream.h>
 #include <qv/ipc/Semaphore.h>
 #include <qv/ipc/SemaphoreR.h>
 #include <qv/ipc/SharedMemory.h>
