@@ -2,6 +2,7 @@
 #define QVCL3_TESTS_EXECTESTSUPPORT_H
 
 #include <qv/core/Exception.h>
+#include <qv/io/IoException.h>
 #include <qvcore3/qvcore3.h>
 
 #include <dirent.h>
@@ -29,6 +30,8 @@ Thrown thrownBy(Operation&& operation)
         thrown.type = "nothing";
     } catch (const qv::IllegalStateException& e) {
         thrown = {"IllegalStateException", e.getResult(), e.getDescription().toUtf8()};
+    } catch (const qv::io::IoException& e) {
+        thrown = {"IoException", e.getResult(), e.getDescription().toUtf8()};
     } catch (const qv::OutOfMemoryException& e) {
         thrown = {"OutOfMemoryException", e.getResult(), e.getDescription().toUtf8()};
     } catch (const qv::ResultException& e) {

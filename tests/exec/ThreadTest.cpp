@@ -4,6 +4,7 @@
 #include <qv/exec/Runnable.h>
 #include <qv/exec/Thread.h>
 #include <qv/sync/Event.h>
+#include <qv/sync/Gate.h>
 
 #include <gtest/gtest.h>
 #include <pthread.h>
@@ -163,7 +164,7 @@ TEST(Thread, ThreadDestroyedWhileRunningIsDetachedAndReleasesTheRunnableAtTheEnd
 
 TEST(Thread, ThreadCopiesAndClonesAreNotStarted)
 {
-    qv::sync::Event go;
+    qv::sync::Gate go; // stays open: lets both threads through
     std::atomic<int> runs{0};
     Reference<Runnable> task = qv::makeReference<Runnable>([&] {
         ++runs;
@@ -183,8 +184,7 @@ TEST(Thread, ThreadCopiesAndClonesAreNotStarted)
     EXPECT_EQ(clone->getID(), 0u);
     // The copy runs the same runnable on a thread of its own.
     copy.start();
-    go.signal();
-    go.signal();
+    go.open();
     original.join();
     copy.join();
     EXPECT_EQ(runs.load(), 2);

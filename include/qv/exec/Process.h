@@ -2,6 +2,9 @@
 #define QV_EXEC_PROCESS_H
 
 #include <qv/core/Object.h>
+#include <qv/core/Reference.h>
+#include <qv/io/InputStream.h>
+#include <qv/io/OutputStream.h>
 
 #include <cstdint>
 
@@ -15,6 +18,14 @@ namespace exec {
 //
 // Exit codes: what the child passed to exit(), or 128 + the signal number
 // for a child ended by a signal (as shells report it).
+//
+// The child's streams are pipes: a child that fills one pipe while this
+// process waits on another blocks for good. To write to a child and read
+// both of its outputs, read the error stream on a Thread of its own while
+// this thread reads the output (or give MERGE_STDERR and read one stream),
+// and close the output stream once everything is written. A stream without a
+// pipe (its flag not given) is empty: reads give -1, writes throw
+// "stream closed".
 class QV_EXPORT Process : public Object {
 public:
     // Which standard streams of the child get a pipe back to this process;
@@ -42,7 +53,8 @@ public:
             unsigned flags = PIPE_ALL);
     Process(const Process&) = delete;
     Process& operator=(const Process&) = delete;
-    // Detaches a child not yet joined and closes the child's streams held here.
+    // Closes the child's three streams (also those the caller still holds)
+    // and detaches a child not yet joined.
     ~Process() noexcept(false) override;
 
     // Waits for the child and returns its exit code. IllegalStateException
@@ -56,6 +68,13 @@ public:
     // Always ResultException 0x80004007: a child's id is not offered.
     uint32_t getID() const;
 
+    // The child's standard output, standard input and standard error. The
+    // same stream each time; closing it early (the input, to end the child's
+    // input) is allowed.
+    Reference<io::InputStream> getInputStream() const { return m_stdout; }
+    Reference<io::OutputStream> getOutputStream() const { return m_stdin; }
+    Reference<io::InputStream> getErrorStream() const { return m_stderr; }
+
     static uint32_t getCurrentID() noexcept;
 
 private:
@@ -64,6 +83,9 @@ private:
 
     int32_t m_handle = -1;
     int32_t m_exitCode = 0;
+    Reference<io::OutputStream> m_stdin;
+    Reference<io::InputStream> m_stdout;
+    Reference<io::InputStream> m_stderr;
 };
 
 } // namespace exec

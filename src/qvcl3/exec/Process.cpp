@@ -2,6 +2,7 @@
 #include <qv/exec/Process.h>
 #include <qvcore3/qvcore3.h>
 
+#include "exec/PipeStreams.h"
 #include "exec/PlatformFailure.h"
 
 static_assert(qv::exec::Process::PIPE_STDIN == QV_PROCESS_PIPE_STDIN &&
@@ -16,15 +17,21 @@ namespace exec {
 Process::Process(const char16_t* program, const char16_t* arguments, const char16_t* directory,
                  const char16_t* const* environment, unsigned flags)
 {
+    // The streams exist before the child does, so that nothing can fail
+    // once it runs; each takes its descriptor afterwards.
+    Reference<PipeOutputStream> input = makeReference<PipeOutputStream>(-1);
+    Reference<PipeInputStream> output = makeReference<PipeInputStream>(-1);
+    Reference<PipeInputStream> error = makeReference<PipeInputStream>(-1);
     STRUCT_QV_PROCESS_PIPES pipes{-1, -1, -1};
     QVHANDLE handle = QV_INVALID_HANDLE;
     throwIfFailed(QVProcessCreate(program, arguments, directory, environment, flags, &pipes, &handle));
+    input->adopt(pipes.stdinWrite);
+    output->adopt(pipes.stdoutRead);
+    error->adopt(pipes.stderrRead);
     m_handle = handle;
-    // Until the child's streams are offered, its pipe ends are not kept.
-    for (int32_t fd : {pipes.stdinWrite, pipes.stdoutRead, pipes.stderrRead}) {
-        if (fd >= 0)
-            QVFileClose(fd);
-    }
+    m_stdin = std::move(input);
+    m_stdout = std::move(output);
+    m_stderr = std::move(error);
 }
 
 Process::Process(const unsigned short* program, const unsigned short* arguments, const unsigned short* directory,
@@ -36,6 +43,17 @@ Process::Process(const unsigned short* program, const unsigned short* arguments,
 
 Process::~Process() noexcept(false)
 {
+    // A close that fails has still given the descriptor back.
+    for (io::InputStream* stream : {m_stdout.get(), m_stderr.get()}) {
+        try {
+            stream->close();
+        } catch (const Exception&) {
+        }
+    }
+    try {
+        m_stdin->close();
+    } catch (const Exception&) {
+    }
     if (m_handle != QV_INVALID_HANDLE)
         qvcom::throwIfFailed(QVProcessDetach(m_handle));
 }
