@@ -65,6 +65,21 @@ inline std::string uniqueName(const char* stem)
     return std::string("qvcl3-test-") + stem + "-" + std::to_string(getpid()) + "-" + std::to_string(++counter);
 }
 
+// A unique name for a named semaphore or shared memory region, removed with
+// the given platform call at the end of the test, whatever happened.
+class NameGuard {
+public:
+    typedef QVRESULT (*Unlink)(const char*);
+    NameGuard(const char* stem, Unlink unlink) : name(uniqueName(stem)), m_unlink(unlink) {}
+    ~NameGuard() { m_unlink(name.c_str()); }
+    const char* c_str() const { return name.c_str(); }
+
+    const std::string name;
+
+private:
+    Unlink m_unlink;
+};
+
 inline int countOpenDescriptors()
 {
     int count = 0;

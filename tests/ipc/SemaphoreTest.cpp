@@ -22,12 +22,8 @@ using exectest::uniqueName;
 using qv::ipc::Semaphore;
 using qv::ipc::SemaphoreR;
 
-// Removes the name at the end of the test, whatever happened.
-struct NameGuard {
-    explicit NameGuard(const char* stem) : name(uniqueName(stem)) {}
-    ~NameGuard() { QVNamedSemUnlink(name.c_str()); }
-    const char* c_str() const { return name.c_str(); }
-    std::string name;
+struct NameGuard : exectest::NameGuard {
+    explicit NameGuard(const char* stem) : exectest::NameGuard(stem, QVNamedSemUnlink) {}
 };
 
 TEST(IpcSemaphore, CountsAndIsSharedByName)

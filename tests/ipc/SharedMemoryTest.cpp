@@ -19,11 +19,8 @@ using exectest::uniqueName;
 using exectest::utf16;
 using qv::ipc::SharedMemory;
 
-struct RegionGuard {
-    explicit RegionGuard(const char* stem) : name(uniqueName(stem)) {}
-    ~RegionGuard() { QVSharedMemUnlink(name.c_str()); }
-    const char* c_str() const { return name.c_str(); }
-    std::string name;
+struct RegionGuard : exectest::NameGuard {
+    explicit RegionGuard(const char* stem) : exectest::NameGuard(stem, QVSharedMemUnlink) {}
 };
 
 TEST(SharedMemory, TwoMappingsOfOneNameSeeTheSameBytes)
