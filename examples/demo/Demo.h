@@ -16,5 +16,6 @@ void demoNumbers();
 void demoEncodings();
 void demoIo();
 void demoTextIo();
+void demoExec();
 
 #endif

@@ -39,6 +39,11 @@
 #include <qv/core/Reference.h>
 #include <qv/core/Result.h>
 #include <qv/core/Version.h>
+#include <qv/exec/IRunnable.h>
+#include <qv/exec/Process.h>
+#include <qv/exec/Runnable.h>
+#include <qv/exec/SharedLibrary.h>
+#include <qv/exec/Thread.h>
 #include <qv/io/AlphaNumInputStream.h>
 #include <qv/io/AlphaNumOutputStream.h>
 #include <qv/io/BitInputStream.h>
@@ -78,6 +83,9 @@
 #include <qv/io/StringWriter.h>
 #include <qv/io/WritableChannel.h>
 #include <qv/io/Writer.h>
+#include <qv/ipc/Semaphore.h>
+#include <qv/ipc/SemaphoreR.h>
+#include <qv/ipc/SharedMemory.h>
 #include <qv/lang/Double.h>
 #include <qv/lang/Float.h>
 #include <qv/lang/Integer16.h>

@@ -168,6 +168,10 @@ QVCORE3_API void QVThreadSleep(uint32_t milliseconds) QVCORE3_NOEXCEPT;
 #define QV_PROCESS_PIPE_STDIN 0x1u
 #define QV_PROCESS_PIPE_STDOUT 0x2u
 #define QV_PROCESS_PIPE_STDERR 0x4u
+/* The child's standard error goes wherever its standard output goes (into
+   the output pipe when there is one). Not together with
+   QV_PROCESS_PIPE_STDERR (QV_E_INVALIDARG). */
+#define QV_PROCESS_MERGE_STDERR 0x8u
 
 /* The parent's ends of the child's pipes, as file descriptors usable with
    QVFileRead / QVFileWrite / QVFileClose; -1 where no pipe was asked for. The
@@ -212,6 +216,9 @@ QVCORE3_API void QVCommandLineFree(char16_t** argv) QVCORE3_NOEXCEPT;
 QVCORE3_API QVRESULT QVFileRead(int32_t fd, void* data, uint32_t size, uint32_t* done) QVCORE3_NOEXCEPT;
 QVCORE3_API QVRESULT QVFileWrite(int32_t fd, const void* data, uint32_t size, uint32_t* done) QVCORE3_NOEXCEPT;
 QVCORE3_API QVRESULT QVFileClose(int32_t fd) QVCORE3_NOEXCEPT;
+/* Bytes that a read of a pipe (or socket, or terminal) would give without
+   blocking; 0 for descriptors that cannot tell. */
+QVCORE3_API QVRESULT QVFileAvailable(int32_t fd, uint32_t* count) QVCORE3_NOEXCEPT;
 
 /* ---- shared libraries ---------------------------------------------------- */
 
@@ -240,6 +247,8 @@ QVCORE3_API QVRESULT QVModuleLibClose(QVHANDLE library) QVCORE3_NOEXCEPT;
 QVCORE3_API QVRESULT QVSharedMemOpen(const char* name, uint32_t size, uint32_t flags, QVHANDLE* handle) QVCORE3_NOEXCEPT;
 QVCORE3_API QVRESULT QVSharedMemMap(QVHANDLE handle, void** address) QVCORE3_NOEXCEPT;
 QVCORE3_API QVRESULT QVSharedMemUnmap(QVHANDLE handle) QVCORE3_NOEXCEPT;
+/* The bytes a map covers: the region's size when it was opened. */
+QVCORE3_API QVRESULT QVSharedMemGetSize(QVHANDLE handle, size_t* size) QVCORE3_NOEXCEPT;
 QVCORE3_API QVRESULT QVSharedMemClose(QVHANDLE handle) QVCORE3_NOEXCEPT;
 QVCORE3_API QVRESULT QVSharedMemUnlink(const char* name) QVCORE3_NOEXCEPT;
 
