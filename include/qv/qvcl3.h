@@ -44,6 +44,8 @@
 #include <qv/exec/Runnable.h>
 #include <qv/exec/SharedLibrary.h>
 #include <qv/exec/Thread.h>
+#include <qv/i18n/MissingResourceException.h>
+#include <qv/i18n/StringBundle.h>
 #include <qv/io/AlphaNumInputStream.h>
 #include <qv/io/AlphaNumOutputStream.h>
 #include <qv/io/BitInputStream.h>
