@@ -39,6 +39,10 @@
 #include <qv/core/Reference.h>
 #include <qv/core/Result.h>
 #include <qv/core/Version.h>
+#include <qv/crypto/Blowfish.h>
+#include <qv/crypto/BlowfishCipher.h>
+#include <qv/crypto/CryptoException.h>
+#include <qv/crypto/MessageDigest.h>
 #include <qv/io/IoException.h>
 #include <qv/lang/Double.h>
 #include <qv/lang/Float.h>

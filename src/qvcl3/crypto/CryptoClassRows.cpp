@@ -1,0 +1,25 @@
+#include "core/ClassTable.h"
+
+#include <qv/crypto/Blowfish.h>
+#include <qv/crypto/BlowfishCipher.h>
+#include <qv/crypto/CryptoException.h>
+#include <qv/crypto/MessageDigest.h>
+
+namespace qv {
+namespace detail {
+
+// In the order of the class names; ends with a row whose type is null.
+const ClassTableRow g_cryptoClassRows[] = {
+    QV_CLASS_ROW(crypto::BadPaddingException),
+    QV_CLASS_ROW(crypto::Blowfish),
+    QV_CLASS_ROW_NO_CREATOR(crypto::BlowfishCipher),
+    QV_CLASS_ROW(crypto::CryptoException),
+    QV_CLASS_ROW(crypto::IllegalBlockSizeException),
+    QV_CLASS_ROW(crypto::InvalidKeyException),
+    QV_CLASS_ROW_NO_CREATOR(crypto::MessageDigest),
+    QV_CLASS_ROW(crypto::NoSuchAlgorithmException),
+    QV_CLASS_TABLE_END,
+};
+
+} // namespace detail
+} // namespace qv
