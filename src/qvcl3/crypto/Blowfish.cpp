@@ -20,7 +20,7 @@ namespace {
 void checkMessage(const void* data, int64_t length)
 {
     if (length < 0 || (length > 0 && data == nullptr)) {
-        throw ResultException(0x80070057, String(u"Blowfish: no data at a null pointer, no negative length"));
+        throw ResultException(results::INVALIDARG, String(u"Blowfish: no data at a null pointer, no negative length"));
     }
 }
 

@@ -21,7 +21,7 @@ constexpr int32_t kBlock = Blowfish::BLOCK_SIZE;
 
 [[noreturn]] void invalidArgument(const char16_t* message)
 {
-    throw ResultException(0x80070057, String(message));
+    throw ResultException(results::INVALIDARG, String(message));
 }
 
 const Blowfish& keyed(const Blowfish& key)
@@ -107,7 +107,7 @@ int32_t BlowfishCipher::update(const uint8_t* input, int32_t length, uint8_t* ou
     }
     const int32_t size = getUpdateSize(length);
     if (capacity < size) {
-        throw ResultException(0x80004009, String(u"BlowfishCipher::update: the output does not fit"));
+        throw ResultException(results::BUFFER_TOO_SMALL, String(u"BlowfishCipher::update: the output does not fit"));
     }
     if (m_mode == Blowfish::CFB64 || m_mode == Blowfish::OFB64) {
         processStream(input, length, output);
@@ -143,7 +143,8 @@ int32_t BlowfishCipher::finish(uint8_t* output, int32_t capacity)
         return 0;
     }
     if (output == nullptr || capacity < kBlock) {
-        throw ResultException(0x80004009, String(u"BlowfishCipher::finish: the output needs room for 8 bytes"));
+        throw ResultException(results::BUFFER_TOO_SMALL,
+                              String(u"BlowfishCipher::finish: the output needs room for 8 bytes"));
     }
     if (m_padding == Blowfish::NO_PADDING) {
         const bool whole = m_heldCount == 0;

@@ -111,7 +111,7 @@ String MessageDigest::toString() const
 void MessageDigest::update(const void* bytes, int64_t count)
 {
     if (count < 0 || (count > 0 && bytes == nullptr)) {
-        throw ResultException(0x80070057,
+        throw ResultException(results::INVALIDARG,
                               String(u"MessageDigest::update: no bytes at a null pointer, no negative count"));
     }
     const uint8_t* data = static_cast<const uint8_t*>(bytes);
@@ -172,7 +172,7 @@ int32_t MessageDigest::digestTo(uint8_t* destination, int32_t capacity)
 {
     const int32_t length = getDigestLength();
     if (destination == nullptr || capacity < length) {
-        throw ResultException(0x80004009,
+        throw ResultException(results::BUFFER_TOO_SMALL,
                               String(u"MessageDigest::digestTo: the destination is smaller than the digest"));
     }
     finish(destination);
