@@ -1,8 +1,9 @@
 // SHA-256 on the x86 SHA extensions. This file alone is compiled with the
-// instruction sets it needs (src/CMakeLists.txt), so it includes no standard
-// header and calls no inline function of a shared header: such a function,
-// compiled here, could be picked by the linker for callers on processors
-// without the extensions. Its own templates have internal linkage.
+// instruction sets it needs (src/CMakeLists.txt), so it includes only the
+// intrinsics, the constants and declarations, and calls no inline function of
+// a shared header: such a function, compiled here, could be picked by the
+// linker for callers on processors without the extensions. Its own templates
+// have internal linkage.
 
 #include "crypto/CryptoTables.h"
 #include "crypto/DigestEngines.h"
