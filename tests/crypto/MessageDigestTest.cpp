@@ -23,7 +23,7 @@ std::string hashOf(const char16_t* algorithm, const std::string& text)
     return narrow(md->digestHex());
 }
 
-// SHA-256 runs on the SHA extensions where the processor has them; the
+// SHA-1 and SHA-256 run on the SHA extensions where the processor has them; the
 // variable makes the library take its portable code for digests made while
 // it is set.
 class PortableCode {
@@ -44,7 +44,7 @@ protected:
     void SetUp() override
     {
         if (!GetParam() && (QVCpuFeatures() & QV_CPU_SHA) == 0) {
-            GTEST_SKIP() << "this processor has no SHA extensions; the portable run covers SHA-256";
+            GTEST_SKIP() << "this processor has no SHA extensions; the portable run covers SHA-1 and SHA-256";
         }
     }
     PortableCode m_portable{GetParam()};

@@ -28,7 +28,7 @@ struct DigestAlgorithm;
 //
 // The implementations are the library's own, bit-exact for every length
 // (the length counter is 64 bits), and have no branches or table lookups
-// that depend on the data. SHA-256 uses the processor's SHA extensions when
+// that depend on the data. SHA-1 and SHA-256 use the processor's SHA extensions when
 // it has them (see docs/crypto.md).
 //
 // One object is used by one thread at a time. The intermediate state is

@@ -15,14 +15,16 @@ namespace detail {
 using CompressFunction = void (*)(uint32_t* state, const uint8_t* blocks, size_t count) noexcept;
 
 void md5Compress(uint32_t* state, const uint8_t* blocks, size_t count) noexcept;
-void sha1Compress(uint32_t* state, const uint8_t* blocks, size_t count) noexcept;
+void sha1CompressPortable(uint32_t* state, const uint8_t* blocks, size_t count) noexcept;
 void sha256CompressPortable(uint32_t* state, const uint8_t* blocks, size_t count) noexcept;
 // Only to be called when QVCpuFeatures() reports QV_CPU_SHA; null where the
 // build has no such code (other processors).
+extern const CompressFunction sha1CompressExtensions;
 extern const CompressFunction sha256CompressExtensions;
 
-// The fastest SHA-256 this processor runs, asked at every call so that
+// The fastest code this processor runs, asked at every call so that
 // QVCL3_PORTABLE_CODE takes effect for digests made after it is set.
+CompressFunction sha1Compress() noexcept;
 CompressFunction sha256Compress() noexcept;
 
 inline uint32_t rotateLeft(uint32_t x, int n) noexcept

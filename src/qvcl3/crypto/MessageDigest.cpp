@@ -32,7 +32,7 @@ constexpr uint32_t kMd5Initial[4] = {0x67452301, 0xEFCDAB89, 0x98BADCFE, 0x10325
 constexpr uint32_t kSha1Initial[5] = {0x67452301, 0xEFCDAB89, 0x98BADCFE, 0x10325476, 0xC3D2E1F0};
 
 const DigestAlgorithm kMd5 = {u"MD5", 16, false, kMd5Initial, []() noexcept { return &detail::md5Compress; }};
-const DigestAlgorithm kSha1 = {u"SHA-1", 20, true, kSha1Initial, []() noexcept { return &detail::sha1Compress; }};
+const DigestAlgorithm kSha1 = {u"SHA-1", 20, true, kSha1Initial, &detail::sha1Compress};
 const DigestAlgorithm kSha256 = {u"SHA-256", 32, true, detail::kSha256Initial, &detail::sha256Compress};
 
 struct AlgorithmName {

@@ -1,6 +1,8 @@
 #include "crypto/CryptoTables.h"
 #include "crypto/DigestEngines.h"
 
+#include <qvcore3/qvcore3.h>
+
 namespace qv {
 namespace crypto {
 namespace detail {
@@ -30,7 +32,7 @@ namespace {
 
 } // namespace
 
-void sha1Compress(uint32_t* state, const uint8_t* blocks, size_t count) noexcept
+void sha1CompressPortable(uint32_t* state, const uint8_t* blocks, size_t count) noexcept
 {
     for (; count > 0; --count, blocks += 64) {
         uint32_t w[16];
@@ -89,6 +91,14 @@ void sha1Compress(uint32_t* state, const uint8_t* blocks, size_t count) noexcept
 #undef QV_SHA1_FIRST
 #undef QV_SHA1_ROUND
 #undef QV_SHA1_FIVE
+
+CompressFunction sha1Compress() noexcept
+{
+    if (sha1CompressExtensions != nullptr && (QVCpuFeatures() & QV_CPU_SHA) != 0) {
+        return sha1CompressExtensions;
+    }
+    return sha1CompressPortable;
+}
 
 } // namespace detail
 } // namespace crypto
