@@ -5,6 +5,7 @@
 #include <qv/crypto/CryptoException.h>
 #include <qv/lang/String.h>
 
+#include "crypto/Arguments.h"
 #include "crypto/BlowfishRounds.h"
 #include "crypto/CryptoTables.h"
 #include "crypto/DigestEngines.h"
@@ -16,13 +17,6 @@ namespace qv {
 namespace crypto {
 
 namespace {
-
-void checkMessage(const void* data, int64_t length)
-{
-    if (length < 0 || (length > 0 && data == nullptr)) {
-        throw ResultException(results::INVALIDARG, String(u"Blowfish: no data at a null pointer, no negative length"));
-    }
-}
 
 std::vector<uint8_t> runWhole(BlowfishCipher& cipher, const uint8_t* data, int64_t length)
 {
@@ -152,7 +146,7 @@ void Blowfish::decryptBlock(const uint8_t* in, uint8_t* out) const
 std::vector<uint8_t> Blowfish::encrypt(const void* data, int64_t length, Mode mode, Padding padding,
                                        const uint8_t* iv) const
 {
-    checkMessage(data, length);
+    detail::requireBytes(data, length, u"Blowfish: no data at a null pointer, no negative length");
     BlowfishCipher cipher(*this, BlowfishCipher::ENCRYPT, mode, padding, iv);
     return runWhole(cipher, static_cast<const uint8_t*>(data), length);
 }
@@ -160,7 +154,7 @@ std::vector<uint8_t> Blowfish::encrypt(const void* data, int64_t length, Mode mo
 std::vector<uint8_t> Blowfish::decrypt(const void* data, int64_t length, Mode mode, Padding padding,
                                        const uint8_t* iv) const
 {
-    checkMessage(data, length);
+    detail::requireBytes(data, length, u"Blowfish: no data at a null pointer, no negative length");
     BlowfishCipher cipher(*this, BlowfishCipher::DECRYPT, mode, padding, iv);
     return runWhole(cipher, static_cast<const uint8_t*>(data), length);
 }

@@ -4,6 +4,7 @@
 #include <qv/crypto/CryptoException.h>
 #include <qv/lang/String.h>
 
+#include "crypto/Arguments.h"
 #include "crypto/BlowfishRounds.h"
 #include "crypto/DigestEngines.h"
 
@@ -102,9 +103,9 @@ int32_t BlowfishCipher::getOutputSize(int32_t length) const noexcept
 
 int32_t BlowfishCipher::update(const uint8_t* input, int32_t length, uint8_t* output, int32_t capacity)
 {
-    if (length < 0 || (length > 0 && (input == nullptr || output == nullptr))) {
-        invalidArgument(u"BlowfishCipher::update: no data at a null pointer, no negative length");
-    }
+    const char16_t* const mistake = u"BlowfishCipher::update: no data at a null pointer, no negative length";
+    detail::requireBytes(input, length, mistake);
+    detail::requireBytes(output, length, mistake);
     const int32_t size = getUpdateSize(length);
     if (capacity < size) {
         throw ResultException(results::BUFFER_TOO_SMALL, String(u"BlowfishCipher::update: the output does not fit"));

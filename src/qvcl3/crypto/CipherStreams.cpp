@@ -4,6 +4,7 @@
 #include <qv/core/Exception.h>
 #include <qv/io/IoException.h>
 
+#include "crypto/Arguments.h"
 #include "crypto/DigestEngines.h"
 #include "io/StreamArguments.h"
 
@@ -12,20 +13,8 @@
 namespace qv {
 namespace crypto {
 
-namespace {
-
-BlowfishCipher* required(BlowfishCipher* cipher)
-{
-    if (cipher == nullptr) {
-        throw ResultException(results::INVALIDARG);
-    }
-    return cipher;
-}
-
-} // namespace
-
 CipherInputStream::CipherInputStream(io::InputStream* in, BlowfishCipher* cipher)
-    : io::FilterInputStream(in), m_cipher(required(cipher))
+    : io::FilterInputStream(in), m_cipher(detail::requireObject(cipher))
 {}
 
 CipherInputStream::CipherInputStream(io::InputStream* in, const Blowfish& key, BlowfishCipher::Direction direction,
@@ -110,7 +99,7 @@ void CipherInputStream::reset()
 }
 
 CipherOutputStream::CipherOutputStream(io::OutputStream* out, BlowfishCipher* cipher)
-    : io::FilterOutputStream(out), m_cipher(required(cipher))
+    : io::FilterOutputStream(out), m_cipher(detail::requireObject(cipher))
 {}
 
 CipherOutputStream::CipherOutputStream(io::OutputStream* out, const Blowfish& key, BlowfishCipher::Direction direction,

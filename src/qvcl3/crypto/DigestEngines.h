@@ -22,11 +22,6 @@ void sha256CompressPortable(uint32_t* state, const uint8_t* blocks, size_t count
 extern const CompressFunction sha1CompressExtensions;
 extern const CompressFunction sha256CompressExtensions;
 
-// The fastest code this processor runs, asked at every call so that
-// QVCL3_PORTABLE_CODE takes effect for digests made after it is set.
-CompressFunction sha1Compress() noexcept;
-CompressFunction sha256Compress() noexcept;
-
 inline uint32_t rotateLeft(uint32_t x, int n) noexcept
 {
     return (x << n) | (x >> (32 - n));

@@ -1,32 +1,20 @@
 #include <qv/crypto/DigestInputStream.h>
 #include <qv/crypto/DigestOutputStream.h>
 
-#include <qv/core/Exception.h>
+#include "crypto/Arguments.h"
 
 namespace qv {
 namespace crypto {
 
-namespace {
-
-MessageDigest* required(MessageDigest* digest)
-{
-    if (digest == nullptr) {
-        throw ResultException(results::INVALIDARG);
-    }
-    return digest;
-}
-
-} // namespace
-
 DigestInputStream::DigestInputStream(io::InputStream* in, MessageDigest* digest)
-    : io::FilterInputStream(in), m_digest(required(digest))
+    : io::FilterInputStream(in), m_digest(detail::requireObject(digest))
 {}
 
 DigestInputStream::~DigestInputStream() = default;
 
 void DigestInputStream::setMessageDigest(MessageDigest* digest)
 {
-    m_digest = required(digest);
+    m_digest = detail::requireObject(digest);
 }
 
 int32_t DigestInputStream::read(signed char* buffer, int32_t count)
@@ -65,14 +53,14 @@ void DigestInputStream::reset()
 }
 
 DigestOutputStream::DigestOutputStream(io::OutputStream* out, MessageDigest* digest)
-    : io::FilterOutputStream(out), m_digest(required(digest))
+    : io::FilterOutputStream(out), m_digest(detail::requireObject(digest))
 {}
 
 DigestOutputStream::~DigestOutputStream() = default;
 
 void DigestOutputStream::setMessageDigest(MessageDigest* digest)
 {
-    m_digest = required(digest);
+    m_digest = detail::requireObject(digest);
 }
 
 void DigestOutputStream::write(const signed char* buffer, int32_t count)

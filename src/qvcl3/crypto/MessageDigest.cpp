@@ -4,8 +4,11 @@
 #include <qv/crypto/CryptoException.h>
 #include <qv/lang/String.h>
 
+#include "crypto/Arguments.h"
 #include "crypto/CryptoTables.h"
 #include "crypto/DigestEngines.h"
+
+#include <qvcore3/qvcore3.h>
 
 #include <cstring>
 #include <string>
@@ -19,7 +22,9 @@ struct DigestAlgorithm {
     int32_t length;
     bool bigEndian; // of the words of the state and of the length field
     const uint32_t* initial;
-    CompressFunction (*compress)() noexcept;
+    CompressFunction portable;
+    // Null, or the code for the SHA extensions (QV_CPU_SHA).
+    const CompressFunction* extensions;
 };
 
 } // namespace detail
@@ -31,9 +36,11 @@ using detail::DigestAlgorithm;
 constexpr uint32_t kMd5Initial[4] = {0x67452301, 0xEFCDAB89, 0x98BADCFE, 0x10325476};
 constexpr uint32_t kSha1Initial[5] = {0x67452301, 0xEFCDAB89, 0x98BADCFE, 0x10325476, 0xC3D2E1F0};
 
-const DigestAlgorithm kMd5 = {u"MD5", 16, false, kMd5Initial, []() noexcept { return &detail::md5Compress; }};
-const DigestAlgorithm kSha1 = {u"SHA-1", 20, true, kSha1Initial, &detail::sha1Compress};
-const DigestAlgorithm kSha256 = {u"SHA-256", 32, true, detail::kSha256Initial, &detail::sha256Compress};
+const DigestAlgorithm kMd5 = {u"MD5", 16, false, kMd5Initial, &detail::md5Compress, nullptr};
+const DigestAlgorithm kSha1 = {
+    u"SHA-1", 20, true, kSha1Initial, &detail::sha1CompressPortable, &detail::sha1CompressExtensions};
+const DigestAlgorithm kSha256 = {
+    u"SHA-256", 32, true, detail::kSha256Initial, &detail::sha256CompressPortable, &detail::sha256CompressExtensions};
 
 struct AlgorithmName {
     const char16_t* name;
@@ -57,6 +64,16 @@ const DigestAlgorithm& findAlgorithm(const String& name)
     throw NoSuchAlgorithmException(message);
 }
 
+// The fastest code this processor runs, asked for every new digest so that
+// QVCL3_PORTABLE_CODE takes effect for digests made after it is set.
+detail::CompressFunction compressionFor(const DigestAlgorithm& algorithm) noexcept
+{
+    if (algorithm.extensions != nullptr && *algorithm.extensions != nullptr && (QVCpuFeatures() & QV_CPU_SHA) != 0) {
+        return *algorithm.extensions;
+    }
+    return algorithm.portable;
+}
+
 constexpr int kBlockSize = 64;
 constexpr int kLengthField = 8;
 
@@ -68,7 +85,7 @@ Reference<MessageDigest> MessageDigest::getInstance(const String& algorithm)
 }
 
 MessageDigest::MessageDigest(const String& algorithm)
-    : m_algorithm(&findAlgorithm(algorithm)), m_compress(m_algorithm->compress())
+    : m_algorithm(&findAlgorithm(algorithm)), m_compress(compressionFor(*m_algorithm))
 {
     reset();
 }
@@ -110,10 +127,7 @@ String MessageDigest::toString() const
 
 void MessageDigest::update(const void* bytes, int64_t count)
 {
-    if (count < 0 || (count > 0 && bytes == nullptr)) {
-        throw ResultException(results::INVALIDARG,
-                              String(u"MessageDigest::update: no bytes at a null pointer, no negative count"));
-    }
+    detail::requireBytes(bytes, count, u"MessageDigest::update: no bytes at a null pointer, no negative count");
     const uint8_t* data = static_cast<const uint8_t*>(bytes);
     size_t left = static_cast<size_t>(count);
     m_length += left;

@@ -1,8 +1,6 @@
 #include "crypto/CryptoTables.h"
 #include "crypto/DigestEngines.h"
 
-#include <qvcore3/qvcore3.h>
-
 namespace qv {
 namespace crypto {
 namespace detail {
@@ -91,14 +89,6 @@ void sha1CompressPortable(uint32_t* state, const uint8_t* blocks, size_t count) 
 #undef QV_SHA1_FIRST
 #undef QV_SHA1_ROUND
 #undef QV_SHA1_FIVE
-
-CompressFunction sha1Compress() noexcept
-{
-    if (sha1CompressExtensions != nullptr && (QVCpuFeatures() & QV_CPU_SHA) != 0) {
-        return sha1CompressExtensions;
-    }
-    return sha1CompressPortable;
-}
 
 } // namespace detail
 } // namespace crypto

@@ -1,8 +1,6 @@
 #include "crypto/CryptoTables.h"
 #include "crypto/DigestEngines.h"
 
-#include <qvcore3/qvcore3.h>
-
 namespace qv {
 namespace crypto {
 namespace detail {
@@ -79,14 +77,6 @@ void sha256CompressPortable(uint32_t* state, const uint8_t* blocks, size_t count
 #undef QV_SHA256_ROUND
 #undef QV_SHA256_EIGHT
 #undef QV_SHA256_LOADED
-
-CompressFunction sha256Compress() noexcept
-{
-    if (sha256CompressExtensions != nullptr && (QVCpuFeatures() & QV_CPU_SHA) != 0) {
-        return sha256CompressExtensions;
-    }
-    return sha256CompressPortable;
-}
 
 } // namespace detail
 } // namespace crypto
