@@ -128,6 +128,9 @@ String MessageDigest::toString() const
 void MessageDigest::update(const void* bytes, int64_t count)
 {
     detail::requireBytes(bytes, count, u"MessageDigest::update: no bytes at a null pointer, no negative count");
+    if (count == 0) {
+        return;
+    }
     const uint8_t* data = static_cast<const uint8_t*>(bytes);
     size_t left = static_cast<size_t>(count);
     m_length += left;
