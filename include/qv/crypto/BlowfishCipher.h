@@ -13,7 +13,8 @@ namespace crypto {
 // update() gives out what the mode can already produce: ECB and CBC hold
 // back an incomplete block, and a decrypting cipher with padding also holds
 // back the last whole block until finish() can check its padding. After
-// finish() (and after one that throws) the cipher starts a new message with
+// finish(), also after one that rejects the input (IllegalBlockSizeException,
+// BadPaddingException), the cipher starts a new message with
 // the IV it was made with.
 class QV_EXPORT BlowfishCipher : public Object {
 public:
