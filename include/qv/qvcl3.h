@@ -39,6 +39,14 @@
 #include <qv/core/Reference.h>
 #include <qv/core/Result.h>
 #include <qv/core/Version.h>
+#include <qv/crypto/Blowfish.h>
+#include <qv/crypto/BlowfishCipher.h>
+#include <qv/crypto/CipherInputStream.h>
+#include <qv/crypto/CipherOutputStream.h>
+#include <qv/crypto/CryptoException.h>
+#include <qv/crypto/DigestInputStream.h>
+#include <qv/crypto/DigestOutputStream.h>
+#include <qv/crypto/MessageDigest.h>
 #include <qv/exec/IRunnable.h>
 #include <qv/exec/Process.h>
 #include <qv/exec/Runnable.h>

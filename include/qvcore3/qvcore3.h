@@ -441,6 +441,18 @@ QVCORE3_API QVRESULT QVFileSync(int32_t fd, int32_t metadata) QVCORE3_NOEXCEPT;
    it there. */
 QVCORE3_API QVRESULT QVFileLock(int32_t fd, int64_t position, int64_t length, uint32_t flags) QVCORE3_NOEXCEPT;
 QVCORE3_API QVRESULT QVFileUnlock(int32_t fd, int64_t position, int64_t length) QVCORE3_NOEXCEPT;
+/* ---- processor features -------------------------------------------------- */
+
+/* The x86-64 SHA extensions (SHA-1 and SHA-256 rounds) together with SSSE3
+   and SSE4.1, which code using them also needs. */
+#define QV_CPU_SHA 0x1u
+
+/* The QV_CPU_* extensions this processor offers. When the environment
+   variable QVCL3_PORTABLE_CODE is set to anything but "" or "0", none: the
+   callers then take their portable code, which is how that code is tested on
+   machines that have the extensions. The processor is asked once; the
+   variable at every call. */
+QVCORE3_API uint32_t QVCpuFeatures(void) QVCORE3_NOEXCEPT;
 
 /* ---- fault injection (test builds only) ----------------------------------
    Present when the library is built with QVCORE3_FAULT_INJECTION. An armed
