@@ -55,7 +55,11 @@
 #include <qv/lang/UInteger8.h>
 #include <qv/math/BigDecimal.h>
 #include <qv/math/BigInteger.h>
+#include <qv/net/InetAddress.h>
+#include <qv/net/InetSocketAddress.h>
 #include <qv/net/SocketError.h>
+#include <qv/net/SocketException.h>
+#include <qv/net/URI.h>
 #include <qv/sync/Condition.h>
 #include <qv/sync/Event.h>
 #include <qv/sync/FakeMutex.h>

@@ -1,0 +1,18 @@
+#include "core/ClassTable.h"
+
+#include <qv/net/InetAddress.h>
+#include <qv/net/InetSocketAddress.h>
+#include <qv/net/SocketException.h>
+#include <qv/net/URI.h>
+
+namespace qv {
+namespace detail {
+
+// In the order of the class names; ends with a row whose type is null.
+const ClassTableRow g_netClassRows[] = {
+    QV_CLASS_ROW(net::InetAddress), QV_CLASS_ROW(net::InetSocketAddress),  QV_CLASS_ROW(net::SocketException),
+    QV_CLASS_ROW(net::URI),         QV_CLASS_ROW(net::URISyntaxException), QV_CLASS_TABLE_END,
+};
+
+} // namespace detail
+} // namespace qv
