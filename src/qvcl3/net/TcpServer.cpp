@@ -105,10 +105,11 @@ void TcpServer::State::dispatch(Reference<TcpWorkerSocket> connection)
     if (params.noDelay)
         connection->setTcpNoDelay(true);
     std::unique_lock<std::mutex> guard(lock);
-    const int32_t waiting = static_cast<int32_t>(queue.size());
-    const bool threadFree = idleWorkers > waiting;
-    const bool mayStartThread = static_cast<int32_t>(workers.size()) < params.maxThreads;
-    if (!threadFree && !mayStartThread && waiting >= params.maxQueued) {
+    // Connections being handled or waiting, against the threads that may
+    // run and the queue behind them; counting queued ones (not idle threads)
+    // keeps the limit exact while new threads are still starting.
+    const size_t load = active.size() + queue.size();
+    if (load >= static_cast<size_t>(params.maxThreads) + static_cast<size_t>(params.maxQueued)) {
         guard.unlock();
         refused.fetch_add(1, std::memory_order_relaxed);
         connection->close();
@@ -116,7 +117,7 @@ void TcpServer::State::dispatch(Reference<TcpWorkerSocket> connection)
     }
     queue.push_back(connection);
     queuedCount.store(static_cast<int32_t>(queue.size()), std::memory_order_relaxed);
-    if (!threadFree && mayStartThread) {
+    if (idleWorkers < static_cast<int32_t>(queue.size()) && static_cast<int32_t>(workers.size()) < params.maxThreads) {
         try {
             workers.push_back(std::make_unique<detail::WorkerThread>([this] { workerLoop(); }, params.threadStackSize));
             threadCount.store(static_cast<int32_t>(workers.size()), std::memory_order_relaxed);
