@@ -91,10 +91,30 @@ TEST(InetAddress, FormatsIPv6AsRfc5952Recommends)
 
 TEST(InetAddress, RefusesMalformedText)
 {
-    for (const char* bad : {"", "1.2.3", "1.2.3.4.5", "256.1.1.1", "01.2.3.4", "1..2.3", "1.2.3.4 ", " 1.2.3.4",
-                            ":", ":::", "1:::2", "1::2::3", ":1:2:3:4:5:6:7", "1:2:3:4:5:6:7:8:9",
-                            "1:2:3:4:5:6:7", "12345::", "g::", "1:2:3:4:5:6:7:1.2.3.4", "::1.2.3", "::1%",
-                            "::1%no-such-interface-qv", "1::2:", "[::1]", "example.com"}) {
+    for (const char* bad : {"",
+                            "1.2.3",
+                            "1.2.3.4.5",
+                            "256.1.1.1",
+                            "01.2.3.4",
+                            "1..2.3",
+                            "1.2.3.4 ",
+                            " 1.2.3.4",
+                            ":",
+                            ":::",
+                            "1:::2",
+                            "1::2::3",
+                            ":1:2:3:4:5:6:7",
+                            "1:2:3:4:5:6:7:8:9",
+                            "1:2:3:4:5:6:7",
+                            "12345::",
+                            "g::",
+                            "1:2:3:4:5:6:7:1.2.3.4",
+                            "::1.2.3",
+                            "::1%",
+                            "::1%no-such-interface-qv",
+                            "1::2:",
+                            "[::1]",
+                            "example.com"}) {
         EXPECT_EQ(parseFailure(bad), QV_E_SOCKET_EINVAL) << bad;
     }
     InetAddress untouched = InetAddress::getLoopback();
@@ -198,11 +218,15 @@ TEST(InetAddress, AllocationFailuresLeaveNoTrace)
         GTEST_SKIP() << "built without fault injection";
     InetAddress target = InetAddress::getLoopback();
     EXPECT_GT(qvtest::sweepAllocations([&] { target = InetAddress::parse(String(u"2001:db8::7")); },
-                             [&] { EXPECT_TRUE(target == InetAddress::getLoopback() ||
-                                               target == InetAddress::parse("2001:db8::7")); }), 0);
+                                       [&] {
+                                           EXPECT_TRUE(target == InetAddress::getLoopback() ||
+                                                       target == InetAddress::parse("2001:db8::7"));
+                                       }),
+              0);
     EXPECT_EQ(target.toStdString(), "2001:db8::7");
     String text;
     EXPECT_GT(qvtest::sweepAllocations([&] { text = InetSocketAddress::parse(String(u"[::1]:80")).toString(); },
-                             [&] { EXPECT_EQ(text.getLength(), 0); }), 0);
+                                       [&] { EXPECT_EQ(text.getLength(), 0); }),
+              0);
     EXPECT_EQ(text.toUtf8(), "[::1]:80");
 }

@@ -206,8 +206,8 @@ TEST(URI, EncodesAndDecodesByComponent)
 
 TEST(URI, ComparesAndRoundTrips)
 {
-    for (const char* text : {"http://a/b?c#d", "//h", "a/b", "/", "urn:isbn:0451450523", "http://[::1]:1/",
-                             "s://u@h", "?q", "#f", "file:///"}) {
+    for (const char* text : {"http://a/b?c#d", "//h", "a/b", "/", "urn:isbn:0451450523", "http://[::1]:1/", "s://u@h",
+                             "?q", "#f", "file:///"}) {
         const URI uri(text);
         EXPECT_EQ(uri.toStdString(), text);
         EXPECT_EQ(URI(uri.toString()), uri) << text;
@@ -224,12 +224,13 @@ TEST(URI, AllocationFailuresLeaveNoTrace)
     if (!qvtest::allocationFaultsAvailable())
         GTEST_SKIP() << "built without fault injection";
     URI target("http://old/");
-    EXPECT_GT(qvtest::sweepAllocations(
-        [&] { target = URI(String(u"HTTP://Example.com/a/../b%7e?q#f")).normalize(); },
-        [&] { EXPECT_EQ(target.toStdString(), "http://old/"); }), 0);
+    EXPECT_GT(qvtest::sweepAllocations([&] { target = URI(String(u"HTTP://Example.com/a/../b%7e?q#f")).normalize(); },
+                                       [&] { EXPECT_EQ(target.toStdString(), "http://old/"); }),
+              0);
     EXPECT_EQ(target.toStdString(), "http://example.com/b~?q#f");
     String text;
     EXPECT_GT(qvtest::sweepAllocations([&] { text = URI("http://a/b/c/d;p?q").resolve(String(u"../g")).toString(); },
-                             [&] { EXPECT_EQ(text.getLength(), 0); }), 0);
+                                       [&] { EXPECT_EQ(text.getLength(), 0); }),
+              0);
     EXPECT_EQ(text.toUtf8(), "http://a/b/g");
 }

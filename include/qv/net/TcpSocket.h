@@ -1,12 +1,17 @@
 #ifndef QV_NET_TCPSOCKET_H
 #define QV_NET_TCPSOCKET_H
 
+#include <qv/core/Reference.h>
 #include <qv/net/InetSocketAddress.h>
 
 #include <atomic>
 #include <cstdint>
 
 namespace qv {
+namespace io {
+class InputStream;
+class OutputStream;
+} // namespace io
 namespace net {
 
 // A connected TCP stream: what TcpClientSocket (which connects) and
@@ -34,6 +39,10 @@ public:
     void write(const void* data, int32_t count);
     // Bytes that can be read without blocking.
     int32_t available() const;
+    // The socket as byte streams (a new SocketInputStream/SocketOutputStream
+    // each time); the socket must outlive them.
+    Reference<io::InputStream> getInputStream();
+    Reference<io::OutputStream> getOutputStream();
 
     // Milliseconds; 0 (the default) waits without end.
     void setReadTimeout(int32_t milliseconds);

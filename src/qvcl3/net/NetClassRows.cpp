@@ -1,8 +1,20 @@
 #include "core/ClassTable.h"
 
+#include <qv/legacy/CQVAbstractConnector.h>
+#include <qv/net/ITcpConnectionHandler.h>
+#include <qv/net/ITransport.h>
 #include <qv/net/InetAddress.h>
 #include <qv/net/InetSocketAddress.h>
+#include <qv/net/MemoryTransport.h>
+#include <qv/net/NetworkPath.h>
 #include <qv/net/SocketException.h>
+#include <qv/net/SocketStreams.h>
+#include <qv/net/SocketTransport.h>
+#include <qv/net/TcpClientSocket.h>
+#include <qv/net/TcpServer.h>
+#include <qv/net/TcpServerSocket.h>
+#include <qv/net/TcpSocket.h>
+#include <qv/net/TcpWorkerSocket.h>
 #include <qv/net/URI.h>
 
 namespace qv {

@@ -1,6 +1,7 @@
 #include <qv/net/TcpSocket.h>
 
 #include <qv/net/SocketException.h>
+#include <qv/net/SocketStreams.h>
 
 #include "net/SocketCalls.h"
 
@@ -102,6 +103,18 @@ int32_t TcpSocket::available() const
     if (::ioctl(checkedDescriptor(), FIONREAD, &bytes) != 0)
         detail::throwLastError();
     return bytes;
+}
+
+Reference<io::InputStream> TcpSocket::getInputStream()
+{
+    checkedDescriptor();
+    return Reference<io::InputStream>(new SocketInputStream(*this));
+}
+
+Reference<io::OutputStream> TcpSocket::getOutputStream()
+{
+    checkedDescriptor();
+    return Reference<io::OutputStream>(new SocketOutputStream(*this));
 }
 
 void TcpSocket::setReadTimeout(int32_t milliseconds)
