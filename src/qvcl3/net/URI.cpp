@@ -144,13 +144,9 @@ struct ParseInput {
 
     [[noreturn]] void fail(const char16_t* reason, size_t position) const
     {
-        // UTF-16 units before the byte position.
-        int32_t index = 0;
-        for (size_t i = 0; i < position && i < length; ++i) {
-            const unsigned char c = static_cast<unsigned char>(text[i]);
-            if ((c & 0xC0) != 0x80)
-                index += c >= 0xF0 ? 2 : 1;
-        }
+        // UTF-16 units before the byte position, counted as the input's
+        // text decodes (a malformed byte is one U+FFFD).
+        const int32_t index = utf8String(text, position < length ? position : length).getLength();
         throw URISyntaxException(original != nullptr ? *original : utf8String(text, length), String(reason), index);
     }
 
