@@ -92,8 +92,9 @@ Result CQVAbstractConnector::Connect() noexcept
             connect();
         } catch (const io::TimeoutException&) {
             return QV_E_SOCKET_ETIMEDOUT;
-        } catch (const IllegalStateException&) {
-            return kAborted;
+        } catch (const IllegalStateException& e) {
+            std::lock_guard<std::mutex> guard(m_lock);
+            return m_cancelled ? kAborted : e.getResult();
         }
         return 0;
     });

@@ -1,63 +1,17 @@
-#include <qv/io/IoException.h>
-#include <qv/net/ITransport.h>
 #include <qv/net/MemoryTransport.h>
+
 #include <qv/net/SocketException.h>
-#include <qv/net/SocketTransport.h>
 
 #include "net/SocketCalls.h"
 
 #include <algorithm>
 #include <chrono>
 #include <condition_variable>
-#include <cstring>
 #include <deque>
 #include <mutex>
 
 namespace qv {
 namespace net {
-
-ITransport::~ITransport() noexcept(false) = default;
-
-SocketTransport::SocketTransport(const Reference<TcpSocket>& socket) : m_socket(socket)
-{
-    if (!m_socket)
-        throw SocketException(QV_E_SOCKET_EINVAL);
-    m_peer = m_socket->getRemoteAddress().toString();
-}
-
-SocketTransport::~SocketTransport() noexcept(false) = default;
-
-int32_t SocketTransport::read(void* buffer, int32_t count)
-{
-    return m_socket->read(buffer, count);
-}
-
-void SocketTransport::write(const void* data, int32_t count)
-{
-    m_socket->write(data, count);
-}
-
-void SocketTransport::flush() {}
-
-void SocketTransport::close()
-{
-    m_socket->close();
-}
-
-bool SocketTransport::isOpen() const
-{
-    return !m_socket->isClosed();
-}
-
-String SocketTransport::getPeerDescription() const
-{
-    return m_peer;
-}
-
-void SocketTransport::setReadTimeout(int32_t milliseconds)
-{
-    m_socket->setReadTimeout(milliseconds);
-}
 
 // Two one-way pipes; side s writes pipe s and reads pipe 1 - s.
 struct MemoryTransport::Channel {
