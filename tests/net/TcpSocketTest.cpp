@@ -3,6 +3,7 @@
 #include <qv/net/TcpClientSocket.h>
 #include <qv/net/TcpServerSocket.h>
 
+#include "AllocationSweep.h"
 #include "NetTestSupport.h"
 
 #include <gtest/gtest.h>
@@ -211,4 +212,30 @@ TEST(TcpSocket, ConnectByNameTriesEveryAddress)
     EXPECT_TRUE(client.isClosed());
     EXPECT_EQ(client.getDescriptor(), -1);
     client.close(); // twice is harmless
+}
+
+TEST(TcpSocket, AllocationFailuresLeakNoDescriptor)
+{
+    if (!qvtest::allocationFaultsAvailable())
+        GTEST_SKIP() << "built without fault injection";
+    const int before = nettest::openDescriptors();
+    std::string received;
+    EXPECT_GT(qvtest::sweepAllocations(
+                  [&] {
+                      TcpServerSocket server(loopback());
+                      TcpClientSocket client(qv::String(u"127.0.0.1"), server.getLocalPort(), 2000);
+                      qv::Reference<TcpWorkerSocket> worker = server.accept(2000);
+                      client.write("sweep", 5);
+                      char buffer[5];
+                      worker->readFully(buffer, 5);
+                      (void)worker->getRemoteAddress().toString();
+                      received.assign(buffer, 5);
+                  },
+                  [&] {
+                      EXPECT_EQ(nettest::openDescriptors(), before);
+                      EXPECT_TRUE(received.empty());
+                  }),
+              0);
+    EXPECT_EQ(received, "sweep");
+    EXPECT_EQ(nettest::openDescriptors(), before);
 }

@@ -9,6 +9,7 @@
 #include <qv/net/TcpClientSocket.h>
 #include <qv/net/TcpServerSocket.h>
 
+#include "AllocationSweep.h"
 #include "NetTestSupport.h"
 
 #include <gtest/gtest.h>
@@ -276,4 +277,35 @@ TEST(CQVAbstractConnector, GivesUpCancelsAndStopsOnPermanentFailuresThread)
     EXPECT_EQ(cancelled.Connect(), static_cast<qv::Result>(0x80004004u));
     EXPECT_LT(nettest::millisecondsSince(start), 5000);
     canceller.join();
+}
+
+TEST(QvNet, OutOfMemoryIsAResultAndLeaksNothing)
+{
+    if (!qvtest::allocationFaultsAvailable())
+        GTEST_SKIP() << "built without fault injection";
+    const int before = nettest::openDescriptors();
+    QVNETSOCKET server = nullptr;
+    ASSERT_EQ(QvNetTcpServerSocketCreate(u"127.0.0.1", 0, 0, &server), 0);
+    uint16_t port = 0;
+    ASSERT_EQ(QvNetTcpServerSocketGetPort(server, &port), 0);
+    int accepted = 0;
+    const auto throwIfOutOfMemory = [](int32_t code) {
+        if (code == static_cast<int32_t>(0x8007000Eu))
+            throw qv::OutOfMemoryException();
+        ASSERT_EQ(code, 0);
+    };
+    EXPECT_GT(qvtest::sweepAllocations([&] {
+                  QVNETSOCKET client = nullptr;
+                  throwIfOutOfMemory(QvNetTcpClientSocketConnect(u"127.0.0.1", port, 2000, &client));
+                  QVNETSOCKET connection = nullptr;
+                  const int32_t rc = QvNetTcpServerSocketAccept(server, 2000, &connection);
+                  QvNetSocketClose(client);
+                  throwIfOutOfMemory(rc);
+                  ++accepted;
+                  QvNetSocketClose(connection);
+              }),
+              0);
+    EXPECT_GE(accepted, 1);
+    EXPECT_EQ(QvNetSocketClose(server), 0);
+    EXPECT_EQ(nettest::openDescriptors(), before);
 }
