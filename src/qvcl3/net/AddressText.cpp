@@ -10,17 +10,6 @@ namespace detail {
 
 namespace {
 
-int hexValue(char c) noexcept
-{
-    if (c >= '0' && c <= '9')
-        return c - '0';
-    if (c >= 'a' && c <= 'f')
-        return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F')
-        return c - 'A' + 10;
-    return -1;
-}
-
 bool parseScope(const char* text, size_t length, uint32_t* scopeId) noexcept
 {
     if (length == 0)
@@ -65,6 +54,17 @@ size_t putDecimal(unsigned value, char* out) noexcept
 }
 
 } // namespace
+
+int hexValue(char c) noexcept
+{
+    if (c >= '0' && c <= '9')
+        return c - '0';
+    if (c >= 'a' && c <= 'f')
+        return c - 'a' + 10;
+    if (c >= 'A' && c <= 'F')
+        return c - 'A' + 10;
+    return -1;
+}
 
 bool parseIPv4(const char* text, size_t length, uint8_t out[4]) noexcept
 {

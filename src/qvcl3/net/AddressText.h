@@ -12,6 +12,9 @@ namespace detail {
 // scope, or an interface name.
 constexpr size_t kMaxAddressText = 64;
 
+// The value of a hexadecimal digit, -1 for any other character.
+int hexValue(char c) noexcept;
+
 // Four decimal parts 0..255 without leading zeros (a leading zero would
 // read as octal to some resolvers, so it is refused rather than guessed).
 bool parseIPv4(const char* text, size_t length, uint8_t out[4]) noexcept;

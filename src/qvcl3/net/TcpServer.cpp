@@ -206,6 +206,9 @@ bool TcpServer::stop(int32_t deadline)
     const char byte = 1;
     while (::write(s.wake[1], &byte, 1) < 0 && errno == EINTR) {
     }
+    // Should the acceptor sit in accept() (a connection that vanished after
+    // poll saw it), shutting the listening socket down wakes it too.
+    ::shutdown(s.socket.getDescriptor(), SHUT_RDWR);
     s.acceptor->join();
     s.socket.close();
 

@@ -57,16 +57,7 @@ inline bool is(unsigned char c, uint8_t set) noexcept
     return (kChars.bits[c] & set) != 0;
 }
 
-inline int hexValue(char c) noexcept
-{
-    if (c >= '0' && c <= '9')
-        return c - '0';
-    if (c >= 'a' && c <= 'f')
-        return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F')
-        return c - 'A' + 10;
-    return -1;
-}
+using detail::hexValue;
 
 const char kUpperHex[] = "0123456789ABCDEF";
 
