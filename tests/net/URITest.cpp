@@ -199,6 +199,9 @@ TEST(URI, EncodesAndDecodesByComponent)
     EXPECT_EQ(URI::decode(String(u"%41%c3%a4%F0%9F%98%80")).toU16String(), u"A\u00e4\U0001F600");
     // Bytes that are not UTF-8 decode to U+FFFD rather than failing.
     EXPECT_EQ(URI::decode(String(u"%FF")).toU16String(), u"\uFFFD");
+    EXPECT_EQ(URI::decode(String(u"%F8%88%80%80%80a")).toU16String(), u"\uFFFD\uFFFD\uFFFD\uFFFD\uFFFDa");
+    EXPECT_EQ(URI::decode(String(u"%ED%A0%80|%C0%AF|%E2%82")).toU16String(),
+              u"\uFFFD\uFFFD\uFFFD|\uFFFD\uFFFD|\uFFFD\uFFFD");
     EXPECT_THROW(URI::decode(String(u"100%")), URISyntaxException);
     const String text(u"x y/\u00e4?#%");
     EXPECT_EQ(URI::decode(URI::encode(text, URI::UNRESERVED)), text);

@@ -99,7 +99,7 @@ String utf8String(const char* text, size_t length)
             ++i;
             continue;
         }
-        const int extra = lead >= 0xF0 && lead <= 0xF4 ? 3 : lead >= 0xE0 ? 2 : lead >= 0xC2 && lead < 0xE0 ? 1 : -1;
+        const int extra = lead >= 0xF0 ? (lead <= 0xF4 ? 3 : -1) : lead >= 0xE0 ? 2 : lead >= 0xC2 ? 1 : -1;
         char32_t value = extra == 3 ? lead & 0x07u : extra == 2 ? lead & 0x0Fu : lead & 0x1Fu;
         bool ok = extra > 0 && i + static_cast<size_t>(extra) < length;
         for (int k = 1; ok && k <= extra; ++k) {
