@@ -292,7 +292,8 @@ TEST(TcpClientSocket, TalksToAPythonEchoServerThread)
                          "t.daemon = True\n"
                          "t.start()\n"
                          "sys.stdin.read()\n";
-    FILE* scriptFile = std::fopen("/tmp/qvcl3_echo_server.py", "w");
+    const std::string scriptPath = "/tmp/qvcl3_echo_server_" + std::to_string(getpid()) + ".py";
+    FILE* scriptFile = std::fopen(scriptPath.c_str(), "w");
     ASSERT_NE(scriptFile, nullptr);
     std::fputs(script, scriptFile);
     std::fclose(scriptFile);
@@ -307,7 +308,7 @@ TEST(TcpClientSocket, TalksToAPythonEchoServerThread)
         dup2(fromChild[1], 1);
         close(toChild[1]);
         close(fromChild[0]);
-        execlp("python3", "python3", "/tmp/qvcl3_echo_server.py", static_cast<char*>(nullptr));
+        execlp("python3", "python3", scriptPath.c_str(), static_cast<char*>(nullptr));
         _exit(127);
     }
     close(toChild[0]);
@@ -340,5 +341,5 @@ TEST(TcpClientSocket, TalksToAPythonEchoServerThread)
     int status = 0;
     waitpid(child, &status, 0);
     EXPECT_TRUE(WIFEXITED(status));
-    std::remove("/tmp/qvcl3_echo_server.py");
+    std::remove(scriptPath.c_str());
 }
