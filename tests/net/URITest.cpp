@@ -179,6 +179,7 @@ TEST(URI, NormalizesCaseEscapesAndDotSegments)
     EXPECT_EQ(normalized("a/.."), "");
     EXPECT_EQ(normalized("/a/b/.."), "/a/");
     EXPECT_EQ(normalized("http://[2001:DB8::1]/"), "http://[2001:db8::1]/");
+    EXPECT_EQ(normalized("http://Ex%41mple%2e%c3%a4.COM/"), "http://example.%C3%A4.com/");
     // Dot removal must not turn a segment into a scheme or a path into an
     // authority.
     EXPECT_EQ(normalized("./a:b"), "./a:b");

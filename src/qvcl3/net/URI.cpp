@@ -201,11 +201,14 @@ void normalizeEscapes(std::string& text)
     text.swap(out);
 }
 
+// Lower case outside percent escapes, whose digits stay upper case.
 void toLowerAscii(std::string& text)
 {
-    for (char& c : text) {
-        if (c >= 'A' && c <= 'Z')
-            c = static_cast<char>(c - 'A' + 'a');
+    for (size_t i = 0; i < text.size(); ++i) {
+        if (text[i] == '%')
+            i += 2;
+        else if (text[i] >= 'A' && text[i] <= 'Z')
+            text[i] = static_cast<char>(text[i] - 'A' + 'a');
     }
 }
 
@@ -477,9 +480,10 @@ URI URI::normalize() const
 {
     URI result(*this);
     toLowerAscii(result.m_scheme);
-    toLowerAscii(result.m_host);
     normalizeEscapes(result.m_userInfo);
+    // Decoded first: an escaped letter of the host is lowered as well.
     normalizeEscapes(result.m_host);
+    toLowerAscii(result.m_host);
     normalizeEscapes(result.m_path);
     normalizeEscapes(result.m_query);
     normalizeEscapes(result.m_fragment);
