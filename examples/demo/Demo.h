@@ -18,5 +18,6 @@ void demoIo();
 void demoTextIo();
 void demoExec();
 void demoCrypto();
+void demoNet();
 
 #endif

@@ -323,6 +323,12 @@ QVCORE3_API QVRESULT QVTimeFromPosix(int64_t seconds, int32_t local, STRUCT_QV_T
 QVCORE3_API int32_t QVLastNativeSocketError(void) QVCORE3_NOEXCEPT;
 QVCORE3_API int32_t QVSocketErrorFromErrno(int32_t error) QVCORE3_NOEXCEPT;
 QVCORE3_API int32_t QVSocketErrorFromEai(int32_t eaiError) QVCORE3_NOEXCEPT;
+/* Sets the calling thread's last sockets error (Windows Sockets numbering,
+   0 clears it); the next failing system call replaces it. */
+QVCORE3_API void QVSetLastNativeSocketError(int32_t nativeError) QVCORE3_NOEXCEPT;
+/* Records a getaddrinfo/getnameinfo result (EAI_...) as the last sockets
+   error and returns its number (13001 for EAI_NONAME, ...). */
+QVCORE3_API int32_t QVRecordResolverError(int32_t eaiError) QVCORE3_NOEXCEPT;
 QVCORE3_API QVRESULT QVSocketLayerStartup(void) QVCORE3_NOEXCEPT;
 QVCORE3_API int32_t QVSocketLayerShutdown(void) QVCORE3_NOEXCEPT;
 

@@ -30,6 +30,7 @@ const ClassTableRow* const g_classTableFragments[] = {
     g_ipcClassRows,
     g_i18nClassRows,
     g_cryptoClassRows,
+    g_netClassRows,
     g_repeatedClassRows,
     nullptr,
 };

@@ -13,6 +13,7 @@ namespace qv {
 namespace detail {
 
 // In the order of the class names; ends with a row whose type is null.
+// clang-format off
 const ClassTableRow g_cryptoClassRows[] = {
     QV_CLASS_ROW(crypto::BadPaddingException),
     QV_CLASS_ROW(crypto::Blowfish),
@@ -28,6 +29,7 @@ const ClassTableRow g_cryptoClassRows[] = {
     QV_CLASS_ROW(crypto::NoSuchAlgorithmException),
     QV_CLASS_TABLE_END,
 };
+// clang-format on
 
 } // namespace detail
 } // namespace qv

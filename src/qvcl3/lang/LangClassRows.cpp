@@ -16,6 +16,7 @@ namespace qv {
 namespace detail {
 
 // In the order of the class names; ends with a row whose type is null.
+// clang-format off
 const ClassTableRow g_langClassRows[] = {
     QV_CLASS_ROW(Double),
     QV_CLASS_ROW(Float),
@@ -33,6 +34,7 @@ const ClassTableRow g_langClassRows[] = {
     QV_CLASS_ROW_NO_CREATOR(UnsignedInteger),
     QV_CLASS_TABLE_END,
 };
+// clang-format on
 
 } // namespace detail
 } // namespace qv

@@ -7,6 +7,7 @@ namespace qv {
 namespace detail {
 
 // In the order of the class names; ends with a row whose type is null.
+// clang-format off
 const ClassTableRow g_utilClassRows[] = {
     QV_CLASS_ROW_NO_CREATOR(util::AbstractByteBuffer),
     QV_CLASS_ROW_NO_CREATOR(util::AbstractCharBuffer),
@@ -19,6 +20,7 @@ const ClassTableRow g_utilClassRows[] = {
     QV_CLASS_ROW(util::RWCharBuffer),
     QV_CLASS_TABLE_END,
 };
+// clang-format on
 
 } // namespace detail
 } // namespace qv

@@ -40,6 +40,7 @@ namespace qv {
 namespace detail {
 
 // In the order of the class names; ends with a row whose type is null.
+// clang-format off
 const ClassTableRow g_charsetClassRows[] = {
     QV_CLASS_ROW(text::charset::BTCAMP7),
     QV_CLASS_ROW(text::charset::BTCASCII),
@@ -80,6 +81,7 @@ const ClassTableRow g_charsetClassRows[] = {
     QV_CLASS_ROW(text::charset::UnmappableCharacterException),
     QV_CLASS_TABLE_END,
 };
+// clang-format on
 
 } // namespace detail
 } // namespace qv
