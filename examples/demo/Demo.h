@@ -14,5 +14,6 @@ void demoRuntimeCore();
 void demoStrings();
 void demoNumbers();
 void demoEncodings();
+void demoModules();
 
 #endif
