@@ -160,6 +160,10 @@ TEST_F(Component, CreationByProgIdFollowsCurVerAndReportsEveryMissingPiece)
                 (u"CLSID\\" + std::u16string(qv::util::Guid(kCp037Class).toString().getData()) + u"\\InprocServer32")
                     .c_str())
             .getValue(nullptr);
+    // The module registered the absolute path of its own file.
+    const std::string registered = modulePath.toUtf8();
+    EXPECT_EQ(registered.front(), '/');
+    EXPECT_NE(registered.find("libqvcp037.so"), std::string::npos);
     root.createKey((otherKey + u"\\InprocServer32").c_str()).setValue(nullptr, modulePath);
     EXPECT_EQ(QVComCreateObjectByProgID(u"Velmara.CharCodec.CP037", nullptr, &IQVUnknown::iid, &object),
               QV_E_CLASSNOTAVAILABLE);
