@@ -6,10 +6,12 @@
 #include "FuzzSupport.h"
 
 #include <dirent.h>
+#include <ftw.h>
 #include <stdlib.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <string>
 #include <vector>
 
@@ -78,6 +80,11 @@ extern "C" int LLVMFuzzerInitialize(int*, char***)
         abort();
     g_store = pattern;
     setenv("QV_REGISTRY_DIR", (g_store + "/store").c_str(), 1);
+    atexit([] {
+        nftw(
+            g_store.c_str(), [](const char* path, const struct stat*, int, struct FTW*) { return remove(path); }, 16,
+            FTW_DEPTH | FTW_PHYS);
+    });
     return 0;
 }
 
