@@ -21,7 +21,6 @@ namespace {
 
 // The Windows codes a loader failure had on the original platform.
 constexpr QVRESULT kBadExecutable = static_cast<QVRESULT>(0x800700C1); // ERROR_BAD_EXE_FORMAT
-constexpr QVRESULT kProcNotFound = static_cast<QVRESULT>(0x8007007F);  // ERROR_PROC_NOT_FOUND
 
 // One handle per loaded object, found again by the object's load address, so
 // that the initialised flag belongs to the module rather than to a handle.
@@ -183,7 +182,7 @@ extern "C" QVRESULT QVLibGetSymbol(QVHANDLE library, const char16_t* name, void*
     dlerror();
     void* symbol = dlsym(ref.as<LibraryObject>()->m_library, narrow.c_str());
     if (!symbol && dlerror() != nullptr) {
-        return kProcNotFound;
+        return QV_E_PROC_NOT_FOUND;
     }
     *address = symbol;
     return QV_S_OK;

@@ -187,6 +187,14 @@ QVRESULT ResolveKey(QVHANDLE key, std::string& store, std::string& folder)
     return QV_S_OK;
 }
 
+// Where a value of a key lives: the key's store and folder, and the value's
+// file name as it would be written.
+QVRESULT ResolveValue(QVHANDLE key, const char16_t* name, std::string& store, std::string& folder, std::string& file)
+{
+    const QVRESULT result = ValueFileName(name, file);
+    return QV_FAILED(result) ? result : ResolveKey(key, store, folder);
+}
+
 QVRESULT MakeDirectories(const std::string& path)
 {
     for (size_t slash = path.find('/', 1);; slash = path.find('/', slash + 1)) {
@@ -676,11 +684,11 @@ extern "C" QVRESULT QVRegistrySetValue(QVHANDLE key, const char16_t* name, const
         return QV_E_INVALIDARG;
     }
     return GuardAllocation([&]() -> QVRESULT {
-        std::string file;
-        QVRESULT result = ValueFileName(name, file);
         std::string store;
         std::string folder;
-        if (QV_FAILED(result) || QV_FAILED(result = ResolveKey(key, store, folder))) {
+        std::string file;
+        QVRESULT result = ResolveValue(key, name, store, folder, file);
+        if (QV_FAILED(result)) {
             return result;
         }
         std::string data(kMagic, 4);
@@ -715,13 +723,12 @@ extern "C" QVRESULT QVRegistryGetValue(QVHANDLE key, const char16_t* name, char1
         return QV_E_POINTER;
     }
     return GuardAllocation([&]() -> QVRESULT {
-        std::string file;
-        QVRESULT result = ValueFileName(name, file);
         std::string store;
         std::string folder;
+        std::string file;
         std::u16string value;
-        if (QV_FAILED(result) || QV_FAILED(result = ResolveKey(key, store, folder)) ||
-            QV_FAILED(result = ReadValue(folder, file, value))) {
+        QVRESULT result = ResolveValue(key, name, store, folder, file);
+        if (QV_FAILED(result) || QV_FAILED(result = ReadValue(folder, file, value))) {
             return result;
         }
         return CopyOut(value, buffer, capacity, length);
@@ -731,11 +738,11 @@ extern "C" QVRESULT QVRegistryGetValue(QVHANDLE key, const char16_t* name, char1
 extern "C" QVRESULT QVRegistryDeleteValue(QVHANDLE key, const char16_t* name) noexcept
 {
     return GuardAllocation([&]() -> QVRESULT {
-        std::string file;
-        QVRESULT result = ValueFileName(name, file);
         std::string store;
         std::string folder;
-        if (QV_FAILED(result) || QV_FAILED(result = ResolveKey(key, store, folder))) {
+        std::string file;
+        QVRESULT result = ResolveValue(key, name, store, folder, file);
+        if (QV_FAILED(result)) {
             return result;
         }
         StoreLock lock;
