@@ -19,5 +19,6 @@ void demoTextIo();
 void demoExec();
 void demoCrypto();
 void demoNet();
+void demoModules();
 
 #endif

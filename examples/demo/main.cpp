@@ -178,6 +178,7 @@ int main()
         demoExec();
         demoCrypto();
         demoNet();
+        demoModules();
     } catch (const qv::Exception& e) {
         std::printf("unexpected exception 0x%08X: %s\n", static_cast<unsigned>(e.getResult()),
                     e.getDescription().toUtf8().c_str());

@@ -26,8 +26,10 @@
 #include <qv/collections/qvcom/Set.h>
 #include <qv/core/Boundary.h>
 #include <qv/core/Class.h>
+#include <qv/core/ClassFactory.h>
 #include <qv/core/ClassManagerBase.h>
 #include <qv/core/ComObject.h>
+#include <qv/core/DllModule.h>
 #include <qv/core/Exception.h>
 #include <qv/core/Export.h>
 #include <qv/core/ExternalException.h>
@@ -143,6 +145,7 @@
 #include <qv/text/charset/BTCCP1252.h>
 #include <qv/text/charset/BTCCP437.h>
 #include <qv/text/charset/BTCCodePage.h>
+#include <qv/text/charset/BTCCom.h>
 #include <qv/text/charset/BTCISO8859_1.h>
 #include <qv/text/charset/BTCSingleByte.h>
 #include <qv/text/charset/BTCUTF16.h>
@@ -160,6 +163,7 @@
 #include <qv/text/charset/CTBCP1252.h>
 #include <qv/text/charset/CTBCP437.h>
 #include <qv/text/charset/CTBCodePage.h>
+#include <qv/text/charset/CTBCom.h>
 #include <qv/text/charset/CTBISO8859_1.h>
 #include <qv/text/charset/CTBSingleByte.h>
 #include <qv/text/charset/CTBUTF16.h>
@@ -175,10 +179,12 @@
 #include <qv/text/charset/CharsetExceptions.h>
 #include <qv/text/charset/CodecManager.h>
 #include <qv/text/charset/EncInfo.h>
+#include <qv/text/charset/qvcom/ConverterComponent.h>
 #include <qv/util/AbstractByteBuffer.h>
 #include <qv/util/AbstractCharBuffer.h>
 #include <qv/util/BasicBuffer.h>
 #include <qv/util/FilePath.h>
+#include <qv/util/Guid.h>
 #include <qv/util/IBuffer.h>
 #include <qv/util/IByteBuffer.h>
 #include <qv/util/ICharBuffer.h>
@@ -188,6 +194,7 @@
 #include <qv/util/ROCharBuffer.h>
 #include <qv/util/RWByteBuffer.h>
 #include <qv/util/RWCharBuffer.h>
+#include <qv/util/RegistryKey.h>
 #include <qv/util/Singleton.h>
 
 #endif

@@ -6,7 +6,7 @@
 
 #include "crypto/Arguments.h"
 #include "crypto/DigestEngines.h"
-#include "io/StreamArguments.h"
+#include "io/StreamSupport.h"
 
 #include <cstring>
 
