@@ -114,6 +114,9 @@
 #include <qv/util/IBuffer.h>
 #include <qv/util/IByteBuffer.h>
 #include <qv/util/ICharBuffer.h>
+#include <qv/util/IniFile.h>
+#include <qv/util/IniFileException.h>
+#include <qv/util/IniFileIterator.h>
 #include <qv/util/MTByteBuffer.h>
 #include <qv/util/MTCharBuffer.h>
 #include <qv/util/ROByteBuffer.h>

@@ -320,6 +320,40 @@ QVCORE3_API int32_t QVSocketErrorFromEai(int32_t eaiError) QVCORE3_NOEXCEPT;
 QVCORE3_API QVRESULT QVSocketLayerStartup(void) QVCORE3_NOEXCEPT;
 QVCORE3_API int32_t QVSocketLayerShutdown(void) QVCORE3_NOEXCEPT;
 
+/* ---- files by path ------------------------------------------------------- */
+/* Paths are narrow text as the file system takes it. Descriptors are those of
+   QVFileRead / QVFileWrite / QVFileClose. */
+
+typedef struct {
+    int64_t size;
+    int64_t modifiedNanoseconds; /* since the POSIX epoch */
+    uint32_t mode;               /* permission bits */
+    int32_t isDirectory;
+} STRUCT_QV_PATH_STATUS;
+
+#define QV_PATH_OPEN_READ 0x0001u
+#define QV_PATH_OPEN_WRITE 0x0002u
+#define QV_PATH_OPEN_CREATE 0x0004u   /* create when absent, with mode 0666 less the umask */
+#define QV_PATH_OPEN_TRUNCATE 0x0008u
+#define QV_PATH_OPEN_APPEND 0x0010u
+
+/* Follows symbolic links. */
+QVCORE3_API QVRESULT QVPathGetStatus(const char* path, STRUCT_QV_PATH_STATUS* status) QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVPathOpen(const char* path, uint32_t flags, int32_t* fd) QVCORE3_NOEXCEPT;
+/* The path with every symbolic link followed, when it exists; else the path
+   itself. QV_E_BUFFER_TOO_SMALL when capacity is too small. */
+QVCORE3_API QVRESULT QVPathResolve(const char* path, char* resolved, uint32_t capacity) QVCORE3_NOEXCEPT;
+/* Replaces to with from in one step (both in one file system). */
+QVCORE3_API QVRESULT QVPathRename(const char* from, const char* to) QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVPathRemove(const char* path) QVCORE3_NOEXCEPT;
+/* Creates and opens a new file named prefix + six random characters; its name
+   is written to created (capacity bytes with the NUL). */
+QVCORE3_API QVRESULT QVPathCreateTemporary(const char* prefix, char* created, uint32_t capacity,
+                                           int32_t* fd) QVCORE3_NOEXCEPT;
+/* Forces what was written to the descriptor onto the disk. */
+QVCORE3_API QVRESULT QVFileSync(int32_t fd) QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVFileSetMode(int32_t fd, uint32_t mode) QVCORE3_NOEXCEPT;
+
 /* ---- fault injection (test builds only) ----------------------------------
    Present when the library is built with QVCORE3_FAULT_INJECTION. An armed
    operation fails with the given code on its nth call from now (1 = the next

@@ -23,7 +23,8 @@
     X(QVLibGetSymbol) X(QVModuleLibClose) X(QVSharedMemOpen) X(QVSharedMemMap) X(QVSharedMemUnmap)        \
     X(QVSharedMemClose) X(QVSharedMemUnlink) X(QVUnicodeToAnsi) X(QVGetDefaultCharEncoding)               \
     X(QVTimeGetLocal) X(QVTimeGetSystem) X(QVTimeFromPosix) X(QVSocketLayerStartup)              \
-    X(QVSocketLayerShutdown)
+    X(QVSocketLayerShutdown)                                                                              \
+    X(QVPathGetStatus) X(QVPathOpen) X(QVPathRename) X(QVPathCreateTemporary) X(QVFileSync)
 
 namespace qvcore3 {
 

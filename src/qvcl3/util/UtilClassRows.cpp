@@ -1,6 +1,9 @@
 #include "core/ClassTable.h"
 
 #include <qv/util/BasicBuffer.h>
+#include <qv/util/IniFile.h>
+#include <qv/util/IniFileException.h>
+#include <qv/util/IniFileIterator.h>
 
 namespace qv {
 namespace detail {
@@ -9,6 +12,11 @@ namespace detail {
 const ClassTableRow g_utilClassRows[] = {
     QV_CLASS_ROW_NO_CREATOR(util::AbstractByteBuffer),
     QV_CLASS_ROW_NO_CREATOR(util::AbstractCharBuffer),
+    QV_CLASS_ROW_NO_CREATOR(util::IniFile),
+    QV_CLASS_ROW(util::IniFileException),
+    QV_CLASS_ROW_NO_CREATOR(util::IniFileIteratorBase),
+    QV_CLASS_ROW_NO_CREATOR(util::IniFileKeyIterator),
+    QV_CLASS_ROW_NO_CREATOR(util::IniFileSetIterator),
     QV_CLASS_ROW(util::MTByteBuffer),
     QV_CLASS_ROW(util::MTCharBuffer),
     QV_CLASS_ROW(util::ROByteBuffer),
