@@ -111,6 +111,8 @@
 #include <qv/util/AbstractByteBuffer.h>
 #include <qv/util/AbstractCharBuffer.h>
 #include <qv/util/BasicBuffer.h>
+#include <qv/util/CmdLineException.h>
+#include <qv/util/CmdLineParser.h>
 #include <qv/util/IBuffer.h>
 #include <qv/util/IByteBuffer.h>
 #include <qv/util/ICharBuffer.h>
@@ -124,5 +126,6 @@
 #include <qv/util/RWByteBuffer.h>
 #include <qv/util/RWCharBuffer.h>
 #include <qv/util/Singleton.h>
+#include <qv/util/StringTokenizer.h>
 
 #endif

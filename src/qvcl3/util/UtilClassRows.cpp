@@ -1,9 +1,12 @@
 #include "core/ClassTable.h"
 
 #include <qv/util/BasicBuffer.h>
+#include <qv/util/CmdLineException.h>
+#include <qv/util/CmdLineParser.h>
 #include <qv/util/IniFile.h>
 #include <qv/util/IniFileException.h>
 #include <qv/util/IniFileIterator.h>
+#include <qv/util/StringTokenizer.h>
 
 namespace qv {
 namespace detail {
@@ -12,6 +15,8 @@ namespace detail {
 const ClassTableRow g_utilClassRows[] = {
     QV_CLASS_ROW_NO_CREATOR(util::AbstractByteBuffer),
     QV_CLASS_ROW_NO_CREATOR(util::AbstractCharBuffer),
+    QV_CLASS_ROW(util::CmdLineException),
+    QV_CLASS_ROW(util::CmdLineParser),
     QV_CLASS_ROW_NO_CREATOR(util::IniFile),
     QV_CLASS_ROW(util::IniFileException),
     QV_CLASS_ROW_NO_CREATOR(util::IniFileIteratorBase),
@@ -23,6 +28,7 @@ const ClassTableRow g_utilClassRows[] = {
     QV_CLASS_ROW(util::ROCharBuffer),
     QV_CLASS_ROW(util::RWByteBuffer),
     QV_CLASS_ROW(util::RWCharBuffer),
+    QV_CLASS_ROW_NO_CREATOR(util::StringTokenizer),
     QV_CLASS_TABLE_END,
 };
 
