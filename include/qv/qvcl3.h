@@ -46,6 +46,7 @@
 #include <qv/io/InputStream.h>
 #include <qv/io/IoException.h>
 #include <qv/io/OutputStream.h>
+#include <qv/lang/Boolean.h>
 #include <qv/lang/Double.h>
 #include <qv/lang/Float.h>
 #include <qv/lang/Integer16.h>
@@ -121,6 +122,9 @@
 #include <qv/util/IniFileIterator.h>
 #include <qv/util/MTByteBuffer.h>
 #include <qv/util/MTCharBuffer.h>
+#include <qv/util/PropertiesFormat.h>
+#include <qv/util/Property.h>
+#include <qv/util/PropertySet.h>
 #include <qv/util/ROByteBuffer.h>
 #include <qv/util/ROCharBuffer.h>
 #include <qv/util/RWByteBuffer.h>

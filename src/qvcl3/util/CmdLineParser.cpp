@@ -4,8 +4,8 @@
 #include <qv/util/CmdLineException.h>
 #include <qvcore3/qvcore3.h>
 
-#include <cerrno>
-#include <cstdlib>
+#include "util/StrictNumber.h"
+
 #include <memory>
 #include <string>
 
@@ -32,27 +32,9 @@ String dashed(const String& name)
     throw CmdLineException(concat(what, option), option);
 }
 
-// The whole text must be the number; anything else names the option.
-template <class T>
-T parseNumber(const String& text, const String& name, T (*convert)(const char*, char**))
+[[noreturn]] void refuseNumber(const String& name, const String& text)
 {
-    const std::string narrow = text.toUtf8();
-    char* end = nullptr;
-    errno = 0;
-    const T value = convert(narrow.c_str(), &end);
-    if (narrow.empty() || *end != 0 || errno == ERANGE)
-        throw CmdLineException(concat(u"invalid number for option ", dashed(name), u": ", text), dashed(name));
-    return value;
-}
-
-long long toLongLong(const char* text, char** end)
-{
-    return std::strtoll(text, end, 10);
-}
-
-double toDouble(const char* text, char** end)
-{
-    return std::strtod(text, end);
+    throw CmdLineException(concat(u"invalid number for option ", dashed(name), u": ", text), dashed(name));
 }
 
 } // namespace
@@ -228,23 +210,24 @@ int32_t CmdLineParser::getInt(const String& name, int32_t defaultValue) const
 {
     const int64_t value = getInt64(name, defaultValue);
     if (value < INT32_MIN || value > INT32_MAX)
-        throw CmdLineException(concat(u"invalid number for option ", dashed(name), u": ", getValue(name)),
-                               dashed(name));
+        refuseNumber(name, getValue(name));
     return static_cast<int32_t>(value);
 }
 
 int64_t CmdLineParser::getInt64(const String& name, int64_t defaultValue) const
 {
-    if (!isSet(name))
-        return defaultValue;
-    return parseNumber<long long>(getValue(name), name, &toLongLong);
+    int64_t value = defaultValue;
+    if (isSet(name) && !detail::parseStrict(getValue(name), value))
+        refuseNumber(name, getValue(name));
+    return value;
 }
 
 double CmdLineParser::getDouble(const String& name, double defaultValue) const
 {
-    if (!isSet(name))
-        return defaultValue;
-    return parseNumber<double>(getValue(name), name, &toDouble);
+    double value = defaultValue;
+    if (isSet(name) && !detail::parseStrict(getValue(name), value))
+        refuseNumber(name, getValue(name));
+    return value;
 }
 
 bool CmdLineParser::getBool(const String& name, bool defaultValue) const

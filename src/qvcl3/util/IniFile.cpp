@@ -5,6 +5,7 @@
 #include <qv/text/charset/CharToByteConverter.h>
 #include <qvcore3/qvcore3.h>
 
+#include "util/FileContent.h"
 #include "util/IniFileLayout.h"
 #include "util/IniFileLockHold.h"
 
@@ -66,43 +67,6 @@ std::string encode(CharToByteConverter& encoder, const String& value)
     encoder.flush(target, &out, room);
     bytes.resize(static_cast<size_t>(out));
     return bytes;
-}
-
-bool writeAll(int32_t fd, const std::string& bytes)
-{
-    uint32_t done = 0;
-    return QVFileWrite(fd, bytes.data(), static_cast<uint32_t>(bytes.size()), &done) == 0 && done == bytes.size();
-}
-
-// Replaces the file's content so that a failure half-way (a full disk, a
-// crash) leaves the old file whole: the new bytes go to a file beside the
-// target (the end of any symbolic link), reach the disk, and are renamed
-// over it with the old file's permissions. Where no file can be made beside
-// it, the file is rewritten in place. False when nothing could be written.
-bool replaceFile(const char* path, const std::string& bytes)
-{
-    char target[4096];
-    if (QVPathResolve(path, target, sizeof target) != 0)
-        return false;
-    STRUCT_QV_PATH_STATUS status;
-    if (QVPathGetStatus(target, &status) == 0) {
-        char temporary[4096 + 8];
-        int32_t fd = -1;
-        const std::string prefix = std::string(target) + ".";
-        if (QVPathCreateTemporary(prefix.c_str(), temporary, sizeof temporary, &fd) == 0) {
-            const bool written = writeAll(fd, bytes) && QVFileSetMode(fd, status.mode) == 0 && QVFileSync(fd) == 0;
-            const bool closed = QVFileClose(fd) == 0;
-            if (written && closed && QVPathRename(temporary, target) == 0)
-                return true;
-            QVPathRemove(temporary);
-            return false;
-        }
-    }
-    int32_t fd = -1;
-    if (QVPathOpen(target, QV_PATH_OPEN_WRITE | QV_PATH_OPEN_CREATE | QV_PATH_OPEN_TRUNCATE, &fd) != 0)
-        return false;
-    const bool written = writeAll(fd, bytes);
-    return QVFileClose(fd) == 0 && written;
 }
 
 // Each operation holds the file's lock for its whole length; failures inside
@@ -244,15 +208,9 @@ int IniFile::load()
     if (m_layout)
         m_layout->clear();
     char narrow[kNarrowPathBytes];
-    int32_t fd = -1;
-    if (!toNarrowPath(m_path, narrow) || QVPathOpen(narrow, QV_PATH_OPEN_READ, &fd) != 0)
-        return -1;
     std::string data;
-    char chunk[65536];
-    uint32_t got = 0;
-    while (QVFileRead(fd, chunk, sizeof chunk, &got) == 0 && got > 0)
-        data.append(chunk, got);
-    QVFileClose(fd);
+    if (!toNarrowPath(m_path, narrow) || !detail::readFile(narrow, data))
+        return -1;
 
     Reference<ByteToCharConverter> narrowDecoder = ByteToCharConverter::getDefaultConverter();
     Reference<ByteToCharConverter> utf8Decoder = ByteToCharConverter::getConverter(u"UTF-8");
@@ -398,7 +356,7 @@ int IniFile::WriteToFile(const char16_t* path)
             }
         }
     }
-    return replaceFile(narrow, bytes) ? 0 : 1;
+    return detail::replaceFile(narrow, bytes) ? 0 : 1;
 }
 
 void IniFile::internalDeleteSet(const String& set)

@@ -6,6 +6,9 @@
 #include <qv/util/IniFile.h>
 #include <qv/util/IniFileException.h>
 #include <qv/util/IniFileIterator.h>
+#include <qv/util/PropertiesFormat.h>
+#include <qv/util/Property.h>
+#include <qv/util/PropertySet.h>
 #include <qv/util/StringTokenizer.h>
 
 namespace qv {
@@ -26,6 +29,9 @@ const ClassTableRow g_utilClassRows[] = {
     QV_CLASS_ROW(util::MTCharBuffer),
     QV_CLASS_ROW(util::ROByteBuffer),
     QV_CLASS_ROW(util::ROCharBuffer),
+    QV_CLASS_ROW(util::PropertiesFormatException),
+    QV_CLASS_ROW(util::Property),
+    QV_CLASS_ROW(util::PropertySet),
     QV_CLASS_ROW(util::RWByteBuffer),
     QV_CLASS_ROW(util::RWCharBuffer),
     QV_CLASS_ROW_NO_CREATOR(util::StringTokenizer),
