@@ -60,6 +60,10 @@
 #include <qv/lang/UInteger32.h>
 #include <qv/lang/UInteger64.h>
 #include <qv/lang/UInteger8.h>
+#include <qv/legacy/CQVByteBuffer.h>
+#include <qv/legacy/CQVCmdLineParser.h>
+#include <qv/legacy/CQVProperty.h>
+#include <qv/legacy/CQVPropertySet.h>
 #include <qv/math/BigDecimal.h>
 #include <qv/math/BigInteger.h>
 #include <qv/net/SocketError.h>

@@ -55,6 +55,8 @@ public:
     // false/no/off/0 (any case).
     bool getBool(const String& name, bool defaultValue) const;
 
+    // The message of the last refused command line; empty after a good one.
+    String getLastError() const;
     String getProgramName() const;
     int32_t getArgumentCount() const;
     // RangeErrorException outside 0 .. getArgumentCount() - 1.
@@ -82,6 +84,7 @@ private:
     std::vector<Option> m_options;
     std::vector<String> m_arguments;
     String m_program;
+    String m_lastError;
     bool m_windowsStyle;
 };
 

@@ -27,11 +27,6 @@ String dashed(const String& name)
     return name.getLength() == 1 ? concat(u"-", name) : concat(u"--", name);
 }
 
-[[noreturn]] void refuse(const char16_t* what, const String& option)
-{
-    throw CmdLineException(concat(what, option), option);
-}
-
 [[noreturn]] void refuseNumber(const String& name, const String& text)
 {
     throw CmdLineException(concat(u"invalid number for option ", dashed(name), u": ", text), dashed(name));
@@ -116,6 +111,11 @@ const CmdLineParser::Option* CmdLineParser::find(const String& name) const
 // that a refused command line leaves the results of the last good one.
 void CmdLineParser::parseWords(const std::vector<String>& words)
 {
+    m_lastError = String();
+    auto refuse = [this](const char16_t* what, const String& option) {
+        m_lastError = concat(what, option);
+        throw CmdLineException(m_lastError, option);
+    };
     std::vector<Option> options = m_options;
     for (Option& option : options) {
         option.values.clear();
@@ -247,6 +247,11 @@ bool CmdLineParser::getBool(const String& name, bool defaultValue) const
             return false;
     }
     throw CmdLineException(concat(u"invalid truth value for option ", dashed(name), u": ", value), dashed(name));
+}
+
+String CmdLineParser::getLastError() const
+{
+    return m_lastError;
 }
 
 String CmdLineParser::getProgramName() const

@@ -5,6 +5,7 @@
 #include <qv/text/charset/CharToByteConverter.h>
 #include <qvcore3/qvcore3.h>
 
+#include "util/CopyText.h"
 #include "util/FileContent.h"
 #include "util/IniFileLayout.h"
 #include "util/IniFileLockHold.h"
@@ -117,10 +118,7 @@ Result IniFile::GetValue(const char16_t* set, const char16_t* key, char16_t* buf
         auto value = found->second.find(String(key));
         if (value == found->second.end())
             return results::FILE_NOT_FOUND;
-        if (static_cast<uint64_t>(value->second.getLength()) + 1 > size)
-            return results::BUFFER_TOO_SMALL;
-        QVStrNCpyW(buffer, value->second.getData(), static_cast<int32_t>(size));
-        return results::OK;
+        return detail::copyText(value->second, buffer, size);
     });
 }
 
