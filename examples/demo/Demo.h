@@ -14,5 +14,6 @@ void demoRuntimeCore();
 void demoStrings();
 void demoNumbers();
 void demoEncodings();
+void demoConfiguration(int argc, const char* const* argv);
 
 #endif
