@@ -154,9 +154,11 @@ TEST_F(IniFileTest, RepeatedSetsMergeInTheMiddleAndTheLastOneReplaces)
 TEST_F(IniFileTest, Utf8MarkSwitchesTheRestOfTheFile)
 {
     write("[s]\nbefore=\xC3\xA9\n\xEF\xBB\xBF"
-          "after=\xC3\xA9\nlater=\xC3\xA9\n");
+          "after=\xC3\xA9\nlater=\xC3\xA9\nbad=\xFF\xC3(\n");
     IniFile file(path());
     EXPECT_EQ(valueOf(file, u"s", u"after"), "\xC3\xA9");
+    // Bytes the encoding can't read are taken one by one as ISO-8859-1.
+    EXPECT_EQ(valueOf(file, u"s", u"bad"), "\xC3\xBF\xC3\x83(");
     EXPECT_EQ(valueOf(file, u"s", u"later"), "\xC3\xA9");
     const char* encoding = nullptr;
     char16_t name[64] = {};

@@ -40,9 +40,7 @@ const char16_t* text(const unsigned short* units)
     return reinterpret_cast<const char16_t*>(units);
 }
 
-// Bytes that the encoding can't read become the substitution character: one
-// bad byte must not cost the caller the whole file.
-String decode(ByteToCharConverter& decoder, const char* bytes, size_t length)
+String decodeStrictly(ByteToCharConverter& decoder, const char* bytes, size_t length)
 {
     std::u16string units(length * static_cast<size_t>(decoder.getMaxCharsPerByte()) + 8, u'\0');
     const int32_t end = static_cast<int32_t>(length);
@@ -53,6 +51,24 @@ String decode(ByteToCharConverter& decoder, const char* bytes, size_t length)
     decoder.convert(reinterpret_cast<const signed char*>(bytes), &in, end, &units[0], &out, room);
     decoder.flush(&units[0], &out, room);
     return String(units.data(), out);
+}
+
+// A line the encoding can't read (malformed bytes throw whatever the
+// substitution mode) is read byte for byte as ISO-8859-1 instead: one bad
+// byte must not cost the caller the whole file, and the line keeps its
+// brackets and '='.
+String decode(ByteToCharConverter& decoder, const char* bytes, size_t length)
+{
+    String text;
+    const Result result = qvcom::guardBoundary([&] { text = decodeStrictly(decoder, bytes, length); });
+    if (result == results::OK)
+        return text;
+    if (result == results::OUTOFMEMORY)
+        throw OutOfMemoryException();
+    text = String();
+    for (size_t i = 0; i < length; ++i)
+        text.append(static_cast<char16_t>(static_cast<unsigned char>(bytes[i])));
+    return text;
 }
 
 std::string encode(CharToByteConverter& encoder, const String& value)
