@@ -20,5 +20,6 @@ void demoExec();
 void demoCrypto();
 void demoNet();
 void demoModules();
+void demoConfiguration(int argc, const char* const* argv);
 
 #endif

@@ -98,6 +98,7 @@
 #include <qv/ipc/Semaphore.h>
 #include <qv/ipc/SemaphoreR.h>
 #include <qv/ipc/SharedMemory.h>
+#include <qv/lang/Boolean.h>
 #include <qv/lang/Double.h>
 #include <qv/lang/Float.h>
 #include <qv/lang/Integer16.h>
@@ -112,6 +113,10 @@
 #include <qv/lang/UInteger64.h>
 #include <qv/lang/UInteger8.h>
 #include <qv/legacy/CQVAbstractConnector.h>
+#include <qv/legacy/CQVByteBuffer.h>
+#include <qv/legacy/CQVCmdLineParser.h>
+#include <qv/legacy/CQVProperty.h>
+#include <qv/legacy/CQVPropertySet.h>
 #include <qv/math/BigDecimal.h>
 #include <qv/math/BigInteger.h>
 #include <qv/net/ITcpConnectionHandler.h>
@@ -183,18 +188,27 @@
 #include <qv/util/AbstractByteBuffer.h>
 #include <qv/util/AbstractCharBuffer.h>
 #include <qv/util/BasicBuffer.h>
+#include <qv/util/CmdLineException.h>
+#include <qv/util/CmdLineParser.h>
 #include <qv/util/FilePath.h>
 #include <qv/util/Guid.h>
 #include <qv/util/IBuffer.h>
 #include <qv/util/IByteBuffer.h>
 #include <qv/util/ICharBuffer.h>
+#include <qv/util/IniFile.h>
+#include <qv/util/IniFileException.h>
+#include <qv/util/IniFileIterator.h>
 #include <qv/util/MTByteBuffer.h>
 #include <qv/util/MTCharBuffer.h>
+#include <qv/util/PropertiesFormat.h>
+#include <qv/util/Property.h>
+#include <qv/util/PropertySet.h>
 #include <qv/util/ROByteBuffer.h>
 #include <qv/util/ROCharBuffer.h>
 #include <qv/util/RWByteBuffer.h>
 #include <qv/util/RWCharBuffer.h>
 #include <qv/util/RegistryKey.h>
 #include <qv/util/Singleton.h>
+#include <qv/util/StringTokenizer.h>
 
 #endif

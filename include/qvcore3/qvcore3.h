@@ -563,6 +563,31 @@ QVCORE3_API QVRESULT QVComFreeUnusedLibraries(uint32_t* freed) QVCORE3_NOEXCEPT;
    the QV_E_BUFFER_TOO_SMALL rule of QVRegistryGetValue. */
 QVCORE3_API QVRESULT QVModuleGetFileName(QVHANDLE module, char16_t* path, int32_t capacity, int32_t* length)
     QVCORE3_NOEXCEPT;
+/* ---- files by path ------------------------------------------------------- */
+/* Paths are narrow text as the file system takes it; files are opened with
+   QVFileOpen and forced to disk with QVFileSync above. */
+
+typedef struct {
+    int64_t size;
+    int64_t modifiedNanoseconds; /* since the POSIX epoch */
+    uint32_t mode;               /* permission bits */
+    int32_t isDirectory;
+} STRUCT_QV_PATH_STATUS;
+
+
+/* Follows symbolic links. */
+QVCORE3_API QVRESULT QVPathGetStatus(const char* path, STRUCT_QV_PATH_STATUS* status) QVCORE3_NOEXCEPT;
+/* The path with every symbolic link followed, when it exists; else the path
+   itself. QV_E_BUFFER_TOO_SMALL when capacity is too small. */
+QVCORE3_API QVRESULT QVPathResolve(const char* path, char* resolved, uint32_t capacity) QVCORE3_NOEXCEPT;
+/* Replaces to with from in one step (both in one file system). */
+QVCORE3_API QVRESULT QVPathRename(const char* from, const char* to) QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVPathRemove(const char* path) QVCORE3_NOEXCEPT;
+/* Creates and opens a new file named prefix + six random characters; its name
+   is written to created (capacity bytes with the NUL). */
+QVCORE3_API QVRESULT QVPathCreateTemporary(const char* prefix, char* created, uint32_t capacity,
+                                           int32_t* fd) QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVFileSetMode(int32_t fd, uint32_t mode) QVCORE3_NOEXCEPT;
 
 /* ---- fault injection (test builds only) ----------------------------------
    Present when the library is built with QVCORE3_FAULT_INJECTION. An armed

@@ -31,6 +31,7 @@ const ClassTableRow* const g_classTableFragments[] = {
     g_i18nClassRows,
     g_cryptoClassRows,
     g_netClassRows,
+    g_legacyClassRows,
     g_repeatedClassRows,
     nullptr,
 };

@@ -1,5 +1,6 @@
 #include "core/ClassTable.h"
 
+#include <qv/lang/Boolean.h>
 #include <qv/lang/Double.h>
 #include <qv/lang/Float.h>
 #include <qv/lang/Integer16.h>
@@ -18,6 +19,7 @@ namespace detail {
 // In the order of the class names; ends with a row whose type is null.
 // clang-format off
 const ClassTableRow g_langClassRows[] = {
+    QV_CLASS_ROW(Boolean),
     QV_CLASS_ROW(Double),
     QV_CLASS_ROW(Float),
     QV_CLASS_ROW(Integer16),
