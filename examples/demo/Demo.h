@@ -15,5 +15,11 @@ void demoStrings();
 void demoNumbers();
 void demoEncodings();
 void demoIo();
+void demoTextIo();
+void demoExec();
+void demoCrypto();
+void demoNet();
+void demoModules();
+void demoConfiguration(int argc, const char* const* argv);
 
 #endif

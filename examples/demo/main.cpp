@@ -165,7 +165,7 @@ void demoEncodings()
     encodings();
 }
 
-int main()
+int main(int argc, char** argv)
 {
     std::printf("qvcl3 %s\n", QVCL3Version());
     try {
@@ -174,6 +174,12 @@ int main()
         demoNumbers();
         demoEncodings();
         demoIo();
+        demoTextIo();
+        demoExec();
+        demoCrypto();
+        demoNet();
+        demoModules();
+        demoConfiguration(argc, argv);
     } catch (const qv::Exception& e) {
         std::printf("unexpected exception 0x%08X: %s\n", static_cast<unsigned>(e.getResult()),
                     e.getDescription().toUtf8().c_str());
