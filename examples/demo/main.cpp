@@ -173,6 +173,8 @@ int main()
         demoStrings();
         demoNumbers();
         demoEncodings();
+        demoIo();
+        demoTextIo();
         demoExec();
     } catch (const qv::Exception& e) {
         std::printf("unexpected exception 0x%08X: %s\n", static_cast<unsigned>(e.getResult()),
