@@ -216,9 +216,6 @@ QVCORE3_API void QVCommandLineFree(char16_t** argv) QVCORE3_NOEXCEPT;
 QVCORE3_API QVRESULT QVFileRead(int32_t fd, void* data, uint32_t size, uint32_t* done) QVCORE3_NOEXCEPT;
 QVCORE3_API QVRESULT QVFileWrite(int32_t fd, const void* data, uint32_t size, uint32_t* done) QVCORE3_NOEXCEPT;
 QVCORE3_API QVRESULT QVFileClose(int32_t fd) QVCORE3_NOEXCEPT;
-/* Bytes that a read of a pipe (or socket, or terminal) would give without
-   blocking; 0 for descriptors that cannot tell. */
-QVCORE3_API QVRESULT QVFileAvailable(int32_t fd, uint32_t* count) QVCORE3_NOEXCEPT;
 
 /* ---- shared libraries ---------------------------------------------------- */
 
