@@ -71,11 +71,15 @@ public:
         m_pos += n;
         return static_cast<int32_t>(n);
     }
-    int32_t available() override { return availableAnswer; }
+    int32_t available() override
+    {
+        return availableAnswer >= 0 ? availableAnswer : static_cast<int32_t>(m_data.size() - m_pos);
+    }
     void close() override { ++closes; }
 
     std::vector<int32_t> requests;
     int closes = 0;
+    // -1: answer with the bytes left.
     int32_t availableAnswer = 0;
     size_t position() const { return m_pos; }
 

@@ -17,8 +17,8 @@ const ClassTableRow g_repeatedClassRows[] = {
 
 // A new area appends its fragment before the repeated rows.
 const ClassTableRow* const g_classTableFragments[] = {
-    g_coreClassRows,   g_langClassRows, g_mathClassRows,    g_collectionsClassRows, g_syncClassRows,
-    g_utilClassRows,   g_ioClassRows,   g_charsetClassRows, g_repeatedClassRows,    nullptr,
+    g_coreClassRows, g_langClassRows,    g_mathClassRows, g_collectionsClassRows, g_syncClassRows,     g_utilClassRows,
+    g_ioClassRows,   g_charsetClassRows, g_execClassRows, g_ipcClassRows,         g_repeatedClassRows, nullptr,
 };
 
 } // namespace detail

@@ -1,6 +1,6 @@
 #include <qv/io/ByteArrayInputStream.h>
 
-#include "io/StreamArguments.h"
+#include "io/StreamSupport.h"
 
 #include <cstring>
 

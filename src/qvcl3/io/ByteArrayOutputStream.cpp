@@ -1,6 +1,6 @@
 #include <qv/io/ByteArrayOutputStream.h>
 
-#include "io/StreamArguments.h"
+#include "io/StreamSupport.h"
 
 #include <qvcore3/qvcore3.h>
 
@@ -15,9 +15,7 @@ ByteArrayOutputStream::ByteArrayOutputStream(int32_t initialCapacity)
     if (initialCapacity < 0)
         throw ResultException(results::INVALIDARG);
     if (initialCapacity > 0) {
-        m_buf = static_cast<signed char*>(QVMemAlloc(static_cast<size_t>(initialCapacity)));
-        if (!m_buf)
-            throw OutOfMemoryException();
+        m_buf = detail::allocateBlock(initialCapacity);
         m_capacity = initialCapacity;
     }
 }
@@ -37,9 +35,7 @@ void ByteArrayOutputStream::grow(int64_t needed)
     int64_t capacity = needed * 5 / 4;
     if (capacity > limit)
         capacity = limit;
-    signed char* block = static_cast<signed char*>(QVMemAlloc(static_cast<size_t>(capacity)));
-    if (!block)
-        throw OutOfMemoryException();
+    signed char* block = detail::allocateBlock(capacity);
     if (m_count > 0)
         std::memcpy(block, m_buf, static_cast<size_t>(m_count));
     QVMemFree(m_buf);
