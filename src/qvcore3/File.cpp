@@ -1,7 +1,6 @@
 #include "FaultInjection.h"
 
 #include <signal.h>
-#include <sys/ioctl.h>
 #include <time.h>
 #include <unistd.h>
 
@@ -116,23 +115,4 @@ extern "C" QVRESULT QVFileClose(int32_t fd) noexcept
         return FileError(errno);
     }
     return qvcore3::FaultCheck(qvcore3::FaultOp::QVFileClose);
-}
-
-// FIONREAD answers for pipes, sockets and terminals; anything else (a
-// regular file, for one) refuses with ENOTTY and counts as "cannot tell".
-extern "C" QVRESULT QVFileAvailable(int32_t fd, uint32_t* count) noexcept
-{
-    if (!count) {
-        return QV_E_POINTER;
-    }
-    *count = 0;
-    if (fd < 0) {
-        return QV_E_INVALIDARG;
-    }
-    int bytes = 0;
-    if (ioctl(fd, FIONREAD, &bytes) != 0) {
-        return errno == ENOTTY || errno == EINVAL ? QV_S_OK : FileError(errno);
-    }
-    *count = bytes > 0 ? static_cast<uint32_t>(bytes) : 0;
-    return QV_S_OK;
 }

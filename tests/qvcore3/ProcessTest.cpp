@@ -80,12 +80,12 @@ TEST(Process, MergedErrorArrivesInTheOutputPipe)
     int32_t code = -1;
     ASSERT_EQ(QVProcessJoin(child, &code), QV_S_OK); // 8 bytes fit in the pipe
     EXPECT_EQ(code, 3);
-    uint32_t available = 0;
+    int64_t available = 0;
     EXPECT_EQ(QVFileAvailable(pipes.stdoutRead, &available), QV_S_OK);
-    EXPECT_EQ(available, 8u);
+    EXPECT_EQ(available, 8);
     EXPECT_EQ(ReadAll(pipes.stdoutRead), "out\nerr\n");
     EXPECT_EQ(QVFileAvailable(pipes.stdoutRead, &available), QV_S_OK);
-    EXPECT_EQ(available, 0u);
+    EXPECT_EQ(available, 0);
     EXPECT_EQ(QVFileAvailable(-1, &available), QV_E_INVALIDARG);
     EXPECT_EQ(QVFileAvailable(pipes.stdoutRead, nullptr), QV_E_POINTER);
     CloseAll(pipes);

@@ -3,7 +3,7 @@
 #include <qv/io/IoException.h>
 #include <qvcore3/qvcore3.h>
 
-#include "io/StreamArguments.h"
+#include "io/StreamSupport.h"
 
 namespace qv {
 namespace exec {
@@ -49,7 +49,7 @@ int32_t PipeInputStream::read(signed char* buffer, int32_t count)
 int32_t PipeInputStream::available()
 {
     checkOpen();
-    uint32_t count = 0;
+    int64_t count = 0;
     if (m_fd < 0 || QVFileAvailable(m_fd, &count) < 0)
         return 0;
     return count > INT32_MAX ? INT32_MAX : static_cast<int32_t>(count);
