@@ -1,11 +1,12 @@
 // Line reading and text writing through the library's readers and writers
 // against the standard library on the same files, in the same run.
 //
-//   readLine over a 128 MiB UTF-8 file of English lines into Strings, against
+//   FileReader::readLine over a 128 MiB UTF-8 file of English lines into
+//   Strings, against
 //   std::getline into std::string (no decoding at all) and std::getline +
 //   mbstowcs into std::wstring (decoding to UTF-32);
-//   128 MiB of UTF-16 text written as UTF-8 through a buffered writer over an
-//   OutputStreamWriter, against std::ofstream writing the encoded bytes.
+//   128 MiB of UTF-16 text written as UTF-8 through a FileWriter, against
+//   std::ofstream writing the encoded bytes.
 #include <qv/qvcl3.h>
 
 #include <benchmark/benchmark.h>
@@ -87,8 +88,7 @@ void BM_ReadLine_qvcl3(benchmark::State& state)
     const std::string& file = utf8File();
     size_t units = 0;
     for (auto _ : state) {
-        auto in = Channels::newInputStream(FileChannel::open(qvPath(file), FileChannel::READ).get());
-        auto reader = qv::makeReference<BufferedReader>(qv::makeReference<InputStreamReader>(in.get(), u"UTF-8").get());
+        auto reader = qv::makeReference<FileReader>(qvPath(file), u"UTF-8");
         qv::String line;
         units = 0;
         while (reader->readLine(line))
@@ -147,10 +147,7 @@ void BM_Write_qvcl3(benchmark::State& state)
     std::string file = benchDirectory() + "/qvcl3-textio-bench-out.txt";
     size_t bytes = 0;
     for (auto _ : state) {
-        auto channel =
-            FileChannel::open(qvPath(file), FileChannel::WRITE | FileChannel::CREATE | FileChannel::TRUNCATE);
-        auto writer = qv::makeReference<BufferedWriter>(
-            qv::makeReference<OutputStreamWriter>(Channels::newOutputStream(channel.get()).get(), u"UTF-8").get());
+        auto writer = qv::makeReference<FileWriter>(qvPath(file), false, u"UTF-8");
         bytes = 0;
         for (size_t i = 0; bytes < kFileBytes; ++i) {
             const std::u16string& line = lines[i % lines.size()];

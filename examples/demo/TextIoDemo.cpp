@@ -13,17 +13,6 @@ qv::String tempFile(const char* name)
     return qv::String(path.c_str(), -1, u"UTF-8");
 }
 
-// Writes text to a new file in the named encoding.
-void writeFile(const qv::String& path, const char16_t* text, const char16_t* encoding)
-{
-    using namespace qv::io;
-    auto channel = FileChannel::open(path, FileChannel::WRITE | FileChannel::CREATE | FileChannel::TRUNCATE);
-    auto writer = qv::makeReference<BufferedWriter>(
-        qv::makeReference<OutputStreamWriter>(Channels::newOutputStream(channel.get()).get(), encoding).get());
-    writer->write(text, -1);
-    writer->close();
-}
-
 } // namespace
 
 void demoTextIo()
@@ -32,13 +21,12 @@ void demoTextIo()
     section("A UTF-8 file read line by line and written as UTF-16LE");
     qv::String source = tempFile("qvcl3-demo-utf8.txt");
     qv::String target = tempFile("qvcl3-demo-utf16le.txt");
-    writeFile(source, u"Grüße aus Köln\r\nΚαλημέρα\nПривет, мир\r😀 emoji\n", u"UTF-8");
+    auto utf8 = qv::makeReference<FileWriter>(source, false, u"UTF-8");
+    utf8->write(u"Grüße aus Köln\r\nΚαλημέρα\nПривет, мир\r😀 emoji\n", -1);
+    utf8->close();
 
-    auto in = Channels::newInputStream(FileChannel::open(source, FileChannel::READ).get());
-    auto lines = qv::makeReference<BufferedReader>(qv::makeReference<InputStreamReader>(in.get(), u"UTF-8").get());
-    auto outChannel = FileChannel::open(target, FileChannel::WRITE | FileChannel::CREATE | FileChannel::TRUNCATE);
-    auto out = qv::makeReference<BufferedWriter>(
-        qv::makeReference<OutputStreamWriter>(Channels::newOutputStream(outChannel.get()).get(), u"UTF-16LE").get());
+    auto lines = qv::makeReference<FileReader>(source, u"UTF-8");
+    auto out = qv::makeReference<FileWriter>(target, false, u"UTF-16LE");
     qv::String line;
     int number = 0;
     while (lines->readLine(line)) {

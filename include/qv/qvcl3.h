@@ -76,6 +76,8 @@
 #include <qv/io/FileChannel.h>
 #include <qv/io/FileInputStream.h>
 #include <qv/io/FileOutputStream.h>
+#include <qv/io/FileReader.h>
+#include <qv/io/FileWriter.h>
 #include <qv/io/FilterInputStream.h>
 #include <qv/io/FilterOutputStream.h>
 #include <qv/io/InputStream.h>

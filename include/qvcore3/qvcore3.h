@@ -419,27 +419,16 @@ QVCORE3_API QVRESULT QVStdFlush(int32_t stream) QVCORE3_NOEXCEPT;
 QVCORE3_API QVRESULT QVTerminalEchoOff(int32_t fd, int32_t* token) QVCORE3_NOEXCEPT;
 /* Puts the saved mode back; token -1 does nothing. */
 QVCORE3_API QVRESULT QVTerminalRestore(int32_t token) QVCORE3_NOEXCEPT;
+
 /* ---- file channels ----------------------------------------------------
    Positioned reads and writes, size, truncation, syncing to the device and
-   byte-range locks on a file descriptor. Positions and sizes are 64-bit.
+   byte-range locks on a descriptor from QVFileOpen (its size comes from
+   QVFileGetStatus). Positions and sizes are 64-bit.
    Locks belong to the open file (the descriptor and its duplicates), not to
    the process: two descriptors of one file exclude each other even within
    one process, and closing some other descriptor of the file releases
    nothing. Locks are advisory: they bind only processes that take them. */
 
-#define QV_FILE_CHANNEL_READ 0x1u
-#define QV_FILE_CHANNEL_WRITE 0x2u
-/* Create the file when it is missing (mode 0666 less the umask). */
-#define QV_FILE_CHANNEL_CREATE 0x4u
-/* Cut an existing file to size 0 (needs WRITE). */
-#define QV_FILE_CHANNEL_TRUNCATE 0x8u
-/* Fail with QV_E_ALREADY_EXISTS when the file exists (needs CREATE). */
-#define QV_FILE_CHANNEL_EXCLUSIVE 0x10u
-
-/* path is UTF-16. The descriptor is closed with QVFileClose and is not
-   inherited by child processes. Flags without READ or WRITE, or with unknown
-   bits, are QV_E_INVALIDARG. */
-QVCORE3_API QVRESULT QVFileChannelOpen(const char16_t* path, uint32_t flags, int32_t* fd) QVCORE3_NOEXCEPT;
 /* At most size bytes from position; *done is 0 at or past the end. */
 QVCORE3_API QVRESULT QVFileReadAt(int32_t fd, void* data, uint32_t size, int64_t position,
                                   uint32_t* done) QVCORE3_NOEXCEPT;
@@ -447,7 +436,6 @@ QVCORE3_API QVRESULT QVFileReadAt(int32_t fd, void* data, uint32_t size, int64_t
    went out); a full device is 0x8007001C (ENOSPC). */
 QVCORE3_API QVRESULT QVFileWriteAt(int32_t fd, const void* data, uint32_t size, int64_t position,
                                    uint32_t* done) QVCORE3_NOEXCEPT;
-QVCORE3_API QVRESULT QVFileGetSize(int32_t fd, int64_t* size) QVCORE3_NOEXCEPT;
 /* Cuts the file to size bytes or extends it with zeros. */
 QVCORE3_API QVRESULT QVFileSetSize(int32_t fd, int64_t size) QVCORE3_NOEXCEPT;
 /* Writes the file's data (and with metadata != 0 its attributes) through to

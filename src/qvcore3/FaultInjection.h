@@ -25,8 +25,7 @@
     X(QVTimeGetLocal) X(QVTimeGetSystem) X(QVTimeFromPosix) X(QVSocketLayerStartup)              \
     X(QVSocketLayerShutdown) X(QVFileOpen) X(QVFileSeek) X(QVFileGetStatus) X(QVFileAvailable)             \
     X(QVStdReadLine) X(QVStdSeek) X(QVStdWrite) X(QVStdFlush) X(QVTerminalEchoOff) X(QVTerminalRestore) \
-    X(QVFileChannelOpen) X(QVFileReadAt) X(QVFileWriteAt) X(QVFileGetSize)       \
-    X(QVFileSetSize) X(QVFileSync) X(QVFileLock)                                                         \
+    X(QVFileReadAt) X(QVFileWriteAt) X(QVFileSetSize) X(QVFileSync) X(QVFileLock)                        \
     X(QVPathGetStatus) X(QVPathRename) X(QVPathCreateTemporary)
 
 namespace qvcore3 {

@@ -1,19 +1,12 @@
 #include "FaultInjection.h"
-#include "Utf.h"
 
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <limits>
 
-using namespace qvcore3;
-
 namespace {
-
-constexpr uint32_t kOpenFlags = QV_FILE_CHANNEL_READ | QV_FILE_CHANNEL_WRITE | QV_FILE_CHANNEL_CREATE |
-                                QV_FILE_CHANNEL_TRUNCATE | QV_FILE_CHANNEL_EXCLUSIVE;
 
 // A bad descriptor is the caller's bad argument, as a bad handle is.
 QVRESULT ChannelError(int error) noexcept
@@ -27,47 +20,6 @@ bool ValidRange(int64_t position, int64_t length) noexcept
 }
 
 } // namespace
-
-extern "C" QVRESULT QVFileChannelOpen(const char16_t* path, uint32_t flags, int32_t* fd) noexcept
-{
-    if (!path || !fd) {
-        return QV_E_POINTER;
-    }
-    *fd = -1;
-    const bool reading = (flags & QV_FILE_CHANNEL_READ) != 0;
-    const bool writing = (flags & QV_FILE_CHANNEL_WRITE) != 0;
-    if (*path == 0 || (flags & ~kOpenFlags) != 0 || (!reading && !writing) ||
-        ((flags & QV_FILE_CHANNEL_TRUNCATE) && !writing) ||
-        ((flags & QV_FILE_CHANNEL_EXCLUSIVE) && !(flags & QV_FILE_CHANNEL_CREATE))) {
-        return QV_E_INVALIDARG;
-    }
-    QV_FAULT_POINT(QVFileChannelOpen);
-    Utf8String narrow;
-    QVRESULT result = narrow.assign(path);
-    if (QV_FAILED(result)) {
-        return result;
-    }
-    int mode = reading && writing ? O_RDWR : writing ? O_WRONLY : O_RDONLY;
-    if (flags & QV_FILE_CHANNEL_CREATE) {
-        mode |= O_CREAT;
-    }
-    if (flags & QV_FILE_CHANNEL_TRUNCATE) {
-        mode |= O_TRUNC;
-    }
-    if (flags & QV_FILE_CHANNEL_EXCLUSIVE) {
-        mode |= O_EXCL;
-    }
-    for (;;) {
-        const int opened = open(narrow.c_str(), mode | O_CLOEXEC, 0666);
-        if (opened >= 0) {
-            *fd = opened;
-            return QV_S_OK;
-        }
-        if (errno != EINTR) {
-            return QVResultFromNative(errno);
-        }
-    }
-}
 
 extern "C" QVRESULT QVFileReadAt(int32_t fd, void* data, uint32_t size, int64_t position, uint32_t* done) noexcept
 {
@@ -116,24 +68,6 @@ extern "C" QVRESULT QVFileWriteAt(int32_t fd, const void* data, uint32_t size, i
         written += static_cast<uint32_t>(count);
     }
     *done = written;
-    return QV_S_OK;
-}
-
-extern "C" QVRESULT QVFileGetSize(int32_t fd, int64_t* size) noexcept
-{
-    if (!size) {
-        return QV_E_POINTER;
-    }
-    *size = 0;
-    if (fd < 0) {
-        return QV_E_INVALIDARG;
-    }
-    QV_FAULT_POINT(QVFileGetSize);
-    struct stat status;
-    if (fstat(fd, &status) != 0) {
-        return ChannelError(errno);
-    }
-    *size = static_cast<int64_t>(status.st_size);
     return QV_S_OK;
 }
 

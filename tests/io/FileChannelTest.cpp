@@ -127,13 +127,13 @@ TEST(FileChannelTest, OpenModesAndTheirFailures)
     TempDirectory dir;
     std::string path = dir.file("modes.txt");
     std::string message = qvtest::ioFailure([&] { FileChannel::open(pathOf(path), FileChannel::READ); });
-    EXPECT_EQ("cannot open file: " + path + " (0x80070002)", message);
+    EXPECT_EQ("cannot open file: " + path + ": No such file or directory", message);
     EXPECT_EQ(results::INVALIDARG, qvtest::resultOf([&] { FileChannel::open(pathOf(path), FileChannel::CREATE); }));
     EXPECT_EQ(results::INVALIDARG, qvtest::resultOf([&] { FileChannel::open(pathOf(path), 0x100 | 1); }));
 
     auto writer = FileChannel::open(pathOf(path), FileChannel::WRITE | FileChannel::CREATE | FileChannel::EXCLUSIVE);
     writer->write(bytesOf("abc").get());
-    EXPECT_EQ("cannot open file: " + path + " (0x800700B7)", qvtest::ioFailure([&] {
+    EXPECT_EQ("cannot open file: " + path + ": File exists", qvtest::ioFailure([&] {
                   FileChannel::open(pathOf(path), FileChannel::WRITE | FileChannel::CREATE | FileChannel::EXCLUSIVE);
               }));
     auto buffer = makeReference<RWByteBuffer>();
@@ -250,13 +250,13 @@ TEST(FileChannelTest, PlatformFailuresNameTheOperationAndTheFile)
     std::string path = dir.file("full");
     auto channel = FileChannel::open(pathOf(path), FileChannel::READ | FileChannel::WRITE | FileChannel::CREATE);
     QVFaultArm("QVFileWriteAt", 1, static_cast<QVRESULT>(0x8007001C));
-    EXPECT_EQ("cannot write file: " + path + " (0x8007001C)",
+    EXPECT_EQ("cannot write file: " + path + ": No space left on device",
               qvtest::ioFailure([&] { channel->write(bytesOf("lost").get()); }));
     EXPECT_EQ(0, channel->position()) << "a failed write does not move the position";
     QVFaultArm("QVFileSync", 1, static_cast<QVRESULT>(0x80070005));
-    EXPECT_EQ("cannot sync file: " + path + " (0x80070005)", qvtest::ioFailure([&] { channel->force(true); }));
+    EXPECT_EQ(0u, qvtest::ioFailure([&] { channel->force(true); }).find("cannot sync file: " + path + ": "));
     QVFaultArm("QVFileLock", 1, static_cast<QVRESULT>(0x80070005));
-    EXPECT_EQ("cannot lock file: " + path + " (0x80070005)", qvtest::ioFailure([&] { channel->lock(); }));
+    EXPECT_EQ(0u, qvtest::ioFailure([&] { channel->lock(); }).find("cannot lock file: " + path + ": "));
     EXPECT_TRUE(channel->tryLock()) << "the failed lock left nothing behind";
     QVFaultDisarmAll();
 }

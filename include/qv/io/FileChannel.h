@@ -6,6 +6,7 @@
 #include <qv/io/ReadableChannel.h>
 #include <qv/io/WritableChannel.h>
 #include <qv/lang/String.h>
+#include <qv/util/FilePath.h>
 
 #include <cstdint>
 
@@ -20,7 +21,8 @@ class FileLock;
 // advisory locks of the whole file or of a range, which exclude every other
 // channel holding a lock on that range, in this process or another.
 //
-// Failures of the file are IoException naming the operation and the file;
+// Failures of the file are IoException naming the operation, the file and
+// the system's text ("cannot write file: <path>: No space left on device");
 // every operation of a closed channel but isOpen() and close() throws
 // ResultException(0x80004007) "channel not open". One thread at a time.
 class QV_EXPORT FileChannel : public Object, public ReadableChannel, public WritableChannel {
@@ -39,10 +41,12 @@ public:
     // Fail when the file exists (with CREATE).
     static constexpr uint32_t EXCLUSIVE = 0x20;
 
-    // Opens path; a mode without READ and WRITE or with unknown bits throws
-    // ResultException(0x80070057); a file that can't be opened IoException
-    // "cannot open file: <path> (0x<code>)".
+    // Opens path (normalised as a FilePath is). A mode without READ and
+    // WRITE, with unknown bits, TRUNCATE without WRITE or EXCLUSIVE without
+    // CREATE throws ResultException(0x80070057); a file that can't be opened
+    // IoException "cannot open file: <path>: <system text>".
     static Reference<FileChannel> open(const String& path, uint32_t mode);
+    static Reference<FileChannel> open(const util::FilePath& path, uint32_t mode);
 
     ~FileChannel() override;
     FileChannel(const FileChannel&) = delete;
@@ -79,7 +83,7 @@ public:
     bool isOpen() const override;
     void close() override;
 
-    // The file's path as given to open().
+    // The file's path as opened (normalised).
     String getPath() const;
 
 private:

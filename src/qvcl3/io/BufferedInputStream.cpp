@@ -2,6 +2,7 @@
 
 #include <qv/io/IoException.h>
 
+#include "io/StreamChecks.h"
 #include "io/StreamSupport.h"
 
 #include <qvcore3/qvcore3.h>
@@ -24,7 +25,7 @@ BufferedInputStream::~BufferedInputStream()
 void BufferedInputStream::ensureOpen() const
 {
     if (!m_buf)
-        throw IoException(u"stream closed");
+        detail::throwStreamClosed();
 }
 
 void BufferedInputStream::fillBuffer()
@@ -151,7 +152,7 @@ void BufferedInputStream::reset()
 {
     ensureOpen();
     if (m_markPos < 0)
-        throw IoException(m_markPos == -2 ? u"mark invalid" : u"stream not marked");
+        detail::throwNoMark(m_markPos);
     m_pos = m_markPos;
 }
 

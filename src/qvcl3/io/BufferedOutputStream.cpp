@@ -2,6 +2,7 @@
 
 #include <qv/io/IoException.h>
 
+#include "io/StreamChecks.h"
 #include "io/StreamSupport.h"
 
 #include <qvcore3/qvcore3.h>
@@ -30,7 +31,7 @@ BufferedOutputStream::~BufferedOutputStream()
 void BufferedOutputStream::ensureOpen() const
 {
     if (!m_buf)
-        throw IoException(u"stream closed");
+        detail::throwStreamClosed();
 }
 
 // The held bytes stay held when the wrapped stream refuses them, so a failed

@@ -8,6 +8,7 @@
 #include <limits>
 
 #include "io/ByteBufferAccess.h"
+#include "io/FileSupport.h"
 #include "io/StreamChecks.h"
 
 namespace qv {
@@ -20,30 +21,20 @@ constexpr uint32_t kModes = FileChannel::READ | FileChannel::WRITE | FileChannel
 
 uint32_t platformFlags(uint32_t mode)
 {
+    // APPEND is the channel's own business: the system's append mode would
+    // send positioned writes to the end as well.
     uint32_t flags = 0;
     if (mode & FileChannel::READ)
-        flags |= QV_FILE_CHANNEL_READ;
+        flags |= QV_FILE_READ;
     if (mode & FileChannel::WRITE)
-        flags |= QV_FILE_CHANNEL_WRITE;
+        flags |= QV_FILE_WRITE;
     if (mode & FileChannel::CREATE)
-        flags |= QV_FILE_CHANNEL_CREATE;
+        flags |= QV_FILE_CREATE;
     if (mode & FileChannel::TRUNCATE)
-        flags |= QV_FILE_CHANNEL_TRUNCATE;
+        flags |= QV_FILE_TRUNCATE;
     if (mode & FileChannel::EXCLUSIVE)
-        flags |= QV_FILE_CHANNEL_EXCLUSIVE;
+        flags |= QV_FILE_EXCLUSIVE;
     return flags;
-}
-
-// "<what>: <path> (0x<code>)".
-[[noreturn]] void throwFileFailure(const char16_t* what, const String& path, Result code)
-{
-    static const char16_t kDigits[] = u"0123456789ABCDEF";
-    char16_t hex[12] = {u' ', u'(', u'0', u'x'};
-    for (int i = 0; i < 8; ++i)
-        hex[4 + i] = kDigits[(static_cast<uint32_t>(code) >> (28 - 4 * i)) & 0xF];
-    String message(what);
-    message.append(u": ").append(path).append(hex, 12).append(u')');
-    throw IoException(message);
 }
 
 } // namespace
@@ -56,18 +47,19 @@ QV_END_INTERFACE_MAP()
 
 Reference<FileChannel> FileChannel::open(const String& path, uint32_t mode)
 {
-    detail::requireArgument((mode & ~kModes) == 0 && (mode & (READ | WRITE)) != 0);
+    return open(util::FilePath(path), mode);
+}
+
+Reference<FileChannel> FileChannel::open(const util::FilePath& path, uint32_t mode)
+{
+    detail::requireArgument((mode & ~kModes) == 0 && (mode & (READ | WRITE)) != 0 &&
+                            (!(mode & TRUNCATE) || (mode & WRITE)) && (!(mode & EXCLUSIVE) || (mode & CREATE)));
     int32_t fd = -1;
-    Result code = QVFileChannelOpen(path.getData(), platformFlags(mode), &fd);
-    if (code < 0) {
-        if (code == results::OUTOFMEMORY)
-            throw OutOfMemoryException();
-        if (code == results::INVALIDARG)
-            qvcom::throwIfFailed(code);
-        throwFileFailure(u"cannot open file", path, code);
-    }
+    Result code = QVFileOpen(path.toNarrow().c_str(), platformFlags(mode), &fd);
+    if (code < 0)
+        detail::throwFileError(u"cannot open file", path.getPath(), code);
     try {
-        return Reference<FileChannel>(new FileChannel(path, fd, mode));
+        return Reference<FileChannel>(new FileChannel(path.getPath(), fd, mode));
     } catch (...) {
         QVFileClose(fd);
         throw;
@@ -98,7 +90,7 @@ void FileChannel::ensureMode(uint32_t needed) const
 
 void FileChannel::fail(const char16_t* operation, Result code) const
 {
-    throwFileFailure(operation, m_path, code);
+    detail::throwFileError(operation, m_path, code);
 }
 
 int32_t FileChannel::readAt(util::IByteBuffer* buffer, int32_t max, int64_t position)
@@ -170,11 +162,11 @@ void FileChannel::position(int64_t newPosition)
 int64_t FileChannel::size() const
 {
     ensureOpen();
-    int64_t bytes = 0;
-    Result code = QVFileGetSize(m_fd, &bytes);
+    STRUCT_QV_FILE_STATUS status;
+    Result code = QVFileGetStatus(m_fd, &status);
     if (code < 0)
         fail(u"cannot get file size", code);
-    return bytes;
+    return status.size;
 }
 
 void FileChannel::truncate(int64_t newSize)

@@ -1,4 +1,5 @@
 #include "io/FileSupport.h"
+#include "io/StreamChecks.h"
 
 #include <qv/io/IoException.h>
 
@@ -31,7 +32,7 @@ String handleName(int32_t handle)
 void ensureOpen(int32_t handle)
 {
     if (handle < 0)
-        throw IoException(u"stream closed");
+        throwStreamClosed();
 }
 
 void closeHandle(int32_t& handle, bool owns, const String& name)

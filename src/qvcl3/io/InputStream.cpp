@@ -2,6 +2,8 @@
 
 #include <qv/io/IoException.h>
 
+#include "io/StreamChecks.h"
+
 namespace qv {
 namespace io {
 
@@ -57,7 +59,7 @@ void InputStream::mark(int32_t) {}
 
 void InputStream::reset()
 {
-    throw IoException(u"mark/reset not supported");
+    detail::throwMarkNotSupported();
 }
 
 } // namespace io

@@ -15,6 +15,8 @@
 #include <qv/io/DataOutputStream.h>
 #include <qv/io/FileInputStream.h>
 #include <qv/io/FileOutputStream.h>
+#include <qv/io/FileReader.h>
+#include <qv/io/FileWriter.h>
 #include <qv/io/BufferedReader.h>
 #include <qv/io/BufferedWriter.h>
 #include <qv/io/CharArrayWriter.h>
@@ -63,6 +65,8 @@ const ClassTableRow g_ioClassRows[] = {
     QV_CLASS_ROW_NO_CREATOR(io::FileInputStream),
     QV_CLASS_ROW_NO_CREATOR(io::FileLock),
     QV_CLASS_ROW_NO_CREATOR(io::FileOutputStream),
+    QV_CLASS_ROW_NO_CREATOR(io::FileReader),
+    QV_CLASS_ROW_NO_CREATOR(io::FileWriter),
     QV_CLASS_ROW_NO_CREATOR(io::FilterInputStream),
     QV_CLASS_ROW_NO_CREATOR(io::FilterOutputStream),
     QV_CLASS_ROW_NO_CREATOR(io::InputStream),
