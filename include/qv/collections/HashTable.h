@@ -24,6 +24,13 @@ struct HashNode {
 // and frees them through the function given at construction; keys are the
 // maps' business, so lookups take the hash and a match predicate.
 //
+// A chain that grows past a few entries gets an ordered index beside it when
+// the keys have an order (CompareNodes), so that many keys sharing a hash or
+// a bucket cost a logarithmic lookup instead of a walk; the chain itself,
+// and with it every order the table shows, stays exactly as it would be
+// without the index. The index is only an accelerator: when memory for it
+// runs out the chain is simply walked.
+//
 // Not synchronised: one thread at a time.
 class QV_EXPORT HashTable {
 public:
@@ -31,10 +38,15 @@ public:
     static constexpr float DEFAULT_LOAD = 0.75f;
 
     typedef void (*DestroyNode)(HashNode* node) noexcept;
+    // The order of two entries with the same hash: negative, 0 or positive,
+    // and 0 exactly when their keys are equal.
+    typedef int (*CompareNodes)(const HashNode* a, const HashNode* b) noexcept;
+    // The order of the wanted key against an entry with the same hash.
+    typedef int (*CompareKey)(const void* key, const HashNode* node) noexcept;
 
     // capacity >= 1 and a load factor above 0, otherwise ResultException
-    // 0x80070057.
-    HashTable(int32_t capacity, float load, DestroyNode destroy);
+    // 0x80070057. Without compare, chains are never indexed.
+    HashTable(int32_t capacity, float load, DestroyNode destroy, CompareNodes compare = nullptr);
     HashTable(const HashTable&) = delete;
     HashTable& operator=(const HashTable&) = delete;
     ~HashTable();
@@ -64,6 +76,17 @@ public:
         return nullptr;
     }
 
+    // The entry with this hash whose key compares equal to key (compareKey
+    // ordering it as compare orders entries), or null; match decides in
+    // chains that have no index.
+    template <class Match>
+    HashNode* find(uint32_t hash, const void* key, CompareKey compareKey, Match&& match) const
+    {
+        if (m_indexes && m_indexes[hash % static_cast<uint32_t>(m_capacity)])
+            return findIndexed(hash, key, compareKey);
+        return find(hash, match);
+    }
+
     // Unlinks the first entry with this hash that match accepts and hands it
     // to the caller (who frees it); size - 1, modCount + 1. Null, and no
     // change, when there is none.
@@ -83,6 +106,19 @@ public:
         return nullptr;
     }
 
+    // detach() by key, as find() by key.
+    template <class Match>
+    HashNode* detach(uint32_t hash, const void* key, CompareKey compareKey, Match&& match)
+    {
+        if (m_indexes && m_indexes[hash % static_cast<uint32_t>(m_capacity)]) {
+            HashNode* node = findIndexed(hash, key, compareKey);
+            if (node)
+                unlink(node);
+            return node;
+        }
+        return detach(hash, match);
+    }
+
     // Links a new entry (its hash already set) at the head of its bucket,
     // growing the table first when the size has reached the threshold;
     // modCount + 1, size + 1. When growing fails for lack of memory nothing
@@ -98,9 +134,19 @@ public:
     // new table cannot be allocated.
     void clear();
 
+    // The number of chains that carry an index (for tests and benchmarks).
+    int32_t getIndexedChainCount() const noexcept;
+
 private:
     friend class HashCursor;
+    struct ChainIndex;
 
+    HashNode* findIndexed(uint32_t hash, const void* key, CompareKey compareKey) const noexcept;
+    void unlink(HashNode* node) noexcept;
+    void indexAfterInsert(HashNode* node) noexcept;
+    void buildIndex(uint32_t bucket) noexcept;
+    void buildIndexes() noexcept;
+    void freeIndexes() noexcept;
     void allocTable(int32_t capacity);
     void rehash();
     void freeNodes(HashNode** table, int32_t capacity) noexcept;
@@ -114,6 +160,10 @@ private:
     HashNode** m_table = nullptr;
     uint32_t m_generation = 0;
     DestroyNode m_destroy;
+    CompareNodes m_compare;
+    // One slot per bucket, null until a chain first needs an index; a slot
+    // is null for a chain without one.
+    ChainIndex** m_indexes = nullptr;
 };
 
 // A fail-fast walk over a HashTable: buckets from the highest index down,

@@ -8,6 +8,8 @@
 #include <climits>
 #include <cmath>
 #include <cstring>
+#include <new>
+#include <set>
 
 namespace qv {
 namespace collections {
@@ -36,9 +38,57 @@ HashNode** newTable(int32_t capacity)
     return static_cast<HashNode**>(block);
 }
 
+// A chain gets its index once it is longer than this: below it a walk is as
+// fast as a tree lookup, and ordinary tables never get there.
+constexpr int32_t INDEX_FROM_LENGTH = 8;
+
+// An entry's place in its chain: the entry and the one before it (null for
+// the head), so that unlinking needs no walk.
+struct ChainLink {
+    HashNode* node;
+    mutable HashNode* previous;
+};
+
+// A key being looked up.
+struct KeyProbe {
+    uint32_t hash;
+    const void* key;
+    HashTable::CompareKey compare;
+};
+
+// Hash first, then the key order, which only ever sees equal hashes.
+struct ChainOrder {
+    using is_transparent = void;
+    HashTable::CompareNodes compare;
+
+    int order(const HashNode* a, const HashNode* b) const noexcept
+    {
+        if (a->hash != b->hash)
+            return a->hash < b->hash ? -1 : 1;
+        return compare(a, b);
+    }
+    static int order(const KeyProbe& probe, const HashNode* node) noexcept
+    {
+        if (probe.hash != node->hash)
+            return probe.hash < node->hash ? -1 : 1;
+        return probe.compare(probe.key, node);
+    }
+    bool operator()(const ChainLink& a, const ChainLink& b) const noexcept { return order(a.node, b.node) < 0; }
+    bool operator()(const KeyProbe& a, const ChainLink& b) const noexcept { return order(a, b.node) < 0; }
+    bool operator()(const ChainLink& a, const KeyProbe& b) const noexcept { return order(b, a.node) > 0; }
+};
+
 } // namespace
 
-HashTable::HashTable(int32_t capacity, float load, DestroyNode destroy) : m_loadFactor(load), m_destroy(destroy)
+struct HashTable::ChainIndex {
+    explicit ChainIndex(CompareNodes compare) : links(ChainOrder{compare}) {}
+    std::set<ChainLink, ChainOrder> links;
+
+    const ChainLink& linkOf(HashNode* node) const noexcept { return *links.find(ChainLink{node, nullptr}); }
+};
+
+HashTable::HashTable(int32_t capacity, float load, DestroyNode destroy, CompareNodes compare)
+    : m_loadFactor(load), m_destroy(destroy), m_compare(compare)
 {
     if (capacity < 1)
         throw ResultException(results::INVALIDARG, QV_STR(u"hash table capacity must be at least 1"));
@@ -49,6 +99,7 @@ HashTable::HashTable(int32_t capacity, float load, DestroyNode destroy) : m_load
 
 HashTable::~HashTable()
 {
+    freeIndexes();
     freeNodes(m_table, m_capacity);
     QVMemFree(m_table);
 }
@@ -86,10 +137,12 @@ void HashTable::rehash()
             node = following;
         }
     }
+    freeIndexes();
     m_table = table;
     m_capacity = capacity;
     m_threshold = thresholdFor(m_loadFactor, capacity);
     QVMemFree(oldTable);
+    buildIndexes();
 }
 
 void HashTable::insert(HashNode* node)
@@ -101,10 +154,17 @@ void HashTable::insert(HashNode* node)
     node->next = head;
     head = node;
     ++m_size;
+    if (m_compare)
+        indexAfterInsert(node);
 }
 
 void HashTable::removeNode(HashNode* node) noexcept
 {
+    if (m_indexes && m_indexes[node->hash % static_cast<uint32_t>(m_capacity)]) {
+        unlink(node);
+        m_destroy(node);
+        return;
+    }
     HashNode** link = &m_table[node->hash % static_cast<uint32_t>(m_capacity)];
     while (*link && *link != node)
         link = &(*link)->next;
@@ -121,6 +181,7 @@ void HashTable::clear()
 {
     HashNode** fresh = newTable(m_capacity);
     HashNode** old = m_table;
+    freeIndexes();
     m_table = fresh;
     ++m_generation;
     freeNodes(old, m_capacity);
@@ -141,6 +202,111 @@ void HashTable::freeNodes(HashNode** table, int32_t capacity) noexcept
             node = following;
         }
     }
+}
+
+HashNode* HashTable::findIndexed(uint32_t hash, const void* key, CompareKey compareKey) const noexcept
+{
+    const ChainIndex* index = m_indexes[hash % static_cast<uint32_t>(m_capacity)];
+    auto found = index->links.find(KeyProbe{hash, key, compareKey});
+    return found == index->links.end() ? nullptr : found->node;
+}
+
+void HashTable::unlink(HashNode* node) noexcept
+{
+    const uint32_t bucket = node->hash % static_cast<uint32_t>(m_capacity);
+    ChainIndex*& index = m_indexes[bucket];
+    auto link = index->links.find(ChainLink{node, nullptr});
+    HashNode* previous = link->previous;
+    if (previous)
+        previous->next = node->next;
+    else
+        m_table[bucket] = node->next;
+    if (node->next)
+        index->linkOf(node->next).previous = previous;
+    index->links.erase(link);
+    if (index->links.empty()) {
+        delete index;
+        index = nullptr;
+    }
+    node->next = nullptr;
+    --m_size;
+    bumpModCount();
+}
+
+void HashTable::indexAfterInsert(HashNode* node) noexcept
+{
+    const uint32_t bucket = node->hash % static_cast<uint32_t>(m_capacity);
+    if (m_indexes && m_indexes[bucket]) {
+        ChainIndex*& index = m_indexes[bucket];
+        try {
+            index->links.insert(ChainLink{node, nullptr});
+        } catch (...) {
+            // Without room for the index the chain is walked, as any other.
+            delete index;
+            index = nullptr;
+            return;
+        }
+        if (node->next)
+            index->linkOf(node->next).previous = node;
+        return;
+    }
+    int32_t length = 0;
+    for (HashNode* walk = m_table[bucket]; walk && length <= INDEX_FROM_LENGTH; walk = walk->next)
+        ++length;
+    if (length > INDEX_FROM_LENGTH)
+        buildIndex(bucket);
+}
+
+void HashTable::buildIndex(uint32_t bucket) noexcept
+{
+    if (!m_indexes) {
+        m_indexes = new (std::nothrow) ChainIndex*[static_cast<size_t>(m_capacity)]();
+        if (!m_indexes)
+            return;
+    }
+    ChainIndex* index = new (std::nothrow) ChainIndex(m_compare);
+    if (!index)
+        return;
+    try {
+        HashNode* previous = nullptr;
+        for (HashNode* node = m_table[bucket]; node; previous = node, node = node->next)
+            index->links.insert(ChainLink{node, previous});
+    } catch (...) {
+        delete index;
+        return;
+    }
+    m_indexes[bucket] = index;
+}
+
+void HashTable::buildIndexes() noexcept
+{
+    if (!m_compare)
+        return;
+    for (int32_t bucket = 0; bucket < m_capacity; ++bucket) {
+        int32_t length = 0;
+        for (HashNode* walk = m_table[bucket]; walk && length <= INDEX_FROM_LENGTH; walk = walk->next)
+            ++length;
+        if (length > INDEX_FROM_LENGTH)
+            buildIndex(static_cast<uint32_t>(bucket));
+    }
+}
+
+void HashTable::freeIndexes() noexcept
+{
+    if (!m_indexes)
+        return;
+    for (int32_t bucket = 0; bucket < m_capacity; ++bucket)
+        delete m_indexes[bucket];
+    delete[] m_indexes;
+    m_indexes = nullptr;
+}
+
+int32_t HashTable::getIndexedChainCount() const noexcept
+{
+    int32_t count = 0;
+    for (int32_t bucket = 0; m_indexes && bucket < m_capacity; ++bucket)
+        count += m_indexes[bucket] ? 1 : 0;
+    return count;
 }
 
 HashCursor::HashCursor(const HashTable& table) noexcept
