@@ -61,9 +61,9 @@ std::u16string formatByReplacement(const std::u16string& pattern, const std::vec
 // placeholders themselves, against the oracle.
 TEST(StringFormatDifferential, OnePassMatchesTheReplacementAlgorithm)
 {
-    const std::u16string pieces[] = {u"{",   u"}",   u"0",    u"1",   u"2",   u"9",    u"x",  u"{0}",
-                                     u"{1}", u"{2}", u"{10}", u"{01}", u"{3}", u"{-1}", u"{ ", u"\u20AC",
-                                     u"{4}", u"{5}", u"{11}", u"{0",   u"1}", u"{{0}}", u"",   u"{2147483647}"};
+    const std::u16string pieces[] = {u"{",   u"}",   u"0",    u"1",    u"2",   u"9",     u"x",  u"{0}",
+                                     u"{1}", u"{2}", u"{10}", u"{01}", u"{3}", u"{-1}",  u"{ ", u"\u20AC",
+                                     u"{4}", u"{5}", u"{11}", u"{0",   u"1}",  u"{{0}}", u"",   u"{2147483647}"};
     const char16_t* arguments[] = {u"", u"a", u"{0}", u"{1}", u"}{", u"long argument text", nullptr, u"{"};
     std::mt19937 random(20240611);
     for (int round = 0; round < 20000; ++round) {
@@ -95,8 +95,8 @@ TEST(StringFormatDifferential, LongPatternsWithManyArguments)
     for (size_t count : {size_t(0), size_t(1), size_t(150), size_t(300)}) {
         String s;
         s.formatArray(pattern.data(), static_cast<int32_t>(pattern.size()), list.data(), static_cast<int32_t>(count));
-        EXPECT_EQ(s.toU16String(), formatByReplacement(pattern, std::vector<const char16_t*>(list.begin(),
-                                                                                              list.begin() + count)))
+        EXPECT_EQ(s.toU16String(),
+                  formatByReplacement(pattern, std::vector<const char16_t*>(list.begin(), list.begin() + count)))
             << count << " arguments";
     }
 }

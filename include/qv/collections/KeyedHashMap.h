@@ -86,6 +86,8 @@ public:
     int32_t getCapacity() const noexcept { return m_table.getCapacity(); }
     int32_t getThreshold() const noexcept { return m_table.getThreshold(); }
     float getLoadFactor() const noexcept { return m_table.getLoadFactor(); }
+    // How many chains carry an ordered index (see HashTable).
+    int32_t getIndexedChainCount() const noexcept { return m_table.getIndexedChainCount(); }
 
     bool containsKey(const Key& key) const { return findEntry(key, Traits::hash(key)) != nullptr; }
     // By the default comparator.
