@@ -146,6 +146,7 @@ private:
     void indexAfterInsert(HashNode* node) noexcept;
     void buildIndex(uint32_t bucket) noexcept;
     void buildIndexes() noexcept;
+    ChainIndex** carryIndexes(int32_t capacity) noexcept;
     void freeIndexes() noexcept;
     void allocTable(int32_t capacity);
     void rehash();

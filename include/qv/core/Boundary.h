@@ -33,11 +33,15 @@ Result guardBoundary(Body&& body) noexcept
 }
 
 // The other direction: a failing code an ordinary member function cannot
-// handle is thrown as ResultException.
+// handle is thrown as ResultException, except that running out of memory is
+// OutOfMemoryException wherever it is reported from.
 inline void throwIfFailed(Result code)
 {
-    if (code < 0)
+    if (code < 0) {
+        if (code == results::OUTOFMEMORY)
+            throw OutOfMemoryException();
         throw ResultException(code);
+    }
 }
 
 } // namespace qvcom

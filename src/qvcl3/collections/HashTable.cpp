@@ -10,6 +10,7 @@
 #include <cstring>
 #include <new>
 #include <set>
+#include <unordered_map>
 
 namespace qv {
 namespace collections {
@@ -42,13 +43,6 @@ HashNode** newTable(int32_t capacity)
 // fast as a tree lookup, and ordinary tables never get there.
 constexpr int32_t INDEX_FROM_LENGTH = 8;
 
-// An entry's place in its chain: the entry and the one before it (null for
-// the head), so that unlinking needs no walk.
-struct ChainLink {
-    HashNode* node;
-    mutable HashNode* previous;
-};
-
 // A key being looked up.
 struct KeyProbe {
     uint32_t hash;
@@ -61,30 +55,65 @@ struct ChainOrder {
     using is_transparent = void;
     HashTable::CompareNodes compare;
 
-    int order(const HashNode* a, const HashNode* b) const noexcept
+    bool operator()(const HashNode* a, const HashNode* b) const noexcept
     {
         if (a->hash != b->hash)
-            return a->hash < b->hash ? -1 : 1;
-        return compare(a, b);
+            return a->hash < b->hash;
+        return compare(a, b) < 0;
     }
-    static int order(const KeyProbe& probe, const HashNode* node) noexcept
+    bool operator()(const KeyProbe& a, const HashNode* b) const noexcept
     {
-        if (probe.hash != node->hash)
-            return probe.hash < node->hash ? -1 : 1;
-        return probe.compare(probe.key, node);
+        if (a.hash != b->hash)
+            return a.hash < b->hash;
+        return a.compare(a.key, b) < 0;
     }
-    bool operator()(const ChainLink& a, const ChainLink& b) const noexcept { return order(a.node, b.node) < 0; }
-    bool operator()(const KeyProbe& a, const ChainLink& b) const noexcept { return order(a, b.node) < 0; }
-    bool operator()(const ChainLink& a, const KeyProbe& b) const noexcept { return order(b, a.node) > 0; }
+    bool operator()(const HashNode* a, const KeyProbe& b) const noexcept
+    {
+        if (a->hash != b.hash)
+            return a->hash < b.hash;
+        return b.compare(b.key, a) > 0;
+    }
 };
 
 } // namespace
 
+// The entries of one chain in key order, and for each entry its place in
+// that order and the entry before it in the chain (null for the head), so
+// that unlinking needs neither a walk nor a key comparison.
 struct HashTable::ChainIndex {
-    explicit ChainIndex(CompareNodes compare) : links(ChainOrder{compare}) {}
-    std::set<ChainLink, ChainOrder> links;
+    typedef std::set<HashNode*, ChainOrder> Order;
+    struct Place {
+        Order::iterator at;
+        HashNode* previous;
+    };
 
-    const ChainLink& linkOf(HashNode* node) const noexcept { return *links.find(ChainLink{node, nullptr}); }
+    explicit ChainIndex(CompareNodes compare) : order(ChainOrder{compare}) {}
+
+    // node is the new head of the chain. Throws when memory runs out, with
+    // the index as it was.
+    void addHead(HashNode* node)
+    {
+        auto added = order.insert(node).first;
+        try {
+            places.emplace(node, Place{added, nullptr});
+        } catch (...) {
+            order.erase(added);
+            throw;
+        }
+        if (node->next)
+            places.find(node->next)->second.previous = node;
+    }
+
+    // Sets every entry's predecessor from the chain as it now stands.
+    void relink(HashNode* head) noexcept
+    {
+        HashNode* previous = nullptr;
+        for (HashNode* node = head; node; previous = node, node = node->next)
+            places.find(node)->second.previous = previous;
+    }
+
+    Order order;
+    std::unordered_map<const HashNode*, Place> places;
 };
 
 HashTable::HashTable(int32_t capacity, float load, DestroyNode destroy, CompareNodes compare)
@@ -127,6 +156,7 @@ void HashTable::rehash()
     const int32_t capacity = oldCapacity * 2 + 1;
     HashNode** table = newTable(capacity);
     const uint32_t modulus = static_cast<uint32_t>(capacity);
+    ChainIndex** carried = carryIndexes(capacity);
     for (int32_t i = oldCapacity - 1; i >= 0; --i) {
         HashNode* node = oldTable[i];
         while (node) {
@@ -138,6 +168,7 @@ void HashTable::rehash()
         }
     }
     freeIndexes();
+    m_indexes = carried;
     m_table = table;
     m_capacity = capacity;
     m_threshold = thresholdFor(m_loadFactor, capacity);
@@ -207,24 +238,25 @@ void HashTable::freeNodes(HashNode** table, int32_t capacity) noexcept
 HashNode* HashTable::findIndexed(uint32_t hash, const void* key, CompareKey compareKey) const noexcept
 {
     const ChainIndex* index = m_indexes[hash % static_cast<uint32_t>(m_capacity)];
-    auto found = index->links.find(KeyProbe{hash, key, compareKey});
-    return found == index->links.end() ? nullptr : found->node;
+    auto found = index->order.find(KeyProbe{hash, key, compareKey});
+    return found == index->order.end() ? nullptr : *found;
 }
 
 void HashTable::unlink(HashNode* node) noexcept
 {
     const uint32_t bucket = node->hash % static_cast<uint32_t>(m_capacity);
     ChainIndex*& index = m_indexes[bucket];
-    auto link = index->links.find(ChainLink{node, nullptr});
-    HashNode* previous = link->previous;
+    auto place = index->places.find(node);
+    HashNode* previous = place->second.previous;
     if (previous)
         previous->next = node->next;
     else
         m_table[bucket] = node->next;
     if (node->next)
-        index->linkOf(node->next).previous = previous;
-    index->links.erase(link);
-    if (index->links.empty()) {
+        index->places.find(node->next)->second.previous = previous;
+    index->order.erase(place->second.at);
+    index->places.erase(place);
+    if (index->order.empty()) {
         delete index;
         index = nullptr;
     }
@@ -233,27 +265,32 @@ void HashTable::unlink(HashNode* node) noexcept
     bumpModCount();
 }
 
+namespace {
+
+int32_t chainLength(const HashNode* node, int32_t atMost) noexcept
+{
+    int32_t length = 0;
+    for (; node && length < atMost; node = node->next)
+        ++length;
+    return length;
+}
+
+} // namespace
+
 void HashTable::indexAfterInsert(HashNode* node) noexcept
 {
     const uint32_t bucket = node->hash % static_cast<uint32_t>(m_capacity);
     if (m_indexes && m_indexes[bucket]) {
-        ChainIndex*& index = m_indexes[bucket];
         try {
-            index->links.insert(ChainLink{node, nullptr});
+            m_indexes[bucket]->addHead(node);
         } catch (...) {
             // Without room for the index the chain is walked, as any other.
-            delete index;
-            index = nullptr;
-            return;
+            delete m_indexes[bucket];
+            m_indexes[bucket] = nullptr;
         }
-        if (node->next)
-            index->linkOf(node->next).previous = node;
         return;
     }
-    int32_t length = 0;
-    for (HashNode* walk = m_table[bucket]; walk && length <= INDEX_FROM_LENGTH; walk = walk->next)
-        ++length;
-    if (length > INDEX_FROM_LENGTH)
+    if (chainLength(m_table[bucket], INDEX_FROM_LENGTH + 1) > INDEX_FROM_LENGTH)
         buildIndex(bucket);
 }
 
@@ -269,8 +306,10 @@ void HashTable::buildIndex(uint32_t bucket) noexcept
         return;
     try {
         HashNode* previous = nullptr;
-        for (HashNode* node = m_table[bucket]; node; previous = node, node = node->next)
-            index->links.insert(ChainLink{node, previous});
+        for (HashNode* node = m_table[bucket]; node; previous = node, node = node->next) {
+            auto added = index->order.insert(node).first;
+            index->places.emplace(node, ChainIndex::Place{added, previous});
+        }
     } catch (...) {
         delete index;
         return;
@@ -278,15 +317,47 @@ void HashTable::buildIndex(uint32_t bucket) noexcept
     m_indexes[bucket] = index;
 }
 
+HashTable::ChainIndex** HashTable::carryIndexes(int32_t capacity) noexcept
+{
+    if (!m_indexes)
+        return nullptr;
+    ChainIndex** carried = new (std::nothrow) ChainIndex*[static_cast<size_t>(capacity)]();
+    if (!carried)
+        return nullptr;
+    const uint32_t modulus = static_cast<uint32_t>(capacity);
+    for (int32_t bucket = 0; bucket < m_capacity; ++bucket) {
+        ChainIndex*& index = m_indexes[bucket];
+        if (!index)
+            continue;
+        const uint32_t target = m_table[bucket]->hash % modulus;
+        bool whole = !carried[target];
+        for (const HashNode* node = m_table[bucket]; node && whole; node = node->next)
+            whole = node->hash % modulus == target;
+        if (whole) {
+            carried[target] = index;
+            index = nullptr;
+        }
+    }
+    return carried;
+}
+
 void HashTable::buildIndexes() noexcept
 {
     if (!m_compare)
         return;
     for (int32_t bucket = 0; bucket < m_capacity; ++bucket) {
-        int32_t length = 0;
-        for (HashNode* walk = m_table[bucket]; walk && length <= INDEX_FROM_LENGTH; walk = walk->next)
-            ++length;
-        if (length > INDEX_FROM_LENGTH)
+        HashNode* head = m_table[bucket];
+        if (ChainIndex* index = m_indexes ? m_indexes[bucket] : nullptr) {
+            // Carried over from the old table: still right when no other
+            // entry joined the chain, which now runs in the other direction.
+            if (chainLength(head, INT32_MAX) == static_cast<int32_t>(index->order.size())) {
+                index->relink(head);
+                continue;
+            }
+            delete index;
+            m_indexes[bucket] = nullptr;
+        }
+        if (chainLength(head, INDEX_FROM_LENGTH + 1) > INDEX_FROM_LENGTH)
             buildIndex(static_cast<uint32_t>(bucket));
     }
 }

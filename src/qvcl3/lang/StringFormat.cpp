@@ -187,45 +187,34 @@ void String::formatWith(NextArgument& next)
     }
     std::copy(pattern + copied, pattern + length, out);
     result.releaseWriteLock(static_cast<int32_t>(finalLength));
-    setTo(result);
+    setAddRef(result);
 }
 
+// The result is made in a String of its own and taken over at the end:
+// until then this String keeps its text, so arguments (or the pattern) taken
+// from it stay valid, and a failed allocation leaves it as it was.
 const String& String::formatArray(const char16_t* pattern, int32_t patternLength, const char16_t* const* list,
                                   int32_t count)
 {
-    // An argument taken from this String's own text must survive the pattern
-    // being written over it: holding the old buffer makes the write copy.
-    String keep;
-    const char16_t* data = currentData();
-    const char16_t* end = data + currentLength() + 1;
-    std::less<const char16_t*> before;
-    for (int32_t i = 0; i < count; ++i) {
-        if (list[i] && !before(list[i], data) && before(list[i], end)) {
-            keep.setAddRef(*this);
-            break;
-        }
-    }
-    setTo(pattern, patternLength);
+    String work;
+    work.setTo(pattern, patternLength);
     ListArguments arguments(list, count < 0 ? 0 : count);
-    formatWith(arguments);
-    return *this;
+    work.formatWith(arguments);
+    return setAddRef(work);
 }
 
 const String& String::formatArray(const String& pattern, const char16_t* const* list, int32_t count)
 {
-    String keep(pattern);
-    return formatArray(keep.currentData(), keep.currentLength(), list, count);
+    return formatArray(pattern.currentData(), pattern.currentLength(), list, count);
 }
 
 const String& String::formatv(const char16_t* pattern, int32_t patternLength, va_list arguments)
 {
-    // The arguments are read only after the pattern is in place; any of them
-    // pointing into this String's old text stays valid through this hold.
-    String keep(*this);
-    setTo(pattern, patternLength);
+    String work;
+    work.setTo(pattern, patternLength);
     VaArguments source(arguments);
-    formatWith(source);
-    return *this;
+    work.formatWith(source);
+    return setAddRef(work);
 }
 
 const String& String::formatv(const unsigned short* pattern, int32_t patternLength, va_list arguments)
@@ -235,8 +224,7 @@ const String& String::formatv(const unsigned short* pattern, int32_t patternLeng
 
 const String& String::formatv(const String& pattern, va_list arguments)
 {
-    String keep(pattern);
-    return formatv(keep.currentData(), keep.currentLength(), arguments);
+    return formatv(pattern.currentData(), pattern.currentLength(), arguments);
 }
 
 String String::valueOf(bool value)
