@@ -25,7 +25,7 @@ struct HashNode {
 // maps' business, so lookups take the hash and a match predicate.
 //
 // A chain that grows past a few entries gets an ordered index beside it when
-// the keys have an order (CompareNodes), so that many keys sharing a hash or
+// the keys have an order (KeyOrder), so that many keys sharing a hash or
 // a bucket cost a logarithmic lookup instead of a walk; the chain itself,
 // and with it every order the table shows, stays exactly as it would be
 // without the index. The index is only an accelerator: when memory for it
@@ -38,15 +38,29 @@ public:
     static constexpr float DEFAULT_LOAD = 0.75f;
 
     typedef void (*DestroyNode)(HashNode* node) noexcept;
-    // The order of two entries with the same hash: negative, 0 or positive,
-    // and 0 exactly when their keys are equal.
-    typedef int (*CompareNodes)(const HashNode* a, const HashNode* b) noexcept;
-    // The order of the wanted key against an entry with the same hash.
-    typedef int (*CompareKey)(const void* key, const HashNode* node) noexcept;
+    // How a map's keys are ordered in a chain's index.
+    struct KeyOrder {
+        // Two entries with the same hash: negative, 0 or positive, and 0
+        // exactly when their keys are equal.
+        int (*compareNodes)(const HashNode* a, const HashNode* b) noexcept;
+        // The wanted key (as the map passes it to find) against an entry.
+        int (*compareKey)(const void* key, const HashNode* node) noexcept;
+        // A digest of the whole key, the same for equal keys. The index
+        // orders by it before the keys, so most of its comparisons need not
+        // read a key at all.
+        uint64_t (*digestNode)(const HashNode* node) noexcept;
+        uint64_t (*digestKey)(const void* key) noexcept;
+    };
+
+    // A digest of UTF-16 text for KeyOrder, with case folded as
+    // QVToLowerW does when foldCase is true. Seeded per process, so that
+    // keys cannot be chosen in advance to collide in it as well.
+    static uint64_t digestUnits(const char16_t* units, int32_t count, bool foldCase) noexcept;
 
     // capacity >= 1 and a load factor above 0, otherwise ResultException
-    // 0x80070057. Without compare, chains are never indexed.
-    HashTable(int32_t capacity, float load, DestroyNode destroy, CompareNodes compare = nullptr);
+    // 0x80070057. Without an order (which must outlive the table), chains
+    // are never indexed.
+    HashTable(int32_t capacity, float load, DestroyNode destroy, const KeyOrder* order = nullptr);
     HashTable(const HashTable&) = delete;
     HashTable& operator=(const HashTable&) = delete;
     ~HashTable();
@@ -76,14 +90,13 @@ public:
         return nullptr;
     }
 
-    // The entry with this hash whose key compares equal to key (compareKey
-    // ordering it as compare orders entries), or null; match decides in
-    // chains that have no index.
+    // The entry with this hash whose key is equal to key (by the table's
+    // KeyOrder), or null; match decides in chains that have no index.
     template <class Match>
-    HashNode* find(uint32_t hash, const void* key, CompareKey compareKey, Match&& match) const
+    HashNode* find(uint32_t hash, const void* key, Match&& match) const
     {
         if (m_indexes && m_indexes[hash % static_cast<uint32_t>(m_capacity)])
-            return findIndexed(hash, key, compareKey);
+            return findIndexed(hash, key);
         return find(hash, match);
     }
 
@@ -108,10 +121,10 @@ public:
 
     // detach() by key, as find() by key.
     template <class Match>
-    HashNode* detach(uint32_t hash, const void* key, CompareKey compareKey, Match&& match)
+    HashNode* detach(uint32_t hash, const void* key, Match&& match)
     {
         if (m_indexes && m_indexes[hash % static_cast<uint32_t>(m_capacity)]) {
-            HashNode* node = findIndexed(hash, key, compareKey);
+            HashNode* node = findIndexed(hash, key);
             if (node)
                 unlink(node);
             return node;
@@ -141,7 +154,7 @@ private:
     friend class HashCursor;
     struct ChainIndex;
 
-    HashNode* findIndexed(uint32_t hash, const void* key, CompareKey compareKey) const noexcept;
+    HashNode* findIndexed(uint32_t hash, const void* key) const noexcept;
     void unlink(HashNode* node) noexcept;
     void indexAfterInsert(HashNode* node) noexcept;
     void buildIndex(uint32_t bucket) noexcept;
@@ -161,7 +174,7 @@ private:
     HashNode** m_table = nullptr;
     uint32_t m_generation = 0;
     DestroyNode m_destroy;
-    CompareNodes m_compare;
+    const KeyOrder* m_order;
     // One slot per bucket, null until a chain first needs an index; a slot
     // is null for a chain without one.
     ChainIndex** m_indexes = nullptr;

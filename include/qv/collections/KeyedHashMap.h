@@ -24,6 +24,7 @@ namespace collections {
 //   static bool equal(const Key& s, const Key& k);
 //   static Key store(const Key& k);      // the form kept in the table
 //   static int compare(const Key& a, const Key& b);  // 0 exactly when equal
+//   static uint64_t digest(const Key& k);  // of the whole key, equal for equal keys
 template <class Key, class Traits>
 class KeyedHashMap : public Object {
 public:
@@ -37,10 +38,7 @@ public:
 
     private:
         friend class KeyedHashMap;
-        Entry(Key key, IQVUnknown* value, uint32_t keyHash) : m_key(std::move(key)), m_value(value)
-        {
-            hash = keyHash;
-        }
+        Entry(Key key, IQVUnknown* value, uint32_t keyHash) : m_key(std::move(key)), m_value(value) { hash = keyHash; }
         Key m_key;
         Reference<IQVUnknown> m_value;
     };
@@ -62,13 +60,12 @@ public:
     };
 
     explicit KeyedHashMap(int32_t capacity = DEFAULT_CAPACITY, float load = DEFAULT_LOAD)
-        : m_table(capacity, load, &destroyEntry, &compareEntries)
-    {
-    }
+        : m_table(capacity, load, &destroyEntry, keyOrder())
+    {}
     // A new object (unreferenced) with calcCapacity(other's size) buckets and
     // other's load factor.
     KeyedHashMap(const KeyedHashMap& other)
-        : Object(), m_table(calcCapacity(other.getSize()), other.getLoadFactor(), &destroyEntry, &compareEntries)
+        : Object(), m_table(calcCapacity(other.getSize()), other.getLoadFactor(), &destroyEntry, keyOrder())
     {
         for (int32_t i = other.m_table.getCapacity() - 1; i >= 0; --i) {
             for (HashNode* node = other.m_table.getBucket(i); node; node = node->next)
@@ -128,7 +125,7 @@ public:
     // The value removed, or null when the key was absent.
     Reference<IQVUnknown> remove(const Key& key)
     {
-        HashNode* node = m_table.detach(Traits::hash(key), &key, &compareKey, [&](HashNode* candidate) {
+        HashNode* node = m_table.detach(Traits::hash(key), &key, [&](HashNode* candidate) {
             return Traits::equal(entryOf(candidate)->m_key, key);
         });
         if (!node)
@@ -153,12 +150,18 @@ private:
     {
         return Traits::compare(*static_cast<const Key*>(key), entryOf(node)->m_key);
     }
+    static uint64_t digestEntry(const HashNode* node) noexcept { return Traits::digest(entryOf(node)->m_key); }
+    static uint64_t digestKey(const void* key) noexcept { return Traits::digest(*static_cast<const Key*>(key)); }
+    static const HashTable::KeyOrder* keyOrder() noexcept
+    {
+        static const HashTable::KeyOrder order{&compareEntries, &compareKey, &digestEntry, &digestKey};
+        return &order;
+    }
 
     Entry* findEntry(const Key& key, uint32_t hash) const
     {
-        HashNode* node = m_table.find(hash, &key, &compareKey, [&](HashNode* candidate) {
-            return Traits::equal(entryOf(candidate)->m_key, key);
-        });
+        HashNode* node = m_table.find(
+            hash, &key, [&](HashNode* candidate) { return Traits::equal(entryOf(candidate)->m_key, key); });
         return node ? entryOf(node) : nullptr;
     }
 

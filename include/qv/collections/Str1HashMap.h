@@ -12,6 +12,10 @@ struct Str1KeyTraits {
     static bool equal(const Str1& stored, const Str1& key) noexcept { return stored.equals(key); }
     static Str1 store(const Str1& key) { return key; }
     static int compare(const Str1& a, const Str1& b) noexcept { return a.compare(b); }
+    static uint64_t digest(const Str1& key) noexcept
+    {
+        return HashTable::digestUnits(key.getData(), key.getLength(), false);
+    }
 };
 
 // Keys are kept lower-cased, and looked up with case folded, so a key is
@@ -26,6 +30,10 @@ struct Str1LowerCaseKeyTraits {
         return lower;
     }
     static int compare(const Str1& a, const Str1& b) noexcept { return a.compare(b, true); }
+    static uint64_t digest(const Str1& key) noexcept
+    {
+        return HashTable::digestUnits(key.getData(), key.getLength(), true);
+    }
 };
 
 // Str1 keys, case-sensitive, to component objects.

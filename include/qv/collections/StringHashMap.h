@@ -20,11 +20,15 @@ struct StringKeyTraits {
     {
         const int32_t lengthA = a.getLength();
         const int32_t lengthB = b.getLength();
-        const int order = std::char_traits<char16_t>::compare(a.getData(), b.getData(),
-                                                              static_cast<size_t>(lengthA < lengthB ? lengthA : lengthB));
+        const int order = std::char_traits<char16_t>::compare(
+            a.getData(), b.getData(), static_cast<size_t>(lengthA < lengthB ? lengthA : lengthB));
         if (order != 0)
             return order;
         return lengthA == lengthB ? 0 : (lengthA < lengthB ? -1 : 1);
+    }
+    static uint64_t digest(const String& key) noexcept
+    {
+        return HashTable::digestUnits(key.getData(), key.getLength(), false);
     }
 };
 

@@ -7,6 +7,7 @@
 
 #include <climits>
 #include <cmath>
+#include <cstdint>
 #include <cstring>
 #include <new>
 #include <set>
@@ -46,34 +47,56 @@ constexpr int32_t INDEX_FROM_LENGTH = 8;
 // A key being looked up.
 struct KeyProbe {
     uint32_t hash;
+    uint64_t digest;
     const void* key;
-    HashTable::CompareKey compare;
 };
 
-// Hash first, then the key order, which only ever sees equal hashes.
+// An entry of a chain's index: what orders it, without reading the key.
+struct IndexedNode {
+    uint32_t hash;
+    uint64_t digest;
+    HashNode* node;
+};
+
+// Hash, then digest, then the keys themselves, which are only read when
+// two digests are equal.
 struct ChainOrder {
     using is_transparent = void;
-    HashTable::CompareNodes compare;
+    const HashTable::KeyOrder* keys;
 
-    bool operator()(const HashNode* a, const HashNode* b) const noexcept
+    bool operator()(const IndexedNode& a, const IndexedNode& b) const noexcept
     {
-        if (a->hash != b->hash)
-            return a->hash < b->hash;
-        return compare(a, b) < 0;
+        if (a.hash != b.hash)
+            return a.hash < b.hash;
+        if (a.digest != b.digest)
+            return a.digest < b.digest;
+        return keys->compareNodes(a.node, b.node) < 0;
     }
-    bool operator()(const KeyProbe& a, const HashNode* b) const noexcept
+    bool operator()(const KeyProbe& a, const IndexedNode& b) const noexcept
     {
-        if (a.hash != b->hash)
-            return a.hash < b->hash;
-        return a.compare(a.key, b) < 0;
+        if (a.hash != b.hash)
+            return a.hash < b.hash;
+        if (a.digest != b.digest)
+            return a.digest < b.digest;
+        return keys->compareKey(a.key, b.node) < 0;
     }
-    bool operator()(const HashNode* a, const KeyProbe& b) const noexcept
+    bool operator()(const IndexedNode& a, const KeyProbe& b) const noexcept
     {
-        if (a->hash != b.hash)
-            return a->hash < b.hash;
-        return b.compare(b.key, a) > 0;
+        if (a.hash != b.hash)
+            return a.hash < b.hash;
+        if (a.digest != b.digest)
+            return a.digest < b.digest;
+        return keys->compareKey(b.key, a.node) > 0;
     }
 };
+
+// Differs from process to process with the address space layout; computed
+// on each use, so that it is the same before and after static
+// initialisation (start-up fills tables early).
+inline uint64_t digestSeed() noexcept
+{
+    return 0x9E3779B97F4A7C15ull ^ reinterpret_cast<uintptr_t>(&MAX_GROWABLE_CAPACITY);
+}
 
 } // namespace
 
@@ -81,19 +104,19 @@ struct ChainOrder {
 // that order and the entry before it in the chain (null for the head), so
 // that unlinking needs neither a walk nor a key comparison.
 struct HashTable::ChainIndex {
-    typedef std::set<HashNode*, ChainOrder> Order;
+    typedef std::set<IndexedNode, ChainOrder> Order;
     struct Place {
         Order::iterator at;
         HashNode* previous;
     };
 
-    explicit ChainIndex(CompareNodes compare) : order(ChainOrder{compare}) {}
+    explicit ChainIndex(const KeyOrder* keys) : order(ChainOrder{keys}) {}
 
     // node is the new head of the chain. Throws when memory runs out, with
     // the index as it was.
     void addHead(HashNode* node)
     {
-        auto added = order.insert(node).first;
+        auto added = order.insert(IndexedNode{node->hash, order.key_comp().keys->digestNode(node), node}).first;
         try {
             places.emplace(node, Place{added, nullptr});
         } catch (...) {
@@ -116,8 +139,8 @@ struct HashTable::ChainIndex {
     std::unordered_map<const HashNode*, Place> places;
 };
 
-HashTable::HashTable(int32_t capacity, float load, DestroyNode destroy, CompareNodes compare)
-    : m_loadFactor(load), m_destroy(destroy), m_compare(compare)
+HashTable::HashTable(int32_t capacity, float load, DestroyNode destroy, const KeyOrder* order)
+    : m_loadFactor(load), m_destroy(destroy), m_order(order)
 {
     if (capacity < 1)
         throw ResultException(results::INVALIDARG, QV_STR(u"hash table capacity must be at least 1"));
@@ -185,7 +208,7 @@ void HashTable::insert(HashNode* node)
     node->next = head;
     head = node;
     ++m_size;
-    if (m_compare)
+    if (m_order)
         indexAfterInsert(node);
 }
 
@@ -235,11 +258,25 @@ void HashTable::freeNodes(HashNode** table, int32_t capacity) noexcept
     }
 }
 
-HashNode* HashTable::findIndexed(uint32_t hash, const void* key, CompareKey compareKey) const noexcept
+HashNode* HashTable::findIndexed(uint32_t hash, const void* key) const noexcept
 {
     const ChainIndex* index = m_indexes[hash % static_cast<uint32_t>(m_capacity)];
-    auto found = index->order.find(KeyProbe{hash, key, compareKey});
-    return found == index->order.end() ? nullptr : *found;
+    auto found = index->order.find(KeyProbe{hash, m_order->digestKey(key), key});
+    return found == index->order.end() ? nullptr : found->node;
+}
+
+uint64_t HashTable::digestUnits(const char16_t* units, int32_t count, bool foldCase) noexcept
+{
+    // FNV-1a over the units, finished with a 64-bit mixer.
+    uint64_t digest = digestSeed() ^ static_cast<uint64_t>(count);
+    for (int32_t i = 0; i < count; ++i) {
+        const char16_t unit = foldCase ? QVToLowerW(units[i]) : units[i];
+        digest = (digest ^ unit) * 0x100000001B3ull;
+    }
+    digest ^= digest >> 33;
+    digest *= 0xFF51AFD7ED558CCDull;
+    digest ^= digest >> 33;
+    return digest;
 }
 
 void HashTable::unlink(HashNode* node) noexcept
@@ -301,13 +338,13 @@ void HashTable::buildIndex(uint32_t bucket) noexcept
         if (!m_indexes)
             return;
     }
-    ChainIndex* index = new (std::nothrow) ChainIndex(m_compare);
+    ChainIndex* index = new (std::nothrow) ChainIndex(m_order);
     if (!index)
         return;
     try {
         HashNode* previous = nullptr;
         for (HashNode* node = m_table[bucket]; node; previous = node, node = node->next) {
-            auto added = index->order.insert(node).first;
+            auto added = index->order.insert(IndexedNode{node->hash, m_order->digestNode(node), node}).first;
             index->places.emplace(node, ChainIndex::Place{added, previous});
         }
     } catch (...) {
@@ -343,7 +380,7 @@ HashTable::ChainIndex** HashTable::carryIndexes(int32_t capacity) noexcept
 
 void HashTable::buildIndexes() noexcept
 {
-    if (!m_compare)
+    if (!m_order)
         return;
     for (int32_t bucket = 0; bucket < m_capacity; ++bucket) {
         HashNode* head = m_table[bucket];
@@ -381,12 +418,9 @@ int32_t HashTable::getIndexedChainCount() const noexcept
 }
 
 HashCursor::HashCursor(const HashTable& table) noexcept
-    : m_table(const_cast<HashTable*>(&table)),
-      m_expectedModCount(table.m_modCount),
-      m_generation(table.m_generation),
+    : m_table(const_cast<HashTable*>(&table)), m_expectedModCount(table.m_modCount), m_generation(table.m_generation),
       m_index(table.m_capacity)
-{
-}
+{}
 
 bool HashCursor::stale() const noexcept
 {
