@@ -64,29 +64,27 @@ struct ChainOrder {
     using is_transparent = void;
     const HashTable::KeyOrder* keys;
 
+    template <class KeysBefore>
+    static bool before(uint32_t hashA, uint64_t digestA, uint32_t hashB, uint64_t digestB,
+                       const KeysBefore& keysBefore) noexcept
+    {
+        if (hashA != hashB)
+            return hashA < hashB;
+        if (digestA != digestB)
+            return digestA < digestB;
+        return keysBefore();
+    }
     bool operator()(const IndexedNode& a, const IndexedNode& b) const noexcept
     {
-        if (a.hash != b.hash)
-            return a.hash < b.hash;
-        if (a.digest != b.digest)
-            return a.digest < b.digest;
-        return keys->compareNodes(a.node, b.node) < 0;
+        return before(a.hash, a.digest, b.hash, b.digest, [&] { return keys->compareNodes(a.node, b.node) < 0; });
     }
     bool operator()(const KeyProbe& a, const IndexedNode& b) const noexcept
     {
-        if (a.hash != b.hash)
-            return a.hash < b.hash;
-        if (a.digest != b.digest)
-            return a.digest < b.digest;
-        return keys->compareKey(a.key, b.node) < 0;
+        return before(a.hash, a.digest, b.hash, b.digest, [&] { return keys->compareKey(a.key, b.node) < 0; });
     }
     bool operator()(const IndexedNode& a, const KeyProbe& b) const noexcept
     {
-        if (a.hash != b.hash)
-            return a.hash < b.hash;
-        if (a.digest != b.digest)
-            return a.digest < b.digest;
-        return keys->compareKey(b.key, a.node) > 0;
+        return before(a.hash, a.digest, b.hash, b.digest, [&] { return keys->compareKey(b.key, a.node) > 0; });
     }
 };
 
