@@ -39,7 +39,13 @@
 #include <qv/core/Reference.h>
 #include <qv/core/Result.h>
 #include <qv/core/Version.h>
+#include <qv/io/ByteArrayInputStream.h>
+#include <qv/io/ByteArrayOutputStream.h>
+#include <qv/io/FilterInputStream.h>
+#include <qv/io/FilterOutputStream.h>
+#include <qv/io/InputStream.h>
 #include <qv/io/IoException.h>
+#include <qv/io/OutputStream.h>
 #include <qv/lang/Double.h>
 #include <qv/lang/Float.h>
 #include <qv/lang/Integer16.h>
