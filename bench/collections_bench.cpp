@@ -607,13 +607,21 @@ static const int registerColliding = [] {
     }
     for (int64_t size : sizes) {
         benchmark::RegisterBenchmark("StringHashMap_CollidingOddPositions", StringHashMap_CollidingOddPositions)
-            ->Arg(size)->Unit(benchmark::kMillisecond)->Iterations(1);
+            ->Arg(size)
+            ->Unit(benchmark::kMillisecond)
+            ->Iterations(1);
         benchmark::RegisterBenchmark("StdMap_CollidingOddPositions", StdMap_CollidingOddPositions)
-            ->Arg(size)->Unit(benchmark::kMillisecond)->Iterations(1);
+            ->Arg(size)
+            ->Unit(benchmark::kMillisecond)
+            ->Iterations(1);
         benchmark::RegisterBenchmark("StringHashMap_RecordNumbers", StringHashMap_RecordNumbers)
-            ->Arg(size)->Unit(benchmark::kMillisecond)->Iterations(1);
+            ->Arg(size)
+            ->Unit(benchmark::kMillisecond)
+            ->Iterations(1);
         benchmark::RegisterBenchmark("StdMap_RecordNumbers", StdMap_RecordNumbers)
-            ->Arg(size)->Unit(benchmark::kMillisecond)->Iterations(1);
+            ->Arg(size)
+            ->Unit(benchmark::kMillisecond)
+            ->Iterations(1);
     }
     return 0;
 }();
