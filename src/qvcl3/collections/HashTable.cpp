@@ -206,7 +206,8 @@ void HashTable::insert(HashNode* node)
     node->next = head;
     head = node;
     ++m_size;
-    if (m_order)
+    // A chain of one needs no index, and most chains are that short.
+    if (m_order && (m_indexes || node->next))
         indexAfterInsert(node);
 }
 
