@@ -13,6 +13,8 @@
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
+#include <cstdlib>
+#include <map>
 #include <random>
 #include <string>
 #include <unordered_map>
@@ -488,6 +490,83 @@ void StdVector_Index(benchmark::State& state)
     done(state);
 }
 
+// Keys whose String hash codes collide: 64 units differing only at odd
+// positions (the hash samples every other unit of such a text), and
+// zero-padded 70-digit record numbers (a thousand hash codes for a million
+// numbers). Insert all, then look every one up; std::map is the ordered peer.
+std::vector<std::u16string> collidingTexts(int64_t count, bool recordNumbers)
+{
+    std::vector<std::u16string> texts;
+    texts.reserve(static_cast<size_t>(count));
+    for (int64_t i = 0; i < count; ++i) {
+        if (recordNumbers) {
+            std::string digits = std::to_string(i);
+            std::u16string text(70 - digits.size(), u'0');
+            texts.push_back(text + std::u16string(digits.begin(), digits.end()));
+        } else {
+            std::u16string text(64, u'k');
+            for (int bit = 0; bit < 30; ++bit)
+                text[static_cast<size_t>(2 * bit + 1)] = (i >> bit) & 1 ? u'1' : u'0';
+            texts.push_back(text);
+        }
+    }
+    return texts;
+}
+
+void collidingStringMap(benchmark::State& state, bool recordNumbers)
+{
+    const std::vector<std::u16string> texts = collidingTexts(state.range(0), recordNumbers);
+    std::vector<String> keys;
+    for (const std::u16string& text : texts)
+        keys.emplace_back(text.data(), static_cast<int32_t>(text.size()));
+    Reference<IQVUnknown> value = Reference<BenchKey>(new BenchKey(-1))->GetUnknown();
+    for (auto _ : state) {
+        StringHashMap* map = new StringHashMap();
+        for (const String& key : keys)
+            map->put(key, value.get());
+        for (const String& key : keys)
+            benchmark::DoNotOptimize(map->get(key));
+        state.PauseTiming();
+        delete map;
+        state.ResumeTiming();
+    }
+    state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+
+void collidingStdMap(benchmark::State& state, bool recordNumbers)
+{
+    const std::vector<std::u16string> texts = collidingTexts(state.range(0), recordNumbers);
+    Reference<IQVUnknown> value = Reference<BenchKey>(new BenchKey(-1))->GetUnknown();
+    for (auto _ : state) {
+        std::map<std::u16string, Reference<IQVUnknown>>* map = new std::map<std::u16string, Reference<IQVUnknown>>();
+        for (const std::u16string& key : texts)
+            map->emplace(key, value);
+        for (const std::u16string& key : texts)
+            benchmark::DoNotOptimize(map->find(key)->second.get());
+        state.PauseTiming();
+        delete map;
+        state.ResumeTiming();
+    }
+    state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+
+void StringHashMap_CollidingOddPositions(benchmark::State& state)
+{
+    collidingStringMap(state, false);
+}
+void StdMap_CollidingOddPositions(benchmark::State& state)
+{
+    collidingStdMap(state, false);
+}
+void StringHashMap_RecordNumbers(benchmark::State& state)
+{
+    collidingStringMap(state, true);
+}
+void StdMap_RecordNumbers(benchmark::State& state)
+{
+    collidingStdMap(state, true);
+}
+
 } // namespace
 
 BENCHMARK(HashMap_Insert)->Unit(benchmark::kMillisecond);
@@ -513,5 +592,38 @@ BENCHMARK(StdVector_Append)->Unit(benchmark::kMillisecond);
 BENCHMARK(ArrayList_Index)->Unit(benchmark::kMillisecond);
 BENCHMARK(ArrayList_IndexByReference)->Unit(benchmark::kMillisecond);
 BENCHMARK(StdVector_Index)->Unit(benchmark::kMillisecond);
+
+// QV_COLLIDING_SIZES (comma-separated) replaces the key counts of the
+// colliding rows: the unindexed table needs hours for a million.
+static const int registerColliding = [] {
+    std::vector<int64_t> sizes{40000, 1000000};
+    if (const char* list = std::getenv("QV_COLLIDING_SIZES")) {
+        sizes.clear();
+        for (const char* at = list; *at;) {
+            char* end = nullptr;
+            sizes.push_back(std::strtoll(at, &end, 10));
+            at = *end ? end + 1 : end;
+        }
+    }
+    for (int64_t size : sizes) {
+        benchmark::RegisterBenchmark("StringHashMap_CollidingOddPositions", StringHashMap_CollidingOddPositions)
+            ->Arg(size)
+            ->Unit(benchmark::kMillisecond)
+            ->Iterations(1);
+        benchmark::RegisterBenchmark("StdMap_CollidingOddPositions", StdMap_CollidingOddPositions)
+            ->Arg(size)
+            ->Unit(benchmark::kMillisecond)
+            ->Iterations(1);
+        benchmark::RegisterBenchmark("StringHashMap_RecordNumbers", StringHashMap_RecordNumbers)
+            ->Arg(size)
+            ->Unit(benchmark::kMillisecond)
+            ->Iterations(1);
+        benchmark::RegisterBenchmark("StdMap_RecordNumbers", StdMap_RecordNumbers)
+            ->Arg(size)
+            ->Unit(benchmark::kMillisecond)
+            ->Iterations(1);
+    }
+    return 0;
+}();
 
 BENCHMARK_MAIN();

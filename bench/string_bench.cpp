@@ -9,6 +9,7 @@
 #include <functional>
 #include <random>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -268,6 +269,58 @@ void Format3_Icu(benchmark::State& state)
     }
 }
 
+// N copies of "{0}" filled with empty text: the pattern of a hostile
+// template. The std row is a find-and-append pass over the same text.
+std::u16string repeatedPlaceholders(int64_t count)
+{
+    std::u16string pattern;
+    pattern.reserve(static_cast<size_t>(count) * 3);
+    for (int64_t i = 0; i < count; ++i)
+        pattern += u"{0}";
+    return pattern;
+}
+
+void FormatRepeated_Qv(benchmark::State& state)
+{
+    const std::u16string pattern = repeatedPlaceholders(state.range(0));
+    for (auto _ : state) {
+        qv::String s;
+        s.format(pattern.data(), static_cast<int32_t>(pattern.size()), u"");
+        benchmark::DoNotOptimize(s.getData());
+    }
+}
+void FormatRepeated_U16(benchmark::State& state)
+{
+    const std::u16string pattern = repeatedPlaceholders(state.range(0));
+    const std::u16string placeholder(u"{0}");
+    for (auto _ : state) {
+        std::u16string s;
+        size_t from = 0;
+        for (size_t at = pattern.find(placeholder); at != std::u16string::npos;
+             from = at + 3, at = pattern.find(placeholder, from))
+            s.append(pattern, from, at - from);
+        s.append(pattern, from, std::u16string::npos);
+        benchmark::DoNotOptimize(s.data());
+    }
+}
+
+// "{0}{1}...{N-1}" with N arguments of two units each.
+void FormatArrayMany_Qv(benchmark::State& state)
+{
+    const int32_t count = static_cast<int32_t>(state.range(0));
+    std::u16string pattern;
+    for (int32_t i = 0; i < count; ++i) {
+        std::string digits = std::to_string(i);
+        pattern += u"{" + std::u16string(digits.begin(), digits.end()) + u"}";
+    }
+    std::vector<const char16_t*> arguments(static_cast<size_t>(count), u"ab");
+    for (auto _ : state) {
+        qv::String s;
+        s.formatArray(pattern.data(), static_cast<int32_t>(pattern.size()), arguments.data(), count);
+        benchmark::DoNotOptimize(s.getData());
+    }
+}
+
 } // namespace
 
 BENCHMARK(Copy1KiB_Qv);
@@ -294,5 +347,9 @@ BENCHMARK(Trim_Icu);
 BENCHMARK(Format3_Qv);
 BENCHMARK(Format3_U16);
 BENCHMARK(Format3_Icu);
+
+BENCHMARK(FormatRepeated_Qv)->Arg(100000)->Arg(400000)->Arg(1000000)->Unit(benchmark::kMillisecond)->Iterations(1);
+BENCHMARK(FormatRepeated_U16)->Arg(100000)->Arg(400000)->Arg(1000000)->Unit(benchmark::kMillisecond)->Iterations(1);
+BENCHMARK(FormatArrayMany_Qv)->Arg(20000)->Unit(benchmark::kMillisecond)->Iterations(1);
 
 BENCHMARK_MAIN();

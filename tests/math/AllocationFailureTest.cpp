@@ -64,3 +64,33 @@ TEST(MathAllocationFailure, EveryFailedAllocationThrowsAndChangesNothing)
     EXPECT_EQ(a.toStdString(), aText);
     EXPECT_EQ(b.toStdString(), bText);
 }
+
+TEST(MathAllocationFailure, DecimalArithmeticAndEveryRadix)
+{
+    if (!qvtest::allocationFaultsAvailable())
+        GTEST_SKIP() << "built without fault injection";
+    const BigDecimal x(std::string("-123456789012345678901234567890.123456789"));
+    const BigDecimal y(std::string("98765432109876543210.00000000000000000001"));
+    const std::string xText = x.toStdString();
+    const BigInteger big = BigInteger(3).pow(4000) - 1;
+    const std::string hex = big.toString(16).toUtf8();
+
+    const std::function<void()> ops[] = {
+        [&] { BigDecimal r = x.add(y); },
+        [&] { BigDecimal r = x.subtract(y); },
+        [&] { BigDecimal r = x.multiply(y); },
+        [&] { BigDecimal r = x.setScale(3, BigDecimal::ROUND_HALF_UP); },
+        [&] { qv::String s = y.toScientificString(); },
+        [&] { qv::String s = x.toEngineeringString(); },
+        [&] { BigDecimal r(std::string("-1.000000000000000000000000000000000000001E-300")); },
+        [&] { qv::String s = big.toString(16); },
+        [&] { qv::String s = big.toString(2); },
+        [&] { qv::String s = big.toString(36); },
+        [&] { BigInteger r(hex, 16); },
+        [&] { BigInteger r(std::string("zyxwvutsrqponmlkjihgfedcba9876543210zyxwvutsrqponmlkjihgfedcba"), 36); },
+    };
+    for (const auto& op : ops)
+        EXPECT_GT(failEachAllocation(op), 0);
+    EXPECT_EQ(x.toStdString(), xText);
+    EXPECT_EQ(big.toString(16).toUtf8(), hex);
+}

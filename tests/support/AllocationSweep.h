@@ -6,21 +6,48 @@
 // allocator both count, through tests/support/CountingOperatorNew.cpp) until
 // the operation gets through. Each failure must surface as
 // qv::OutOfMemoryException; after each one, `unchanged` checks that the
-// objects involved still hold their old values. Leaks show up in the
-// sanitizer build.
+// objects involved still hold their old values. In the AddressSanitizer
+// build, LeakSanitizer then looks for blocks the failed attempts left
+// unreachable.
 
 #include <qv/core/Exception.h>
+#include <qv/lang/String.h>
 #include <qvcore3/qvcore3.h>
 
 #include <gtest/gtest.h>
 
 #include <new>
+#include <typeinfo>
+
+#if defined(__SANITIZE_ADDRESS__)
+#define QVTEST_LEAK_CHECK 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define QVTEST_LEAK_CHECK 1
+#endif
+#endif
+#ifdef QVTEST_LEAK_CHECK
+#include <sanitizer/lsan_interface.h>
+#endif
 
 namespace qvtest {
 
 inline bool allocationFaultsAvailable()
 {
     return QVFaultInjectionAvailable() != 0;
+}
+
+// True (and a test failure) when LeakSanitizer finds unreachable blocks now;
+// always false without it.
+inline bool leaksFound()
+{
+#ifdef QVTEST_LEAK_CHECK
+    if (__lsan_do_recoverable_leak_check() != 0) {
+        ADD_FAILURE() << "LeakSanitizer found blocks leaked by the failed attempts (report above)";
+        return true;
+    }
+#endif
+    return false;
 }
 
 // Returns how many allocations failed before the operation got through.
@@ -39,14 +66,23 @@ int sweepAllocations(Operation&& operation, Check&& unchanged, int limit = 10000
             QVFaultDisarmAll();
             ADD_FAILURE() << "allocation " << n << " failed as a plain std::bad_alloc";
             return failures;
+        } catch (const qv::Exception& e) {
+            QVFaultDisarmAll();
+            ADD_FAILURE() << "allocation " << n << " failed as " << typeid(e).name() << " (0x" << std::hex
+                          << static_cast<uint32_t>(e.getResult()) << std::dec << ") "
+                          << e.getDescription().toUtf8();
+            return failures;
         } catch (...) {
             QVFaultDisarmAll();
             ADD_FAILURE() << "allocation " << n << " failed with an exception other than OutOfMemoryException";
             return failures;
         }
         QVFaultDisarmAll();
-        if (!failed)
+        if (!failed) {
+            if (failures > 0)
+                leaksFound();
             return failures;
+        }
         ++failures;
         unchanged();
     }

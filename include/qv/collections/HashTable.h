@@ -24,6 +24,13 @@ struct HashNode {
 // and frees them through the function given at construction; keys are the
 // maps' business, so lookups take the hash and a match predicate.
 //
+// A chain that grows past a few entries gets an ordered index beside it when
+// the keys have an order (KeyOrder), so that many keys sharing a hash or
+// a bucket cost a logarithmic lookup instead of a walk; the chain itself,
+// and with it every order the table shows, stays exactly as it would be
+// without the index. The index is only an accelerator: when memory for it
+// runs out the chain is simply walked.
+//
 // Not synchronised: one thread at a time.
 class QV_EXPORT HashTable {
 public:
@@ -31,10 +38,29 @@ public:
     static constexpr float DEFAULT_LOAD = 0.75f;
 
     typedef void (*DestroyNode)(HashNode* node) noexcept;
+    // How a map's keys are ordered in a chain's index.
+    struct KeyOrder {
+        // Two entries with the same hash: negative, 0 or positive, and 0
+        // exactly when their keys are equal.
+        int (*compareNodes)(const HashNode* a, const HashNode* b) noexcept;
+        // The wanted key (as the map passes it to find) against an entry.
+        int (*compareKey)(const void* key, const HashNode* node) noexcept;
+        // A digest of the whole key, the same for equal keys. The index
+        // orders by it before the keys, so most of its comparisons need not
+        // read a key at all.
+        uint64_t (*digestNode)(const HashNode* node) noexcept;
+        uint64_t (*digestKey)(const void* key) noexcept;
+    };
+
+    // A digest of UTF-16 text for KeyOrder, with case folded as
+    // QVToLowerW does when foldCase is true. Seeded per process, so that
+    // keys cannot be chosen in advance to collide in it as well.
+    static uint64_t digestUnits(const char16_t* units, int32_t count, bool foldCase) noexcept;
 
     // capacity >= 1 and a load factor above 0, otherwise ResultException
-    // 0x80070057.
-    HashTable(int32_t capacity, float load, DestroyNode destroy);
+    // 0x80070057. Without an order (which must outlive the table), chains
+    // are never indexed.
+    HashTable(int32_t capacity, float load, DestroyNode destroy, const KeyOrder* order = nullptr);
     HashTable(const HashTable&) = delete;
     HashTable& operator=(const HashTable&) = delete;
     ~HashTable();
@@ -64,6 +90,16 @@ public:
         return nullptr;
     }
 
+    // The entry with this hash whose key is equal to key (by the table's
+    // KeyOrder), or null; match decides in chains that have no index.
+    template <class Match>
+    HashNode* find(uint32_t hash, const void* key, Match&& match) const
+    {
+        if (m_indexes && m_indexes[hash % static_cast<uint32_t>(m_capacity)])
+            return findIndexed(hash, key);
+        return find(hash, match);
+    }
+
     // Unlinks the first entry with this hash that match accepts and hands it
     // to the caller (who frees it); size - 1, modCount + 1. Null, and no
     // change, when there is none.
@@ -83,6 +119,19 @@ public:
         return nullptr;
     }
 
+    // detach() by key, as find() by key.
+    template <class Match>
+    HashNode* detach(uint32_t hash, const void* key, Match&& match)
+    {
+        if (m_indexes && m_indexes[hash % static_cast<uint32_t>(m_capacity)]) {
+            HashNode* node = findIndexed(hash, key);
+            if (node)
+                unlink(node);
+            return node;
+        }
+        return detach(hash, match);
+    }
+
     // Links a new entry (its hash already set) at the head of its bucket,
     // growing the table first when the size has reached the threshold;
     // modCount + 1, size + 1. When growing fails for lack of memory nothing
@@ -98,9 +147,20 @@ public:
     // new table cannot be allocated.
     void clear();
 
+    // The number of chains that carry an index (for tests and benchmarks).
+    int32_t getIndexedChainCount() const noexcept;
+
 private:
     friend class HashCursor;
+    struct ChainIndex;
 
+    HashNode* findIndexed(uint32_t hash, const void* key) const noexcept;
+    void unlink(HashNode* node) noexcept;
+    void indexAfterInsert(HashNode* node) noexcept;
+    void buildIndex(uint32_t bucket) noexcept;
+    void buildIndexes() noexcept;
+    ChainIndex** carryIndexes(int32_t capacity) noexcept;
+    void freeIndexes() noexcept;
     void allocTable(int32_t capacity);
     void rehash();
     void freeNodes(HashNode** table, int32_t capacity) noexcept;
@@ -114,6 +174,10 @@ private:
     HashNode** m_table = nullptr;
     uint32_t m_generation = 0;
     DestroyNode m_destroy;
+    const KeyOrder* m_order;
+    // One slot per bucket, null until a chain first needs an index; a slot
+    // is null for a chain without one.
+    ChainIndex** m_indexes = nullptr;
 };
 
 // A fail-fast walk over a HashTable: buckets from the highest index down,

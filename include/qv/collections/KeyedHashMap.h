@@ -23,6 +23,8 @@ namespace collections {
 //   static uint32_t hash(const Key& k);
 //   static bool equal(const Key& s, const Key& k);
 //   static Key store(const Key& k);      // the form kept in the table
+//   static int compare(const Key& a, const Key& b);  // 0 exactly when equal
+//   static uint64_t digest(const Key& k);  // of the whole key, equal for equal keys
 template <class Key, class Traits>
 class KeyedHashMap : public Object {
 public:
@@ -61,13 +63,13 @@ public:
     };
 
     explicit KeyedHashMap(int32_t capacity = DEFAULT_CAPACITY, float load = DEFAULT_LOAD)
-        : m_table(capacity, load, &destroyEntry)
+        : m_table(capacity, load, &destroyEntry, keyOrder())
     {
     }
     // A new object (unreferenced) with calcCapacity(other's size) buckets and
     // other's load factor.
     KeyedHashMap(const KeyedHashMap& other)
-        : Object(), m_table(calcCapacity(other.getSize()), other.getLoadFactor(), &destroyEntry)
+        : Object(), m_table(calcCapacity(other.getSize()), other.getLoadFactor(), &destroyEntry, keyOrder())
     {
         for (int32_t i = other.m_table.getCapacity() - 1; i >= 0; --i) {
             for (HashNode* node = other.m_table.getBucket(i); node; node = node->next)
@@ -85,6 +87,8 @@ public:
     int32_t getCapacity() const noexcept { return m_table.getCapacity(); }
     int32_t getThreshold() const noexcept { return m_table.getThreshold(); }
     float getLoadFactor() const noexcept { return m_table.getLoadFactor(); }
+    // How many chains carry an ordered index (see HashTable).
+    int32_t getIndexedChainCount() const noexcept { return m_table.getIndexedChainCount(); }
 
     bool containsKey(const Key& key) const { return findEntry(key, Traits::hash(key)) != nullptr; }
     // By the default comparator.
@@ -125,7 +129,7 @@ public:
     // The value removed, or null when the key was absent.
     Reference<IQVUnknown> remove(const Key& key)
     {
-        HashNode* node = m_table.detach(Traits::hash(key), [&](HashNode* candidate) {
+        HashNode* node = m_table.detach(Traits::hash(key), &key, [&](HashNode* candidate) {
             return Traits::equal(entryOf(candidate)->m_key, key);
         });
         if (!node)
@@ -140,12 +144,28 @@ public:
 
 private:
     static Entry* entryOf(HashNode* node) noexcept { return static_cast<Entry*>(node); }
+    static const Entry* entryOf(const HashNode* node) noexcept { return static_cast<const Entry*>(node); }
     static void destroyEntry(HashNode* node) noexcept { delete entryOf(node); }
+    static int compareEntries(const HashNode* a, const HashNode* b) noexcept
+    {
+        return Traits::compare(entryOf(a)->m_key, entryOf(b)->m_key);
+    }
+    static int compareKey(const void* key, const HashNode* node) noexcept
+    {
+        return Traits::compare(*static_cast<const Key*>(key), entryOf(node)->m_key);
+    }
+    static uint64_t digestEntry(const HashNode* node) noexcept { return Traits::digest(entryOf(node)->m_key); }
+    static uint64_t digestKey(const void* key) noexcept { return Traits::digest(*static_cast<const Key*>(key)); }
+    static const HashTable::KeyOrder* keyOrder() noexcept
+    {
+        static const HashTable::KeyOrder order{&compareEntries, &compareKey, &digestEntry, &digestKey};
+        return &order;
+    }
 
     Entry* findEntry(const Key& key, uint32_t hash) const
     {
-        HashNode* node =
-            m_table.find(hash, [&](HashNode* candidate) { return Traits::equal(entryOf(candidate)->m_key, key); });
+        HashNode* node = m_table.find(
+            hash, &key, [&](HashNode* candidate) { return Traits::equal(entryOf(candidate)->m_key, key); });
         return node ? entryOf(node) : nullptr;
     }
 

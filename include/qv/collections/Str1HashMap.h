@@ -11,6 +11,11 @@ struct Str1KeyTraits {
     static uint32_t hash(const Str1& key) noexcept { return key.hashCode(false); }
     static bool equal(const Str1& stored, const Str1& key) noexcept { return stored.equals(key); }
     static Str1 store(const Str1& key) { return key; }
+    static int compare(const Str1& a, const Str1& b) noexcept { return a.compare(b); }
+    static uint64_t digest(const Str1& key) noexcept
+    {
+        return HashTable::digestUnits(key.getData(), key.getLength(), false);
+    }
 };
 
 // Keys are kept lower-cased, and looked up with case folded, so a key is
@@ -23,6 +28,11 @@ struct Str1LowerCaseKeyTraits {
         Str1 lower(key);
         lower.toLower();
         return lower;
+    }
+    static int compare(const Str1& a, const Str1& b) noexcept { return a.compare(b, true); }
+    static uint64_t digest(const Str1& key) noexcept
+    {
+        return HashTable::digestUnits(key.getData(), key.getLength(), true);
     }
 };
 

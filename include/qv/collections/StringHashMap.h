@@ -4,6 +4,8 @@
 #include <qv/collections/KeyedHashMap.h>
 #include <qv/lang/String.h>
 
+#include <string>
+
 namespace qv {
 namespace collections {
 
@@ -12,6 +14,22 @@ struct StringKeyTraits {
     static bool equal(const String& stored, const String& key) { return stored == key; }
     // Shares the key's buffer; the key's later edits copy it first.
     static String store(const String& key) { return key; }
+    // Any order that is 0 exactly for equal keys serves the table: units in
+    // turn, then length.
+    static int compare(const String& a, const String& b) noexcept
+    {
+        const int32_t lengthA = a.getLength();
+        const int32_t lengthB = b.getLength();
+        const int order = std::char_traits<char16_t>::compare(
+            a.getData(), b.getData(), static_cast<size_t>(lengthA < lengthB ? lengthA : lengthB));
+        if (order != 0)
+            return order;
+        return lengthA == lengthB ? 0 : (lengthA < lengthB ? -1 : 1);
+    }
+    static uint64_t digest(const String& key) noexcept
+    {
+        return HashTable::digestUnits(key.getData(), key.getLength(), false);
+    }
 };
 
 // qv::String keys (case-sensitive, hashed by String::hashCode) to component

@@ -25,9 +25,16 @@ void ClassManagerBase::registerClass(const char16_t* name, const std::type_info*
     if (m_byName.find(name) != m_byName.end())
         return;
     Reference<Class> cls(new Class(name, type, creator, instanceTest));
-    m_byName.emplace(name, cls);
-    // A type listed under two names keeps the first name's class.
-    m_byType.emplace(type, cls);
+    auto named = m_byName.emplace(name, cls).first;
+    // A type listed under two names keeps the first name's class. Both
+    // indexes or neither: a class found by name but not by type would be
+    // half registered.
+    try {
+        m_byType.emplace(type, cls);
+    } catch (...) {
+        m_byName.erase(named);
+        throw;
+    }
 }
 
 const Class* ClassManagerBase::lookupName(const char16_t* name) const

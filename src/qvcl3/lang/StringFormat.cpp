@@ -1,41 +1,52 @@
 #include <qv/core/Exception.h>
 #include <qv/lang/String.h>
 
+#include "UnitScratch.h"
+
 #include <algorithm>
 #include <charconv>
 #include <cinttypes>
 #include <cstdio>
-#include <stdexcept>
-#include <utility>
 #include <vector>
 
 namespace qv {
 
 namespace {
 
-// "{n}" as valueOf(int) prints n: no sign, no leading zeros.
-struct Placeholder {
-    Placeholder() noexcept = default;
-    explicit Placeholder(int32_t index) noexcept
-    {
-        char16_t digits[12];
-        int32_t count = 0;
-        uint32_t v = static_cast<uint32_t>(index);
-        do {
-            digits[count++] = static_cast<char16_t>(u'0' + v % 10);
-            v /= 10;
-        } while (v != 0);
-        units[length++] = u'{';
-        while (count > 0)
-            units[length++] = digits[--count];
-        units[length++] = u'}';
+// The units of "{n}" as valueOf(int) prints n: no sign, no leading zeros.
+int32_t placeholderLength(int32_t index) noexcept
+{
+    int32_t digits = 1;
+    for (uint32_t v = static_cast<uint32_t>(index); v >= 10; v /= 10)
+        ++digits;
+    return digits + 2;
+}
+
+// The index of the placeholder "{n}" that starts at text[at] (a '{'), or -1
+// when none starts there. Only n below limit counts: an index beyond the
+// number of placeholders can never be reached by the scan from "{0}".
+int32_t placeholderAt(const char16_t* text, int32_t length, int32_t at, int32_t limit) noexcept
+{
+    int32_t i = at + 1;
+    if (i >= length || text[i] < u'0' || text[i] > u'9')
+        return -1;
+    int64_t index = 0;
+    if (text[i] == u'0') {
+        ++i;
+    } else {
+        while (i < length && text[i] >= u'0' && text[i] <= u'9') {
+            index = index * 10 + (text[i] - u'0');
+            if (index >= limit)
+                return -1;
+            ++i;
+        }
     }
-    char16_t units[14] = {};
-    int32_t length = 0;
-};
+    if (i >= length || text[i] != u'}' || index >= limit)
+        return -1;
+    return static_cast<int32_t>(index);
+}
 
 struct Argument {
-    Placeholder placeholder;
     const char16_t* text = nullptr;
     int32_t length = 0;
 };
@@ -45,6 +56,11 @@ struct Argument {
 template <class T, size_t N>
 class SmallList {
 public:
+    explicit SmallList(size_t size) : m_size(size)
+    {
+        if (size > N)
+            m_heap.resize(size);
+    }
     void push(const T& value)
     {
         if (m_heap.empty() && m_size < N) {
@@ -57,16 +73,11 @@ public:
         ++m_size;
     }
     T* begin() noexcept { return m_heap.empty() ? m_local : m_heap.data(); }
-    T* end() noexcept { return begin() + m_size; }
-    const T& at(size_t index)
-    {
-        if (index >= m_size)
-            throw std::out_of_range("format argument index");
-        return begin()[index];
-    }
+    T& operator[](size_t index) noexcept { return begin()[index]; }
+    size_t size() const noexcept { return m_size; }
 
 private:
-    T m_local[N];
+    T m_local[N] = {};
     std::vector<T> m_heap;
     size_t m_size = 0;
 };
@@ -118,86 +129,92 @@ String fromAscii(const char* text, int32_t length)
 
 } // namespace
 
+// "{n}" takes argument n for every n from 0 up to the first index missing
+// from the pattern (or the last argument); every other text stays as it is,
+// and argument text is never searched again. One scan counts the
+// placeholders, a second writes the result, so the work is linear in the
+// pattern and the output whatever the pattern holds.
 template <class NextArgument>
 void String::formatWith(NextArgument& next)
 {
-    SmallList<Argument, 16> arguments;
-    // Placeholder position in the pattern -> argument index, sorted below.
-    SmallList<std::pair<int32_t, int32_t>, 64> positions;
-    int64_t finalLength = currentLength();
-    for (int32_t n = 0; n < INT32_MAX; ++n) {
-        Placeholder placeholder(n);
-        TextRef wanted(placeholder.units, placeholder.length);
-        int32_t position = indexOf(wanted, 0);
-        if (position < 0)
-            break;
+    const char16_t* pattern = currentData();
+    const int32_t length = currentLength();
+    // k placeholders need at least 3k units, so no index from length / 3 on
+    // can be reached.
+    const int32_t limit = length / 3 + 1;
+    SmallList<int32_t, 64> counts(static_cast<size_t>(limit));
+    for (int32_t i = 0; i < length; ++i) {
+        if (pattern[i] != u'{')
+            continue;
+        int32_t index = placeholderAt(pattern, length, i, limit);
+        if (index >= 0) {
+            ++counts[static_cast<size_t>(index)];
+            i += placeholderLength(index) - 1;
+        }
+    }
+    SmallList<Argument, 16> arguments(0);
+    int64_t finalLength = length;
+    for (int32_t n = 0; n < limit && counts[static_cast<size_t>(n)] > 0; ++n) {
         const char16_t* text = nullptr;
         if (!next.next(text))
             break;
-        Argument argument{placeholder, text, QVStrLenW(text)};
+        Argument argument{text, QVStrLenW(text)};
         arguments.push(argument);
-        while (position >= 0) {
-            positions.push(std::make_pair(position, n));
-            finalLength += argument.length - placeholder.length;
-            position = indexOf(wanted, position + placeholder.length);
-        }
+        finalLength += static_cast<int64_t>(counts[static_cast<size_t>(n)]) *
+                       (argument.length - placeholderLength(n));
     }
-    std::sort(positions.begin(), positions.end());
-    // Room for the result at once, so the replacements below never grow the
-    // buffer one step at a time.
-    int32_t length = currentLength();
-    if (finalLength > length && finalLength < INT32_MAX / 2) {
-        getWriteLock(static_cast<int32_t>(finalLength));
-        releaseWriteLock(length);
-    }
-    int32_t offset = 0;
-    for (const auto& entry : positions) {
-        const Argument& argument = arguments.at(static_cast<size_t>(entry.second));
-        const Placeholder& placeholder = argument.placeholder;
-        int32_t found = indexOf(TextRef(placeholder.units, placeholder.length), offset);
-        if (found < 0)
+    const int32_t taken = static_cast<int32_t>(arguments.size());
+    if (taken == 0)
+        return;
+    if (finalLength > detail::kMaxStringLength)
+        throw OutOfMemoryException();
+    String result;
+    char16_t* out = result.getWriteLock(static_cast<int32_t>(finalLength));
+    int32_t copied = 0;
+    for (int32_t i = 0; i < length; ++i) {
+        if (pattern[i] != u'{')
             continue;
-        replace(found, placeholder.length, argument.text ? argument.text : u"", argument.length, 0);
-        offset = found + argument.length;
+        int32_t index = placeholderAt(pattern, length, i, taken);
+        if (index < 0)
+            continue;
+        std::copy(pattern + copied, pattern + i, out);
+        out += i - copied;
+        const Argument& argument = arguments[static_cast<size_t>(index)];
+        std::copy(argument.text, argument.text + argument.length, out);
+        out += argument.length;
+        i += placeholderLength(index) - 1;
+        copied = i + 1;
     }
+    std::copy(pattern + copied, pattern + length, out);
+    result.releaseWriteLock(static_cast<int32_t>(finalLength));
+    setAddRef(result);
 }
 
+// The result is made in a String of its own and taken over at the end:
+// until then this String keeps its text, so arguments (or the pattern) taken
+// from it stay valid, and a failed allocation leaves it as it was.
 const String& String::formatArray(const char16_t* pattern, int32_t patternLength, const char16_t* const* list,
                                   int32_t count)
 {
-    // An argument taken from this String's own text must survive the pattern
-    // being written over it: holding the old buffer makes the write copy.
-    String keep;
-    const char16_t* data = currentData();
-    const char16_t* end = data + currentLength() + 1;
-    std::less<const char16_t*> before;
-    for (int32_t i = 0; i < count; ++i) {
-        if (list[i] && !before(list[i], data) && before(list[i], end)) {
-            keep.setAddRef(*this);
-            break;
-        }
-    }
-    setTo(pattern, patternLength);
+    String work;
+    work.setTo(pattern, patternLength);
     ListArguments arguments(list, count < 0 ? 0 : count);
-    formatWith(arguments);
-    return *this;
+    work.formatWith(arguments);
+    return setAddRef(work);
 }
 
 const String& String::formatArray(const String& pattern, const char16_t* const* list, int32_t count)
 {
-    String keep(pattern);
-    return formatArray(keep.currentData(), keep.currentLength(), list, count);
+    return formatArray(pattern.currentData(), pattern.currentLength(), list, count);
 }
 
 const String& String::formatv(const char16_t* pattern, int32_t patternLength, va_list arguments)
 {
-    // The arguments are read only after the pattern is in place; any of them
-    // pointing into this String's old text stays valid through this hold.
-    String keep(*this);
-    setTo(pattern, patternLength);
+    String work;
+    work.setTo(pattern, patternLength);
     VaArguments source(arguments);
-    formatWith(source);
-    return *this;
+    work.formatWith(source);
+    return setAddRef(work);
 }
 
 const String& String::formatv(const unsigned short* pattern, int32_t patternLength, va_list arguments)
@@ -207,8 +224,7 @@ const String& String::formatv(const unsigned short* pattern, int32_t patternLeng
 
 const String& String::formatv(const String& pattern, va_list arguments)
 {
-    String keep(pattern);
-    return formatv(keep.currentData(), keep.currentLength(), arguments);
+    return formatv(pattern.currentData(), pattern.currentLength(), arguments);
 }
 
 String String::valueOf(bool value)

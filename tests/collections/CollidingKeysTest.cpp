@@ -1,0 +1,159 @@
+#include "TestElements.h"
+
+#include <qv/collections/IntegerHashMap.h>
+#include <qv/collections/Str1HashMap.h>
+#include <qv/collections/StringHashMap.h>
+#include <qv/collections/qvcom/HashMap.h>
+
+#include <gtest/gtest.h>
+
+#include <random>
+#include <string>
+#include <vector>
+
+using namespace qv;
+using namespace qv::collections;
+using qvtest::idOf;
+using qvtest::unk;
+
+namespace {
+
+template <class Map>
+std::vector<int32_t> valueIdsInOrder(Map& map)
+{
+    std::vector<int32_t> ids;
+    typename Map::Iterator it = map.createIterator();
+    while (it.hasNext())
+        ids.push_back(idOf(it.next().getValue().get()));
+    return ids;
+}
+
+std::vector<int32_t> keyIdsInOrder(collections::qvcom::HashMap& map)
+{
+    return qvtest::drain(*map.createKeyIterator());
+}
+
+// Runs a keyed map (whose long chains get an index) and a component HashMap
+// (whose chains never do) through the same random puts, removals and
+// iterator removals, with key i of the keyed map standing for TestKey i with
+// the same hash in the component map. Both share the table rules, so every
+// order must stay identical and every lookup must agree.
+template <class Map, class Key, class Hash>
+void runBesideUnindexedTable(const std::vector<Key>& keys, Hash hashOf, uint32_t seed)
+{
+    Map map;
+    collections::qvcom::HashMap oracle;
+    std::vector<Reference<qvtest::TestKey>> oracleKeys;
+    for (size_t i = 0; i < keys.size(); ++i)
+        oracleKeys.push_back(qvtest::key(static_cast<int32_t>(i), hashOf(keys[i])));
+    std::mt19937 random(seed);
+    const int32_t n = static_cast<int32_t>(keys.size());
+    int32_t mostIndexed = 0;
+    for (int step = 0; step < 6 * n; ++step) {
+        const int32_t i = static_cast<int32_t>(random() % static_cast<uint32_t>(n));
+        const uint32_t action = random() % 10;
+        if (action < 6) {
+            Reference<IQVUnknown> value = unk(qvtest::key(i));
+            EXPECT_EQ(idOf(map.put(keys[i], value.get()).get()),
+                      idOf(oracle.put(unk(oracleKeys[i]), value.get()).get()));
+        } else if (action < 9) {
+            EXPECT_EQ(idOf(map.remove(keys[i]).get()), idOf(oracle.remove(unk(oracleKeys[i])).get()));
+        } else if (map.getSize() > 0) {
+            // Remove the entry at a random place of the walk, through both
+            // iterators.
+            const int32_t at = i % map.getSize();
+            typename Map::Iterator it = map.createIterator();
+            Reference<collections::qvcom::HashMapIterator> oracleIt = oracle.createKeyIterator();
+            for (int32_t k = 0; k <= at; ++k) {
+                it.next();
+                oracleIt->next();
+            }
+            it.remove();
+            oracleIt->remove();
+        }
+        if (map.getIndexedChainCount() > mostIndexed)
+            mostIndexed = map.getIndexedChainCount();
+        if (step % n == n - 1) {
+            ASSERT_EQ(map.getSize(), oracle.getSize());
+            ASSERT_EQ(map.getCapacity(), oracle.getCapacity());
+            ASSERT_EQ(valueIdsInOrder(map), keyIdsInOrder(oracle)) << "step " << step;
+            for (int32_t k = 0; k < n; ++k)
+                ASSERT_EQ(idOf(map.get(keys[k]).get()), idOf(oracle.get(unk(oracleKeys[k])).get())) << k;
+        }
+    }
+    EXPECT_GT(mostIndexed, 0) << "no chain was ever long enough to be indexed";
+    map.clear();
+    oracle.clear();
+    EXPECT_EQ(valueIdsInOrder(map), keyIdsInOrder(oracle));
+    EXPECT_EQ(map.getIndexedChainCount(), 0);
+}
+
+} // namespace
+
+// 64-unit keys hash only their even positions: all of these collide.
+TEST(CollidingKeysTest, StringKeysThatShareOneHash)
+{
+    std::vector<String> keys;
+    for (int32_t i = 0; i < 1500; ++i) {
+        std::u16string text(64, u'k');
+        for (int32_t bit = 0; bit < 11; ++bit)
+            text[static_cast<size_t>(2 * bit + 1)] = (i >> bit) & 1 ? u'1' : u'0';
+        keys.emplace_back(text.data(), 64);
+    }
+    ASSERT_EQ(keys[0].hashCode(), keys[1499].hashCode());
+    runBesideUnindexedTable<StringHashMap>(
+        keys, [](const String& k) { return k.hashCode(false); }, 1);
+}
+
+// Distinct hashes in one bucket (multiples of the capacity), and a few
+// buckets at once, through two growths of the table.
+TEST(CollidingKeysTest, IntegerKeysThatShareBuckets)
+{
+    std::vector<int32_t> keys;
+    for (int32_t i = 0; i < 400; ++i)
+        keys.push_back((i % 4) + 101 * 203 * 407 * (i / 4 + 1));
+    runBesideUnindexedTable<IntegerHashMap>(
+        keys, [](int32_t k) { return static_cast<uint32_t>(k); }, 2);
+}
+
+// "Aa" and "BB" have the same polynomial hash; so have all nine-pair
+// concatenations of them.
+TEST(CollidingKeysTest, Str1KeysWithOnePolynomialHash)
+{
+    std::vector<std::u16string> texts;
+    for (int32_t i = 0; i < 512; ++i) {
+        std::u16string text;
+        for (int32_t bit = 0; bit < 9; ++bit)
+            text += (i >> bit) & 1 ? u"Aa" : u"BB";
+        texts.push_back(text);
+    }
+    std::vector<Str1> keys;
+    for (const auto& text : texts)
+        keys.emplace_back(text.c_str());
+    runBesideUnindexedTable<Str1HashMap>(
+        keys, [](const Str1& k) { return k.hashCode(false); }, 3);
+
+    // Folding case makes "Aa" and "BB" differ; "1z" and "2[" collide with
+    // or without case, and are found as "1Z".
+    std::vector<Str1> lower;
+    std::vector<Str1> upper;
+    for (int32_t i = 0; i < 512; ++i) {
+        std::u16string text;
+        for (int32_t bit = 0; bit < 9; ++bit)
+            text += (i >> bit) & 1 ? u"1z" : u"2[";
+        lower.emplace_back(text.c_str());
+        for (auto& unit : text)
+            unit = unit == u'z' ? u'Z' : unit;
+        upper.emplace_back(text.c_str());
+    }
+    ASSERT_EQ(lower[0].hashCode(true), lower[511].hashCode(true));
+    runBesideUnindexedTable<Str1HashMapLC>(
+        lower, [](const Str1& k) { return k.hashCode(true); }, 4);
+    Str1HashMapLC map;
+    for (size_t i = 0; i < lower.size(); ++i)
+        map.put(lower[i], unk(qvtest::key(static_cast<int32_t>(i))));
+    ASSERT_GT(map.getIndexedChainCount(), 0);
+    EXPECT_EQ(idOf(map.get(upper[7]).get()), 7);
+    EXPECT_EQ(idOf(map.remove(upper[9]).get()), 9);
+    EXPECT_FALSE(map.containsKey(lower[9]));
+}

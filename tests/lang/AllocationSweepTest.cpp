@@ -1,0 +1,76 @@
+// format, valueOf and the boxed numbers under allocation failure: every
+// failed allocation surfaces as OutOfMemoryException and the String being
+// written keeps its old text.
+#include <qv/core/Reference.h>
+#include <qv/lang/Double.h>
+#include <qv/lang/Integer32.h>
+#include <qv/lang/Integer64.h>
+#include <qv/lang/String.h>
+#include <qv/lang/UInteger16.h>
+
+#include <AllocationSweep.h>
+#include <gtest/gtest.h>
+
+#include <string>
+
+using namespace qv;
+
+namespace {
+
+class LangAllocationSweep : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        if (!qvtest::allocationFaultsAvailable())
+            GTEST_SKIP() << "built without fault injection";
+    }
+};
+
+} // namespace
+
+TEST_F(LangAllocationSweep, FormatKeepsTheOldTextWhenItFails)
+{
+    String target(u"old text");
+    String shared(target);
+    const std::u16string longArgument(300, u'x');
+    EXPECT_GT(
+        qvtest::sweepAllocations([&] { target.format(u"{0} and {1}, {0} again", -1, longArgument.c_str(), u"second"); },
+                                 [&] {
+                                     EXPECT_EQ(target.toU16String(), u"old text");
+                                     EXPECT_EQ(shared.toU16String(), u"old text");
+                                 }),
+        0);
+    EXPECT_EQ(target.toU16String(), longArgument + u" and second, " + longArgument + u" again");
+
+    // The String is its own pattern and argument.
+    String self(u"<{0}|{0}>");
+    qvtest::sweepAllocations([&] { self.format(self, self); }, [&] { EXPECT_EQ(self.toU16String(), u"<{0}|{0}>"); });
+    EXPECT_EQ(self.toU16String(), u"<<{0}|{0}>|<{0}|{0}>>");
+
+    const char16_t* many[40];
+    for (auto& argument : many)
+        argument = u"arg";
+    std::u16string pattern;
+    for (int i = 0; i < 40; ++i)
+        pattern += u"{" + String::valueOf(i).toU16String() + u"}";
+    String array(u"before");
+    qvtest::sweepAllocations([&] { array.formatArray(pattern.c_str(), -1, many, 40); },
+                             [&] { EXPECT_EQ(array.toU16String(), u"before"); });
+    EXPECT_EQ(array.getLength(), 120);
+}
+
+TEST_F(LangAllocationSweep, BoxedNumbersAndValueOf)
+{
+    qvtest::sweepAllocations([] {
+        Integer32 parsed(String(u"-123456"));
+        EXPECT_EQ(parsed.toInt32(), -123456);
+        EXPECT_EQ(parsed.toString().toU16String(), u"-123456");
+        Integer64 wide(static_cast<int64_t>(1) << 40);
+        EXPECT_EQ(wide.toString().toU16String(), u"1099511627776");
+        Double d(String(u"2.5"));
+        EXPECT_EQ(d.toString().toU16String(), u"2.5");
+        Reference<Object> copy(d.clone());
+        EXPECT_EQ(UInteger16::parseUInt16(String(u"ff"), 16), 255);
+        EXPECT_EQ(String::valueOf(-1.5e300).toU16String(), u"-1.5e+300");
+    });
+}
