@@ -10,7 +10,7 @@ namespace charset {
 // The UTF-16 encoders: CTBUTF16LE, CTBUTF16BE and the byte-order-neutral
 // CTBUTF16, which writes big-endian after a byte order mark (FE FF) placed
 // before the first character. A lone surrogate throws
-// InvalidCharacterException.
+// InvalidCharacterException. The family is implemented in CTBUTF16Base.cpp.
 class QV_EXPORT CTBUTF16Base : public CharToByteConverter
 {
 public:
@@ -30,8 +30,6 @@ private:
     {
         bool markPending;   // the byte order mark is still to be written
         char16_t high;      // high surrogate waiting for its low half
-        uint8_t heldCount;  // bytes that did not fit
-        uint8_t held[7];
     };
     bool m_bigEndian;
     bool m_byteOrderMark;

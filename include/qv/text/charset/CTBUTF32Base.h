@@ -10,7 +10,8 @@ namespace charset {
 // The UTF-32 encoders: CTBUTF32LE, CTBUTF32BE and the byte-order-neutral
 // CTBUTF32, which writes big-endian after a byte order mark (00 00 FE FF)
 // placed before the first character. A surrogate pair becomes one value; a
-// lone surrogate throws InvalidCharacterException.
+// lone surrogate throws InvalidCharacterException. The family is implemented
+// in CTBUTF32Base.cpp.
 class QV_EXPORT CTBUTF32Base : public CharToByteConverter
 {
 public:
@@ -30,8 +31,6 @@ private:
     {
         bool markPending;   // the byte order mark is still to be written
         char16_t high;      // high surrogate waiting for its low half
-        uint8_t heldCount;  // bytes that did not fit
-        uint8_t held[7];
     };
     bool m_bigEndian;
     bool m_byteOrderMark;

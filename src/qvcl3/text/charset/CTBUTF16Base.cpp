@@ -7,9 +7,8 @@
 namespace qv::text::charset {
 
 CTBUTF16Base::CTBUTF16Base(bool bigEndian, bool byteOrderMark)
-    : m_bigEndian(bigEndian), m_byteOrderMark(byteOrderMark), m_state{byteOrderMark, 0, 0, {}}
-{
-}
+    : m_bigEndian(bigEndian), m_byteOrderMark(byteOrderMark), m_state{byteOrderMark, 0}
+{}
 
 int32_t CTBUTF16Base::convert(const char16_t* in, int32_t* inPos, int32_t inEnd, signed char* out, int32_t* outPos,
                               int32_t outEnd)
@@ -24,7 +23,7 @@ int32_t CTBUTF16Base::flush(signed char* out, int32_t* outPos, int32_t outEnd)
 
 void CTBUTF16Base::reset()
 {
-    m_state = State{m_byteOrderMark, 0, 0, {}};
+    m_state = State{m_byteOrderMark, 0};
 }
 
 int CTBUTF16Base::getMaxBytesPerChar() const
@@ -37,27 +36,21 @@ int CTBUTF16Base::getMaxCharsPerByte() const
     return 1;
 }
 
-CTBUTF16LE::CTBUTF16LE() : CTBUTF16Base(false, false)
-{
-}
+CTBUTF16LE::CTBUTF16LE() : CTBUTF16Base(false, false) {}
 
 const char16_t* CTBUTF16LE::getEncodingName() const
 {
     return u"UTF-16LE";
 }
 
-CTBUTF16BE::CTBUTF16BE() : CTBUTF16Base(true, false)
-{
-}
+CTBUTF16BE::CTBUTF16BE() : CTBUTF16Base(true, false) {}
 
 const char16_t* CTBUTF16BE::getEncodingName() const
 {
     return u"UTF-16BE";
 }
 
-CTBUTF16::CTBUTF16() : CTBUTF16Base(true, true)
-{
-}
+CTBUTF16::CTBUTF16() : CTBUTF16Base(true, true) {}
 
 const char16_t* CTBUTF16::getEncodingName() const
 {

@@ -7,9 +7,8 @@
 namespace qv::text::charset {
 
 CTBUTF32Base::CTBUTF32Base(bool bigEndian, bool byteOrderMark)
-    : m_bigEndian(bigEndian), m_byteOrderMark(byteOrderMark), m_state{byteOrderMark, 0, 0, {}}
-{
-}
+    : m_bigEndian(bigEndian), m_byteOrderMark(byteOrderMark), m_state{byteOrderMark, 0}
+{}
 
 int32_t CTBUTF32Base::convert(const char16_t* in, int32_t* inPos, int32_t inEnd, signed char* out, int32_t* outPos,
                               int32_t outEnd)
@@ -24,7 +23,7 @@ int32_t CTBUTF32Base::flush(signed char* out, int32_t* outPos, int32_t outEnd)
 
 void CTBUTF32Base::reset()
 {
-    m_state = State{m_byteOrderMark, 0, 0, {}};
+    m_state = State{m_byteOrderMark, 0};
 }
 
 int CTBUTF32Base::getMaxBytesPerChar() const
@@ -37,27 +36,21 @@ int CTBUTF32Base::getMaxCharsPerByte() const
     return 1;
 }
 
-CTBUTF32LE::CTBUTF32LE() : CTBUTF32Base(false, false)
-{
-}
+CTBUTF32LE::CTBUTF32LE() : CTBUTF32Base(false, false) {}
 
 const char16_t* CTBUTF32LE::getEncodingName() const
 {
     return u"UTF-32LE";
 }
 
-CTBUTF32BE::CTBUTF32BE() : CTBUTF32Base(true, false)
-{
-}
+CTBUTF32BE::CTBUTF32BE() : CTBUTF32Base(true, false) {}
 
 const char16_t* CTBUTF32BE::getEncodingName() const
 {
     return u"UTF-32BE";
 }
 
-CTBUTF32::CTBUTF32() : CTBUTF32Base(true, true)
-{
-}
+CTBUTF32::CTBUTF32() : CTBUTF32Base(true, true) {}
 
 const char16_t* CTBUTF32::getEncodingName() const
 {
