@@ -1,16 +1,16 @@
-#ifndef QVCL3_TEXT_CHARSET_WIDEENCODER_H
-#define QVCL3_TEXT_CHARSET_WIDEENCODER_H
-
-// The UTF-16 and UTF-32 encoders differ only in the width of a unit and in
-// their block loop, so both are this one template; not installed.
+#include <qv/text/charset/CTBWideBase.h>
 
 #include "ConverterSupport.h"
 #include "Simd.h"
 
-namespace qv {
-namespace text {
-namespace charset {
-namespace detail {
+namespace qv::text::charset {
+
+namespace {
+
+using detail::combineSurrogates;
+using detail::isHighSurrogate;
+using detail::isLowSurrogate;
+using detail::isSurrogate;
 
 template <int Width>
 inline void storeWideUnit(uint32_t v, bool big, uint8_t* b)
@@ -76,7 +76,7 @@ inline void encodeUtf32Run(const char16_t* in, int32_t& ip, int32_t inEnd, uint8
 // nothing consumed, when its bytes do not all fit. A high surrogate that
 // ends the input waits in the state for its low half.
 template <int Width, typename State>
-bool encodeWideCharacter(Conversion<State>& c, bool big, const char16_t* in, int32_t inEnd, uint8_t* out,
+bool encodeWideCharacter(detail::Conversion<State>& c, bool big, const char16_t* in, int32_t inEnd, uint8_t* out,
                          int32_t outEnd)
 {
     uint32_t high = c.state.high;
@@ -84,7 +84,7 @@ bool encodeWideCharacter(Conversion<State>& c, bool big, const char16_t* in, int
     int32_t units = 1;
     if (high != 0) {
         if (!isLowSurrogate(v)) {
-            throwLoneHighSurrogate();
+            detail::throwLoneHighSurrogate();
         }
     } else if (isHighSurrogate(v)) {
         if (c.ip + 1 == inEnd) {
@@ -93,13 +93,13 @@ bool encodeWideCharacter(Conversion<State>& c, bool big, const char16_t* in, int
             return true;
         }
         if (!isLowSurrogate(in[c.ip + 1])) {
-            throwLoneHighSurrogate();
+            detail::throwLoneHighSurrogate();
         }
         high = v;
         v = in[c.ip + 1];
         units = 2;
     } else if (isLowSurrogate(v)) {
-        throwLoneLowSurrogate();
+        detail::throwLoneLowSurrogate();
     }
     // Mark, then the unit or units: at most three UTF-16 units or two
     // UTF-32 values.
@@ -119,7 +119,7 @@ bool encodeWideCharacter(Conversion<State>& c, bool big, const char16_t* in, int
     }
     storeWideUnit<Width>(v, big, bytes + n);
     n += Width;
-    if (!putWhole(bytes, n, out, c.op, outEnd)) {
+    if (!detail::putWhole(bytes, n, out, c.op, outEnd)) {
         return false;
     }
     c.state.markPending = false;
@@ -128,45 +128,69 @@ bool encodeWideCharacter(Conversion<State>& c, bool big, const char16_t* in, int
     return true;
 }
 
-// Width is 2 (UTF-16) or 4 (UTF-32). State holds markPending and high.
-template <int Width, typename State>
-int32_t encodeWide(State& state, bool big, const char16_t* in, int32_t* inPos, int32_t inEnd, signed char* outBytes,
-                   int32_t* outPos, int32_t outEnd)
+} // namespace
+
+template <int Width>
+CTBWideBase<Width>::CTBWideBase(bool bigEndian, bool byteOrderMark)
+    : m_bigEndian(bigEndian), m_byteOrderMark(byteOrderMark), m_state{byteOrderMark, 0}
+{}
+
+template <int Width>
+int32_t CTBWideBase<Width>::convert(const char16_t* in, int32_t* inPos, int32_t inEnd, signed char* outBytes,
+                                    int32_t* outPos, int32_t outEnd)
 {
     static_assert(Width == 2 || Width == 4, "a unit is two or four bytes");
-    return runConversion(state, in, inPos, inEnd, outBytes, outPos, outEnd, [&](Conversion<State>& c) {
-        uint8_t* out = reinterpret_cast<uint8_t*>(outBytes);
-        while (c.ip < inEnd && c.op < outEnd) {
-            if (!c.state.markPending && c.state.high == 0) {
-                if constexpr (Width == 2) {
-                    encodeUtf16Run(in, c.ip, inEnd, out, c.op, outEnd, big);
-                } else {
-                    encodeUtf32Run(in, c.ip, inEnd, out, c.op, outEnd, big);
-                }
-                if (c.ip >= inEnd || c.op >= outEnd) {
-                    break;
-                }
-            }
-            if (!encodeWideCharacter<Width>(c, big, in, inEnd, out, outEnd)) {
-                break;
-            }
-        }
-    });
+    const bool big = m_bigEndian;
+    uint8_t* out = reinterpret_cast<uint8_t*>(outBytes);
+    return detail::runConversion(m_state, in, inPos, inEnd, outBytes, outPos, outEnd,
+                                 [&](detail::Conversion<State>& c) {
+                                     while (c.ip < inEnd && c.op < outEnd) {
+                                         if (!c.state.markPending && c.state.high == 0) {
+                                             if constexpr (Width == 2) {
+                                                 encodeUtf16Run(in, c.ip, inEnd, out, c.op, outEnd, big);
+                                             } else {
+                                                 encodeUtf32Run(in, c.ip, inEnd, out, c.op, outEnd, big);
+                                             }
+                                             if (c.ip >= inEnd || c.op >= outEnd) {
+                                                 break;
+                                             }
+                                         }
+                                         if (!encodeWideCharacter<Width>(c, big, in, inEnd, out, outEnd)) {
+                                             break;
+                                         }
+                                     }
+                                 });
 }
 
-template <typename State>
-int32_t flushWide(State& state, signed char* outBytes, int32_t* outPos, int32_t outEnd)
+template <int Width>
+int32_t CTBWideBase<Width>::flush(signed char* out, int32_t* outPos, int32_t outEnd)
 {
-    checkFlushArguments(outBytes, outPos, outEnd);
-    if (state.high != 0) {
-        throwHighSurrogateAtEnd();
+    detail::checkFlushArguments(out, outPos, outEnd);
+    if (m_state.high != 0) {
+        detail::throwHighSurrogateAtEnd();
     }
     return 0;
 }
 
-} // namespace detail
-} // namespace charset
-} // namespace text
-} // namespace qv
+template <int Width>
+void CTBWideBase<Width>::reset()
+{
+    m_state = State{m_byteOrderMark, 0};
+}
 
-#endif
+template <int Width>
+int CTBWideBase<Width>::getMaxBytesPerChar() const
+{
+    return Width;
+}
+
+template <int Width>
+int CTBWideBase<Width>::getMaxCharsPerByte() const
+{
+    return 1;
+}
+
+template class CTBWideBase<2>;
+template class CTBWideBase<4>;
+
+} // namespace qv::text::charset
