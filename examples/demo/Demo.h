@@ -14,5 +14,8 @@ void demoRuntimeCore();
 void demoStrings();
 void demoNumbers();
 void demoEncodings();
+void demoIo();
+void demoTextIo();
+void demoExec();
 
 #endif

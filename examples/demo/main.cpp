@@ -173,6 +173,9 @@ int main()
         demoStrings();
         demoNumbers();
         demoEncodings();
+        demoIo();
+        demoTextIo();
+        demoExec();
     } catch (const qv::Exception& e) {
         std::printf("unexpected exception 0x%08X: %s\n", static_cast<unsigned>(e.getResult()),
                     e.getDescription().toUtf8().c_str());

@@ -168,6 +168,10 @@ QVCORE3_API void QVThreadSleep(uint32_t milliseconds) QVCORE3_NOEXCEPT;
 #define QV_PROCESS_PIPE_STDIN 0x1u
 #define QV_PROCESS_PIPE_STDOUT 0x2u
 #define QV_PROCESS_PIPE_STDERR 0x4u
+/* The child's standard error goes wherever its standard output goes (into
+   the output pipe when there is one). Not together with
+   QV_PROCESS_PIPE_STDERR (QV_E_INVALIDARG). */
+#define QV_PROCESS_MERGE_STDERR 0x8u
 
 /* The parent's ends of the child's pipes, as file descriptors usable with
    QVFileRead / QVFileWrite / QVFileClose; -1 where no pipe was asked for. The
@@ -240,6 +244,8 @@ QVCORE3_API QVRESULT QVModuleLibClose(QVHANDLE library) QVCORE3_NOEXCEPT;
 QVCORE3_API QVRESULT QVSharedMemOpen(const char* name, uint32_t size, uint32_t flags, QVHANDLE* handle) QVCORE3_NOEXCEPT;
 QVCORE3_API QVRESULT QVSharedMemMap(QVHANDLE handle, void** address) QVCORE3_NOEXCEPT;
 QVCORE3_API QVRESULT QVSharedMemUnmap(QVHANDLE handle) QVCORE3_NOEXCEPT;
+/* The bytes a map covers: the region's size when it was opened. */
+QVCORE3_API QVRESULT QVSharedMemGetSize(QVHANDLE handle, size_t* size) QVCORE3_NOEXCEPT;
 QVCORE3_API QVRESULT QVSharedMemClose(QVHANDLE handle) QVCORE3_NOEXCEPT;
 QVCORE3_API QVRESULT QVSharedMemUnlink(const char* name) QVCORE3_NOEXCEPT;
 
@@ -319,6 +325,122 @@ QVCORE3_API int32_t QVSocketErrorFromErrno(int32_t error) QVCORE3_NOEXCEPT;
 QVCORE3_API int32_t QVSocketErrorFromEai(int32_t eaiError) QVCORE3_NOEXCEPT;
 QVCORE3_API QVRESULT QVSocketLayerStartup(void) QVCORE3_NOEXCEPT;
 QVCORE3_API int32_t QVSocketLayerShutdown(void) QVCORE3_NOEXCEPT;
+
+/* ---- files, standard streams and terminals ---------------------------------
+   Files are plain descriptors, read, written and closed with QVFileRead,
+   QVFileWrite and QVFileClose above. Paths are narrow (UTF-8) text as the
+   file system takes it. Positions and sizes are 64-bit. */
+
+#define QV_FILE_READ 0x01u
+#define QV_FILE_WRITE 0x02u
+#define QV_FILE_CREATE 0x04u     /* create when missing (mode 0666 less the umask) */
+#define QV_FILE_TRUNCATE 0x08u   /* empty an existing file */
+#define QV_FILE_APPEND 0x10u     /* every write goes to the current end */
+#define QV_FILE_EXCLUSIVE 0x20u  /* with QV_FILE_CREATE: fail when it exists */
+
+/* Opens a file (never a directory: that is 0x80070015, EISDIR) with the
+   descriptor closed on exec. Without QV_FILE_WRITE it is opened for reading. */
+QVCORE3_API QVRESULT QVFileOpen(const char* path, uint32_t flags, int32_t* fd) QVCORE3_NOEXCEPT;
+
+#define QV_SEEK_SET 0
+#define QV_SEEK_CURRENT 1
+#define QV_SEEK_END 2
+/* position is optional. A pipe or terminal gives 0x8007001D (ESPIPE). */
+QVCORE3_API QVRESULT QVFileSeek(int32_t fd, int64_t offset, int32_t origin, int64_t* position) QVCORE3_NOEXCEPT;
+
+#define QV_FILE_TYPE_OTHER 0u
+#define QV_FILE_TYPE_REGULAR 1u
+#define QV_FILE_TYPE_DIRECTORY 2u
+#define QV_FILE_TYPE_CHARACTER 3u
+#define QV_FILE_TYPE_PIPE 4u
+#define QV_FILE_TYPE_SOCKET 5u
+typedef struct STRUCT_QV_FILE_STATUS {
+    int64_t size;          /* bytes, for regular files */
+    int64_t modified;      /* seconds since the POSIX epoch */
+    uint32_t type;         /* QV_FILE_TYPE_... */
+    uint32_t permissions;  /* the nine rwx bits */
+} STRUCT_QV_FILE_STATUS;
+QVCORE3_API QVRESULT QVFileGetStatus(int32_t fd, STRUCT_QV_FILE_STATUS* status) QVCORE3_NOEXCEPT;
+
+/* Bytes that can be read without blocking: what is left of a regular file,
+   what a pipe, socket or terminal holds, else 0. */
+QVCORE3_API QVRESULT QVFileAvailable(int32_t fd, int64_t* count) QVCORE3_NOEXCEPT;
+
+/* The system's text for a failure code, NUL-terminated and cut to capacity.
+   Called right after the failing call, it uses the thread's errno when that
+   still gives the same code, so errors that share a code keep their own text
+   (EIO and EACCES both give 0x80070005); otherwise the text comes from the
+   code alone. */
+QVCORE3_API QVRESULT QVResultGetText(QVRESULT code, char* buffer, int32_t capacity) QVCORE3_NOEXCEPT;
+
+/* The C library's standard streams: 0 input, 1 output, 2 error. */
+#define QV_STD_INPUT 0
+#define QV_STD_OUTPUT 1
+#define QV_STD_ERROR 2
+/* One line of at most capacity - 1 bytes from standard input (fgets);
+   *length is the length up to the first NUL. QV_S_FALSE when nothing was
+   read. When the stream's error flag is set afterwards the result is a
+   failure code (and the flag is cleared so a later read can try again). */
+QVCORE3_API QVRESULT QVStdReadLine(char* buffer, int32_t capacity, int32_t* length) QVCORE3_NOEXCEPT;
+/* Moves standard input by offset bytes (fseek from the current position). */
+QVCORE3_API QVRESULT QVStdSeek(int64_t offset) QVCORE3_NOEXCEPT;
+/* Writes to standard output or error through the C library's buffer; a
+   failure (error flag set, or fewer bytes taken) is a failure code. */
+QVCORE3_API QVRESULT QVStdWrite(int32_t stream, const void* data, uint32_t size) QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVStdFlush(int32_t stream) QVCORE3_NOEXCEPT;
+
+/* Turns off echo on the terminal behind fd and returns a token for
+   QVTerminalRestore. QV_S_FALSE (and token -1) when fd is not a terminal.
+   Until it is restored, the saved mode is also put back when SIGINT,
+   SIGTERM, SIGHUP or SIGQUIT arrives, before the signal takes its former
+   course, so an interrupted password prompt does not leave echo off. */
+QVCORE3_API QVRESULT QVTerminalEchoOff(int32_t fd, int32_t* token) QVCORE3_NOEXCEPT;
+/* Puts the saved mode back; token -1 does nothing. */
+QVCORE3_API QVRESULT QVTerminalRestore(int32_t token) QVCORE3_NOEXCEPT;
+/* ---- file channels ----------------------------------------------------
+   Positioned reads and writes, size, truncation, syncing to the device and
+   byte-range locks on a file descriptor. Positions and sizes are 64-bit.
+   Locks belong to the open file (the descriptor and its duplicates), not to
+   the process: two descriptors of one file exclude each other even within
+   one process, and closing some other descriptor of the file releases
+   nothing. Locks are advisory: they bind only processes that take them. */
+
+#define QV_FILE_CHANNEL_READ 0x1u
+#define QV_FILE_CHANNEL_WRITE 0x2u
+/* Create the file when it is missing (mode 0666 less the umask). */
+#define QV_FILE_CHANNEL_CREATE 0x4u
+/* Cut an existing file to size 0 (needs WRITE). */
+#define QV_FILE_CHANNEL_TRUNCATE 0x8u
+/* Fail with QV_E_ALREADY_EXISTS when the file exists (needs CREATE). */
+#define QV_FILE_CHANNEL_EXCLUSIVE 0x10u
+
+/* path is UTF-16. The descriptor is closed with QVFileClose and is not
+   inherited by child processes. Flags without READ or WRITE, or with unknown
+   bits, are QV_E_INVALIDARG. */
+QVCORE3_API QVRESULT QVFileChannelOpen(const char16_t* path, uint32_t flags, int32_t* fd) QVCORE3_NOEXCEPT;
+/* At most size bytes from position; *done is 0 at or past the end. */
+QVCORE3_API QVRESULT QVFileReadAt(int32_t fd, void* data, uint32_t size, int64_t position,
+                                  uint32_t* done) QVCORE3_NOEXCEPT;
+/* All of data at position unless an error stops it (*done tells how much
+   went out); a full device is 0x8007001C (ENOSPC). */
+QVCORE3_API QVRESULT QVFileWriteAt(int32_t fd, const void* data, uint32_t size, int64_t position,
+                                   uint32_t* done) QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVFileGetSize(int32_t fd, int64_t* size) QVCORE3_NOEXCEPT;
+/* Cuts the file to size bytes or extends it with zeros. */
+QVCORE3_API QVRESULT QVFileSetSize(int32_t fd, int64_t size) QVCORE3_NOEXCEPT;
+/* Writes the file's data (and with metadata != 0 its attributes) through to
+   the device. */
+QVCORE3_API QVRESULT QVFileSync(int32_t fd, int32_t metadata) QVCORE3_NOEXCEPT;
+
+#define QV_FILE_LOCK_SHARED 0x1u
+/* Wait for a conflicting lock to go; without it a conflict is QV_E_BUSY. */
+#define QV_FILE_LOCK_WAIT 0x2u
+
+/* Locks length bytes from position (length 0: to the end of the file however
+   far it grows). A lock over a range this descriptor already locks replaces
+   it there. */
+QVCORE3_API QVRESULT QVFileLock(int32_t fd, int64_t position, int64_t length, uint32_t flags) QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVFileUnlock(int32_t fd, int64_t position, int64_t length) QVCORE3_NOEXCEPT;
 
 /* ---- fault injection (test builds only) ----------------------------------
    Present when the library is built with QVCORE3_FAULT_INJECTION. An armed

@@ -23,7 +23,10 @@
     X(QVLibGetSymbol) X(QVModuleLibClose) X(QVSharedMemOpen) X(QVSharedMemMap) X(QVSharedMemUnmap)        \
     X(QVSharedMemClose) X(QVSharedMemUnlink) X(QVUnicodeToAnsi) X(QVGetDefaultCharEncoding)               \
     X(QVTimeGetLocal) X(QVTimeGetSystem) X(QVTimeFromPosix) X(QVSocketLayerStartup)              \
-    X(QVSocketLayerShutdown)
+    X(QVSocketLayerShutdown) X(QVFileOpen) X(QVFileSeek) X(QVFileGetStatus) X(QVFileAvailable)             \
+    X(QVStdReadLine) X(QVStdSeek) X(QVStdWrite) X(QVStdFlush) X(QVTerminalEchoOff) X(QVTerminalRestore) \
+    X(QVFileChannelOpen) X(QVFileReadAt) X(QVFileWriteAt) X(QVFileGetSize)       \
+    X(QVFileSetSize) X(QVFileSync) X(QVFileLock)
 
 namespace qvcore3 {
 

@@ -116,3 +116,4 @@ extern "C" QVRESULT QVFileClose(int32_t fd) noexcept
     }
     return qvcore3::FaultCheck(qvcore3::FaultOp::QVFileClose);
 }
+

@@ -285,7 +285,9 @@ extern "C" QVRESULT QVProcessCreate(const char16_t* program, const char16_t* arg
         pipes->stdinWrite = pipes->stdoutRead = pipes->stderrRead = -1;
     }
     size_t environmentCount = 0;
-    if ((flags & ~kPipeFlags) != 0 || *program == 0 ||
+    const bool mergeError = (flags & QV_PROCESS_MERGE_STDERR) != 0;
+    if ((flags & ~(kPipeFlags | QV_PROCESS_MERGE_STDERR)) != 0 || (mergeError && (flags & QV_PROCESS_PIPE_STDERR)) ||
+        *program == 0 ||
         (environment && !ValidEnvironment(environment, &environmentCount))) {
         return QV_E_INVALIDARG;
     }
@@ -330,6 +332,10 @@ extern "C" QVRESULT QVProcessCreate(const char16_t* program, const char16_t* arg
         } else if ((error = pipeFds.raise(stream)) == 0) {
             error = posix_spawn_file_actions_adddup2(&setup.m_actions, pipeFds.childEnd(stream), stream);
         }
+    }
+    // After the dup2 of the output pipe, so that error follows output there.
+    if (error == 0 && mergeError) {
+        error = posix_spawn_file_actions_adddup2(&setup.m_actions, 1, 2);
     }
     if (error == 0 && workingDirectory.c_str()) {
         error = posix_spawn_file_actions_addchdir_np(&setup.m_actions, workingDirectory.c_str());

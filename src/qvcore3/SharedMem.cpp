@@ -167,6 +167,19 @@ extern "C" QVRESULT QVSharedMemUnmap(QVHANDLE handle) noexcept
     return result;
 }
 
+extern "C" QVRESULT QVSharedMemGetSize(QVHANDLE handle, size_t* size) noexcept
+{
+    if (!size) {
+        return QV_E_POINTER;
+    }
+    HandleRef ref(handle, kMask);
+    if (!ref) {
+        return QV_E_INVALIDARG;
+    }
+    *size = ref.as<SharedMemObject>()->m_size;
+    return QV_S_OK;
+}
+
 // Unmaps as well when still mapped.
 extern "C" QVRESULT QVSharedMemClose(QVHANDLE handle) noexcept
 {

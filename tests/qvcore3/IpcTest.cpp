@@ -95,11 +95,18 @@ TEST(Ipc, SharedMemoryOpenMapAndErrors)
     std::strcpy(static_cast<char*>(a), "shared");
     EXPECT_STREQ(static_cast<const char*>(b), "shared");
     static_cast<char*>(b)[8191] = 'z'; // the grown size is mapped
+    size_t size = 0;
+    EXPECT_EQ(QVSharedMemGetSize(reader, &size), QV_S_OK);
+    EXPECT_EQ(size, 8192u);
+    EXPECT_EQ(QVSharedMemGetSize(writer, &size), QV_S_OK);
+    EXPECT_EQ(size, 100u); // sized when it was opened
+    EXPECT_EQ(QVSharedMemGetSize(writer, nullptr), QV_E_POINTER);
     EXPECT_EQ(QVSharedMemMap(reader, nullptr), QV_E_POINTER);
     EXPECT_EQ(QVSharedMemUnmap(writer), QV_S_OK);
     EXPECT_EQ(QVSharedMemClose(writer), QV_S_OK);
     EXPECT_EQ(QVSharedMemClose(reader), QV_S_OK); // still mapped: closing unmaps
     EXPECT_EQ(QVSharedMemClose(reader), QV_E_INVALIDARG);
+    EXPECT_EQ(QVSharedMemGetSize(reader, &size), QV_E_INVALIDARG);
     EXPECT_EQ(QVSharedMemUnlink(name.c_str()), QV_S_OK);
     EXPECT_EQ(QVSharedMemUnlink(name.c_str()), QV_E_FILE_NOT_FOUND);
 }

@@ -71,6 +71,27 @@ TEST(Process, OutputIsReadBackAndExitCodeReported)
     CloseAll(pipes);
 }
 
+TEST(Process, MergedErrorArrivesInTheOutputPipe)
+{
+    STRUCT_QV_PROCESS_PIPES pipes{};
+    QVHANDLE child = QV_INVALID_HANDLE;
+    ASSERT_EQ(RunChild("exit 3", QV_PROCESS_PIPE_STDOUT | QV_PROCESS_MERGE_STDERR, &pipes, &child), QV_S_OK);
+    EXPECT_EQ(pipes.stderrRead, -1);
+    int32_t code = -1;
+    ASSERT_EQ(QVProcessJoin(child, &code), QV_S_OK); // 8 bytes fit in the pipe
+    EXPECT_EQ(code, 3);
+    int64_t available = 0;
+    EXPECT_EQ(QVFileAvailable(pipes.stdoutRead, &available), QV_S_OK);
+    EXPECT_EQ(available, 8);
+    EXPECT_EQ(ReadAll(pipes.stdoutRead), "out\nerr\n");
+    EXPECT_EQ(QVFileAvailable(pipes.stdoutRead, &available), QV_S_OK);
+    EXPECT_EQ(available, 0);
+    EXPECT_EQ(QVFileAvailable(-1, &available), QV_E_INVALIDARG);
+    EXPECT_EQ(QVFileAvailable(pipes.stdoutRead, nullptr), QV_E_POINTER);
+    CloseAll(pipes);
+    EXPECT_EQ(RunChild("exit 0", QV_PROCESS_PIPE_STDERR | QV_PROCESS_MERGE_STDERR, &pipes, &child), QV_E_INVALIDARG);
+}
+
 TEST(Process, StdinIsPipedToTheChild)
 {
     STRUCT_QV_PROCESS_PIPES pipes{};
@@ -206,7 +227,7 @@ TEST(Process, FailuresLeaveNothingBehind)
 
     EXPECT_EQ(QVProcessCreate(nullptr, nullptr, nullptr, nullptr, 0, nullptr, &child), QV_E_POINTER);
     EXPECT_EQ(RunChild("exit 0", QV_PROCESS_PIPE_STDOUT, nullptr, &child), QV_E_POINTER);
-    EXPECT_EQ(RunChild("exit 0", 0x8, &pipes, &child), QV_E_INVALIDARG);
+    EXPECT_EQ(RunChild("exit 0", 0x10, &pipes, &child), QV_E_INVALIDARG);
     EXPECT_EQ(QVProcessCreate(u"", nullptr, nullptr, nullptr, 0, nullptr, &child), QV_E_INVALIDARG);
     const char16_t* badEnvironment[] = {u"NOEQUALS", nullptr};
     EXPECT_EQ(RunChild("exit 0", 0, nullptr, &child, badEnvironment), QV_E_INVALIDARG);

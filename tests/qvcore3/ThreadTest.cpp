@@ -47,13 +47,15 @@ TEST(Thread, JoinReturnsResultAndIdIsTheThreads)
 
 TEST(Thread, StackSizeIsHonoured)
 {
-    for (uint32_t requested : {1u << 20, (3u << 20) + 100u}) {
+    // glibc hands out a cached stack of any size up to four times the one
+    // asked for, so only the lower bound holds; the larger size is above the
+    // usual 8 MiB default, so an ignored size shows.
+    for (uint32_t requested : {1u << 20, (16u << 20) + 100u}) {
         Probe probe;
         QVHANDLE thread = QV_INVALID_HANDLE;
         ASSERT_EQ(QVThreadCreate(RecordAndReturn, &probe, 0, requested, &thread, nullptr), QV_S_OK);
         ASSERT_EQ(QVThreadJoin(thread, nullptr), QV_S_OK);
         EXPECT_GE(probe.stackSize.load(), requested);
-        EXPECT_LT(probe.stackSize.load(), requested + 65536u);
     }
 }
 

@@ -33,9 +33,13 @@ Result guardBoundary(Body&& body) noexcept
 }
 
 // The other direction: a failing code an ordinary member function cannot
-// handle is thrown as ResultException.
+// handle is thrown as ResultException; running out of memory is thrown as
+// OutOfMemoryException (same code), so that an allocation failure inside the
+// platform layer surfaces the way every other one does.
 inline void throwIfFailed(Result code)
 {
+    if (code == results::OUTOFMEMORY)
+        throw OutOfMemoryException();
     if (code < 0)
         throw ResultException(code);
 }

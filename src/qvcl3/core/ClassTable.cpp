@@ -16,10 +16,23 @@ const ClassTableRow g_repeatedClassRows[] = {
 };
 
 // A new area appends its fragment before the repeated rows.
+// clang-format off
 const ClassTableRow* const g_classTableFragments[] = {
-    g_coreClassRows,   g_langClassRows, g_mathClassRows,    g_collectionsClassRows, g_syncClassRows,
-    g_utilClassRows,   g_ioClassRows,   g_charsetClassRows, g_repeatedClassRows,    nullptr,
+    g_coreClassRows,
+    g_langClassRows,
+    g_mathClassRows,
+    g_collectionsClassRows,
+    g_syncClassRows,
+    g_utilClassRows,
+    g_ioClassRows,
+    g_charsetClassRows,
+    g_execClassRows,
+    g_ipcClassRows,
+    g_i18nClassRows,
+    g_repeatedClassRows,
+    nullptr,
 };
+// clang-format on
 
 } // namespace detail
 } // namespace qv

@@ -29,6 +29,9 @@ extern const ClassTableRow g_syncClassRows[];
 extern const ClassTableRow g_utilClassRows[];
 extern const ClassTableRow g_ioClassRows[];
 extern const ClassTableRow g_charsetClassRows[];
+extern const ClassTableRow g_execClassRows[];
+extern const ClassTableRow g_ipcClassRows[];
+extern const ClassTableRow g_i18nClassRows[];
 extern const ClassTableRow g_repeatedClassRows[];
 
 // Ends with a null pointer.

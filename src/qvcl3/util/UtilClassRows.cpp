@@ -1,6 +1,7 @@
 #include "core/ClassTable.h"
 
 #include <qv/util/BasicBuffer.h>
+#include <qv/util/FilePath.h>
 
 namespace qv {
 namespace detail {
@@ -9,6 +10,7 @@ namespace detail {
 const ClassTableRow g_utilClassRows[] = {
     QV_CLASS_ROW_NO_CREATOR(util::AbstractByteBuffer),
     QV_CLASS_ROW_NO_CREATOR(util::AbstractCharBuffer),
+    QV_CLASS_ROW(util::FilePath),
     QV_CLASS_ROW(util::MTByteBuffer),
     QV_CLASS_ROW(util::MTCharBuffer),
     QV_CLASS_ROW(util::ROByteBuffer),

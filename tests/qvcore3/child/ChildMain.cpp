@@ -68,6 +68,7 @@ int main(int argc, char** argv)
     const std::string mode = argc > 1 ? argv[1] : "";
     if (mode == "exit" && argc > 2) {
         std::fputs("out\n", stdout);
+        std::fflush(stdout);
         std::fputs("err\n", stderr);
         return std::atoi(argv[2]);
     }

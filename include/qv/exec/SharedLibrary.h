@@ -1,0 +1,38 @@
+#ifndef QV_EXEC_SHAREDLIBRARY_H
+#define QV_EXEC_SHAREDLIBRARY_H
+
+#include <qv/core/Object.h>
+
+#include <cstdint>
+
+namespace qv {
+namespace exec {
+
+// A shared object loaded into this process for the life of this object.
+// Addresses taken from it are valid only while it lives.
+class QV_EXPORT SharedLibrary : public Object {
+public:
+    // A path with a slash is taken as it is; a bare name is searched the
+    // system's way. ResultException "Failed to open shared library." with the
+    // platform's code (0x80070002 for a missing file, 0x800700C1 for one that
+    // is no loadable object).
+    explicit SharedLibrary(const char16_t* path);
+    explicit SharedLibrary(const unsigned short* path);
+    SharedLibrary(const SharedLibrary&) = delete;
+    SharedLibrary& operator=(const SharedLibrary&) = delete;
+    // Throws ResultException when the platform fails to unload it.
+    ~SharedLibrary() noexcept(false) override;
+
+    // The address of an exported symbol. ResultException "Failed to get
+    // symbol." with the platform's code (0x8007007F when there is none).
+    void* getSymbol(const char16_t* name) const;
+    void* getSymbol(const unsigned short* name) const;
+
+private:
+    int32_t m_handle;
+};
+
+} // namespace exec
+} // namespace qv
+
+#endif

@@ -1,0 +1,17 @@
+#include "core/ClassTable.h"
+
+#include <qv/i18n/MissingResourceException.h>
+#include <qv/i18n/StringBundle.h>
+
+namespace qv {
+namespace detail {
+
+// In the order of the class names; ends with a row whose type is null.
+const ClassTableRow g_i18nClassRows[] = {
+    QV_CLASS_ROW(i18n::MissingResourceException),
+    QV_CLASS_ROW_NO_CREATOR(i18n::StringBundle),
+    QV_CLASS_TABLE_END,
+};
+
+} // namespace detail
+} // namespace qv
