@@ -64,8 +64,12 @@ struct Result
     bool operator==(const Result& other) const { return ok == other.ok && (!ok || output == other.output); }
 };
 
+// Output elements of the longest character any converter writes at once.
+constexpr int32_t longestCharacter = 16;
+
 // Converts all of in through c, at most inStep elements and outStep slots
-// per call, then flushes. ok is false when the converter rejected the input
+// per call (more, one slot at a time, while the next character does not fit
+// whole), then flushes. ok is false when the converter rejected the input
 // with one of its two exceptions.
 template <typename Converter, typename In, typename Out>
 Result<Out> run(Converter& c, const In* in, int32_t size, int inStep, int outStep)
@@ -76,15 +80,22 @@ Result<Out> run(Converter& c, const In* in, int32_t size, int inStep, int outSte
     int32_t ip = 0;
     int32_t op = 0;
     bool stoppedEarly = false;
+    int32_t window = outStep;
     try {
         while (ip < size) {
             const int32_t inEnd = size - ip > inStep ? ip + inStep : size;
-            const int32_t outEnd = capacity - op > outStep ? op + outStep : capacity;
+            const int32_t outEnd = capacity - op > window ? op + window : capacity;
             const int32_t before = op;
             const int32_t beforeIn = ip;
             const int32_t written = c.convert(in, &ip, inEnd, out.data(), &op, outEnd);
             check(written == op - before, "return value is not the number written");
             check(ip >= beforeIn && ip <= inEnd && op >= before && op <= outEnd, "positions out of range");
+            if (ip != inEnd && op != outEnd && outEnd - op < longestCharacter && outEnd < capacity) {
+                // The next character does not fit whole: one more slot.
+                window = outEnd - op + 1;
+                continue;
+            }
+            window = outStep;
             if (ip != inEnd && op != outEnd) {
                 // Allowed once, just before an element the next call rejects.
                 check(!stoppedEarly, "stopped early twice without throwing");

@@ -182,6 +182,7 @@
 #include <qv/text/charset/CTBUTF32Base.h>
 #include <qv/text/charset/CTBUTF32LE.h>
 #include <qv/text/charset/CTBUTF8.h>
+#include <qv/text/charset/CTBWideBase.h>
 #include <qv/text/charset/CharToByteConverter.h>
 #include <qv/text/charset/CharsetExceptions.h>
 #include <qv/text/charset/CodecManager.h>

@@ -1,5 +1,6 @@
 #include "FaultInjection.h"
 #include "Utf.h"
+#include "UtfArithmetic.h"
 
 #include <langinfo.h>
 
@@ -38,8 +39,7 @@ size_t EncodedSize(Narrow narrow, char32_t cp) noexcept
         return 0;
     }
     switch (narrow) {
-    case Narrow::Utf8:
-        return cp < 0x80 ? 1 : cp < 0x800 ? 2 : cp < 0x10000 ? 3 : 4;
+    case Narrow::Utf8: return static_cast<size_t>(qvutf::utf8Length(cp));
     case Narrow::Latin1:
         return cp <= 0xFF ? 1 : 0;
     case Narrow::Ascii:
@@ -56,13 +56,7 @@ char* Encode(Narrow narrow, char32_t cp, char* out) noexcept
     } else if (size == 1) {
         *out++ = static_cast<char>(cp);
     } else {
-        static const unsigned char lead[] = {0, 0, 0xC0, 0xE0, 0xF0};
-        for (size_t i = size - 1; i > 0; --i) {
-            out[i] = static_cast<char>(0x80 | (cp & 0x3F));
-            cp >>= 6;
-        }
-        out[0] = static_cast<char>(lead[size] | cp);
-        out += size;
+        out += qvutf::encodeUtf8(cp, out);
     }
     return out;
 }

@@ -1,5 +1,7 @@
 #include "Utf.h"
 
+#include "UtfArithmetic.h"
+
 #include <cstring>
 
 namespace qvcore3 {
@@ -7,14 +9,14 @@ namespace qvcore3 {
 char32_t NextCodePoint(const char16_t* text, size_t end, size_t* position) noexcept
 {
     const char16_t unit = text[(*position)++];
-    if (unit < 0xD800 || unit > 0xDFFF) {
+    if (!qvutf::isSurrogate(unit)) {
         return unit;
     }
-    if (unit <= 0xDBFF && *position < end) {
+    if (qvutf::isHighSurrogate(unit) && *position < end) {
         const char16_t low = text[*position];
-        if (low >= 0xDC00 && low <= 0xDFFF) {
+        if (qvutf::isLowSurrogate(low)) {
             ++*position;
-            return 0x10000 + ((static_cast<char32_t>(unit) - 0xD800) << 10) + (low - 0xDC00);
+            return qvutf::combineSurrogates(unit, low);
         }
     }
     return kUnpairedSurrogate;
@@ -36,7 +38,7 @@ size_t Utf8Length(const char16_t* text, size_t count) noexcept
     size_t position = 0;
     while (position < count) {
         const char32_t cp = NextOrReplacement(text, count, &position);
-        bytes += cp < 0x80 ? 1 : cp < 0x800 ? 2 : cp < 0x10000 ? 3 : 4;
+        bytes += static_cast<size_t>(qvutf::utf8Length(cp));
     }
     return bytes;
 }
@@ -45,22 +47,7 @@ char* WriteUtf8(const char16_t* text, size_t count, char* out) noexcept
 {
     size_t position = 0;
     while (position < count) {
-        const char32_t cp = NextOrReplacement(text, count, &position);
-        if (cp < 0x80) {
-            *out++ = static_cast<char>(cp);
-        } else if (cp < 0x800) {
-            *out++ = static_cast<char>(0xC0 | (cp >> 6));
-            *out++ = static_cast<char>(0x80 | (cp & 0x3F));
-        } else if (cp < 0x10000) {
-            *out++ = static_cast<char>(0xE0 | (cp >> 12));
-            *out++ = static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
-            *out++ = static_cast<char>(0x80 | (cp & 0x3F));
-        } else {
-            *out++ = static_cast<char>(0xF0 | (cp >> 18));
-            *out++ = static_cast<char>(0x80 | ((cp >> 12) & 0x3F));
-            *out++ = static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
-            *out++ = static_cast<char>(0x80 | (cp & 0x3F));
-        }
+        out += qvutf::encodeUtf8(NextOrReplacement(text, count, &position), out);
     }
     return out;
 }

@@ -31,11 +31,15 @@ inline std::string messageOf(const qv::Exception& e)
     return message;
 }
 
+// Output elements of the longest character any converter writes at once.
+constexpr int32_t longestCharacter = 16;
+
 // Runs a decoder over all of bytes, giving it at most inStep bytes and
 // outStep output slots per call, then flushes. Checks the conversion
 // contract on every call: the return value is the number of units written,
-// and a call stops only when its input window is used up or its output
-// window is full.
+// and a call stops only when its input window is used up, its output window
+// is full or the next character does not fit in what is left of it (the
+// window then grows one slot at a time until it does).
 inline Text decodeAll(ByteToCharConverter& c, const Bytes& bytes, int inStep = INT_MAX, int outStep = INT_MAX)
 {
     const int32_t size = static_cast<int32_t>(bytes.size());
@@ -44,12 +48,18 @@ inline Text decodeAll(ByteToCharConverter& c, const Bytes& bytes, int inStep = I
     const signed char* in = reinterpret_cast<const signed char*>(bytes.data());
     int32_t ip = 0;
     int32_t op = 0;
+    int32_t window = outStep;
     while (ip < size) {
         const int32_t inEnd = size - ip > inStep ? ip + inStep : size;
-        const int32_t outEnd = capacity - op > outStep ? op + outStep : capacity;
+        const int32_t outEnd = capacity - op > window ? op + window : capacity;
         const int32_t before = op;
         const int32_t written = c.convert(in, &ip, inEnd, out.data(), &op, outEnd);
         EXPECT_EQ(written, op - before);
+        if (ip != inEnd && op != outEnd && outEnd - op < longestCharacter && outEnd < capacity) {
+            window = outEnd - op + 1;
+            continue;
+        }
+        window = outStep;
         if (ip != inEnd && op != outEnd) {
             // Only the code-page converters stop early, just before an element
             // they are about to reject; the next call must throw.
@@ -82,12 +92,18 @@ inline Bytes encodeAll(CharToByteConverter& c, const Text& text, int inStep = IN
     const int32_t capacity = static_cast<int32_t>(out.size());
     int32_t ip = 0;
     int32_t op = 0;
+    int32_t window = outStep;
     while (ip < size) {
         const int32_t inEnd = size - ip > inStep ? ip + inStep : size;
-        const int32_t outEnd = capacity - op > outStep ? op + outStep : capacity;
+        const int32_t outEnd = capacity - op > window ? op + window : capacity;
         const int32_t before = op;
         const int32_t written = c.convert(text.data(), &ip, inEnd, out.data(), &op, outEnd);
         EXPECT_EQ(written, op - before);
+        if (ip != inEnd && op != outEnd && outEnd - op < longestCharacter && outEnd < capacity) {
+            window = outEnd - op + 1;
+            continue;
+        }
+        window = outStep;
         if (ip != inEnd && op != outEnd) {
             // Only the code-page converters stop early, just before an element
             // they are about to reject; the next call must throw.

@@ -199,17 +199,19 @@ TEST(CharsetUtf8, AThrowingCallLeavesPositionsAndThePartialSequenceAlone)
     EXPECT_TRUE(Text(out, 4) == u"ab\u00E9!");
 }
 
-TEST(CharsetUtf8, ALowSurrogateThatDoesNotFitIsWrittenByTheNextCallOrFlush)
+TEST(CharsetUtf8, ACharacterBeyondTheFirstPlaneWaitsForTwoFreeSlots)
 {
     BTCUTF8 decoder;
     const Bytes bytes = "\xF0\x9F\x8E\x89";
     char16_t out[2] = {};
     int32_t ip = 0;
     int32_t op = 0;
-    EXPECT_EQ(1, decoder.convert(reinterpret_cast<const signed char*>(bytes.data()), &ip, 4, out, &op, 1));
+    EXPECT_EQ(0, decoder.convert(reinterpret_cast<const signed char*>(bytes.data()), &ip, 4, out, &op, 1));
+    EXPECT_EQ(0, ip);
+    EXPECT_EQ(0, op);
+    EXPECT_EQ(2, decoder.convert(reinterpret_cast<const signed char*>(bytes.data()), &ip, 4, out, &op, 2));
     EXPECT_EQ(4, ip);
-    EXPECT_EQ(0, decoder.flush(out, &op, 1));
-    EXPECT_EQ(1, decoder.flush(out, &op, 2));
+    EXPECT_EQ(0, decoder.flush(out, &op, 2));
     EXPECT_TRUE(Text(out, 2) == u"\U0001F389");
 }
 

@@ -347,3 +347,27 @@ TEST(EncodingReaderWriterTest, SourcesThatAnswerNothingAreWaitedForButNotForever
     auto silent = makeReference<InputStreamReader>(makeReference<Silent>().get());
     EXPECT_EQ("stream returned no data", ioFailure([&] { silent->read(); }));
 }
+
+namespace {
+
+// Converters never split a character over two calls; the reader and the
+// writer must still hand out a pair one unit at a time and fill their byte
+// buffer up to a character that straddles its end.
+TEST(EncodingReaderWriterTest, PairsReadOneUnitAtATimeAndCharactersStraddlingTheByteBuffer)
+{
+    const std::u16string emoji = u"a\U0001F389b\U0001F600";
+    const std::vector<signed char> bytes = encode(emoji, u"UTF-8");
+    auto in = makeReference<ByteArrayInputStream>(bytes.data(), static_cast<int32_t>(bytes.size()));
+    auto reader = makeReference<InputStreamReader>(in.get(), u"UTF-8");
+    EXPECT_EQ(emoji, readAll(reader.get(), 1));
+
+    // 8191 ASCII bytes leave one byte of the writer's buffer for a
+    // three-byte character.
+    std::u16string text(OutputStreamWriter::BYTE_BUFFER_SIZE - 1, u'x');
+    text += u"\u20AC\U0001F389";
+    const std::vector<signed char> written = encode(text, u"UTF-8");
+    ASSERT_EQ(written.size(), text.size() - 3 + 3 + 4);
+    EXPECT_EQ(std::string(written.end() - 7, written.end()), "\xE2\x82\xAC\xF0\x9F\x8E\x89");
+}
+
+} // namespace

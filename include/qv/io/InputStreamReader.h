@@ -53,6 +53,8 @@ private:
     // Stream offset of m_bytes[0].
     int64_t m_base = 0;
     bool m_endOfStream = false;
+    // The low half of a pair decoded for a read of a single unit.
+    char16_t m_pendingLow = 0;
 };
 
 } // namespace io

@@ -134,7 +134,9 @@ int64_t BoxedNumber<T, Base>::toInt64() const
 
 // Declares one boxed class: constructors from its value, a copy, any Number
 // (through the accessor of its own width) and text (through its parse), the
-// assignments, and the class's compare rule and text form.
+// assignments, and the class's compare rule and text form. The ten classes
+// (Integer8 ... UInteger64, Float, Double) are implemented together in
+// BoxedNumbers.cpp.
 #define QV_DECLARE_BOXED_NUMBER(Name, Type, Base)                                                                      \
     class QV_EXPORT Name : public detail::BoxedNumber<Type, Base> {                                                    \
     public:                                                                                                            \

@@ -308,6 +308,8 @@ public:
     int32_t findFirstNotOf(TextRef set, int32_t from = 0, bool ignoreCase = false) const;
     int32_t findLastOf(TextRef set, int32_t from = -1, bool ignoreCase = false) const;
     int32_t findLastNotOf(TextRef set, int32_t from = -1, bool ignoreCase = false) const;
+    // findFirstOf that always respects case: "Case" means "case-sensitive",
+    // not "ignoring case". The name is kept because callers use it.
     int32_t findFirstOfCase(TextRef set, int32_t from = 0) const;
 
     // A copy of [begin, end): end -1 or beyond means the length, begin is

@@ -64,10 +64,11 @@ protected:
 
 extern "C" {
 // Copies the whole text of source into target (its length becomes source's)
-// and returns target's ReleaseWriteLock result. Null arguments give
-// 0x80070057; a failing lock operation gives its code, after releasing
-// whatever lock was already taken. Copying a buffer onto itself does nothing.
-QV_EXPORT qv::Result QVCopyCharBuffer(qv::util::ICharBuffer* target, qv::util::ICharBuffer* source) noexcept;
+// and returns target's ReleaseWriteLock result. A failing lock operation is
+// thrown as qv::ResultException carrying its code, after the locks this call
+// already took are given back. Null arguments give 0x80070057; copying a
+// buffer onto itself does nothing.
+QV_EXPORT qv::Result QVCopyCharBuffer(qv::util::ICharBuffer* target, qv::util::ICharBuffer* source);
 }
 
 #endif

@@ -48,12 +48,31 @@ int32_t InputStreamReader::read(char16_t* buffer, int32_t count)
         return 0;
     detail::requireArgument(buffer != nullptr);
     int32_t written = 0;
+    if (m_pendingLow != 0) {
+        buffer[0] = m_pendingLow;
+        m_pendingLow = 0;
+        return 1;
+    }
     for (;;) {
         if (m_bytePos < m_byteEnd) {
             detail::convertLocating(*m_decoder, m_bytes, &m_bytePos, m_byteEnd, buffer, &written, count, m_base,
                                     u"byte", true);
             if (written > 0)
                 return written;
+            if (m_bytePos < m_byteEnd && count == 1) {
+                // The decoder never splits a pair: decode it aside and hand
+                // out its high half now, its low half on the next read.
+                char16_t pair[2];
+                int32_t units = 0;
+                detail::convertLocating(*m_decoder, m_bytes, &m_bytePos, m_byteEnd, pair, &units, 2, m_base, u"byte",
+                                        true);
+                if (units > 0) {
+                    buffer[0] = pair[0];
+                    if (units == 2)
+                        m_pendingLow = pair[1];
+                    return 1;
+                }
+            }
             if (m_bytePos < m_byteEnd)
                 throw IoException(QV_STR(u"decoder made no progress"));
         }
@@ -82,7 +101,7 @@ int32_t InputStreamReader::skip(int32_t count)
 bool InputStreamReader::ready()
 {
     ensureOpen();
-    return m_bytePos < m_byteEnd || m_in->available() > 0;
+    return m_pendingLow != 0 || m_bytePos < m_byteEnd || m_in->available() > 0;
 }
 
 void InputStreamReader::close()

@@ -77,8 +77,13 @@ void OutputStreamWriter::write(const char16_t* text, int32_t count)
             throw;
         }
         m_unitsWritten += pos - before;
-        if (pos == before && m_count == bytesBefore && m_count < BYTE_BUFFER_SIZE)
-            throw IoException(QV_STR(u"encoder made no progress"));
+        if (pos == before && m_count == bytesBefore) {
+            // The encoder never splits a character: when the next one does
+            // not fit into what is left of the buffer, empty it first.
+            if (m_count == 0)
+                throw IoException(QV_STR(u"encoder made no progress"));
+            writeBytes();
+        }
     }
 }
 

@@ -3,6 +3,7 @@
 #include <qv/lang/String.h>
 
 #include "UnitScratch.h"
+#include "UtfArithmetic.h"
 
 #include <cstring>
 #include <functional>
@@ -169,7 +170,7 @@ String::String(const wchar_t* text, int32_t length)
     }
     if (length > kMaxLength / 2)
         throw OutOfMemoryException();
-    auto isScalar = [](uint32_t v) { return v <= 0x10FFFF && (v < 0xD800 || v > 0xDFFF); };
+    auto isScalar = qvutf::isScalarValue;
     int32_t units = 0;
     for (int32_t i = 0; i < length; ++i) {
         uint32_t v = static_cast<uint32_t>(text[i]);
@@ -187,9 +188,8 @@ String::String(const wchar_t* text, int32_t length)
         if (!isScalar(v)) {
             data[k++] = 0xFFFD;
         } else if (v > 0xFFFF) {
-            v -= 0x10000;
-            data[k++] = static_cast<char16_t>(0xD800 + (v >> 10));
-            data[k++] = static_cast<char16_t>(0xDC00 + (v & 0x3FF));
+            data[k++] = qvutf::highSurrogateOf(v);
+            data[k++] = qvutf::lowSurrogateOf(v);
         } else {
             data[k++] = static_cast<char16_t>(v);
         }
@@ -935,27 +935,14 @@ std::string String::toUtf8() const
     out.reserve(static_cast<size_t>(length));
     for (int32_t i = 0; i < length; ++i) {
         uint32_t v = data[i];
-        if (v >= 0xD800 && v <= 0xDBFF && i + 1 < length && data[i + 1] >= 0xDC00 && data[i + 1] <= 0xDFFF) {
-            v = 0x10000 + ((v - 0xD800) << 10) + (data[i + 1] - 0xDC00u);
+        if (qvutf::isHighSurrogate(v) && i + 1 < length && qvutf::isLowSurrogate(data[i + 1])) {
+            v = qvutf::combineSurrogates(v, data[i + 1]);
             ++i;
-        } else if (v >= 0xD800 && v <= 0xDFFF) {
+        } else if (qvutf::isSurrogate(v)) {
             v = 0xFFFD;
         }
-        if (v < 0x80) {
-            out += static_cast<char>(v);
-        } else if (v < 0x800) {
-            out += static_cast<char>(0xC0 | (v >> 6));
-            out += static_cast<char>(0x80 | (v & 0x3F));
-        } else if (v < 0x10000) {
-            out += static_cast<char>(0xE0 | (v >> 12));
-            out += static_cast<char>(0x80 | ((v >> 6) & 0x3F));
-            out += static_cast<char>(0x80 | (v & 0x3F));
-        } else {
-            out += static_cast<char>(0xF0 | (v >> 18));
-            out += static_cast<char>(0x80 | ((v >> 12) & 0x3F));
-            out += static_cast<char>(0x80 | ((v >> 6) & 0x3F));
-            out += static_cast<char>(0x80 | (v & 0x3F));
-        }
+        char bytes[4];
+        out.append(bytes, static_cast<size_t>(qvutf::encodeUtf8(v, bytes)));
     }
     return out;
 }

@@ -23,6 +23,14 @@ using text::charset::CharToByteConverter;
     throw IllegalStateException(String(u"converter made no progress"));
 }
 
+// A converter stops before a character whose output does not fit whole, so
+// a stop with less room left than the longest character of any encoding
+// (sixteen elements, with room to spare) is a stop for room.
+bool stoppedForRoom(int32_t outPos, int64_t room)
+{
+    return room - outPos < 16;
+}
+
 int32_t checkedSize(int64_t size)
 {
     if (size > detail::kMaxStringLength)
@@ -173,7 +181,7 @@ void String::internalSetTo(const char* bytes, int32_t length, const char16_t* en
         const int32_t inBefore = inPos;
         const int32_t outBefore = outPos;
         decoder->convert(in, &inPos, length, data, &outPos, room);
-        if (inPos < length && outPos == room)
+        if (inPos < length && stoppedForRoom(outPos, room))
             grow(static_cast<int64_t>(outPos) + (length - inPos) + 16);
         else if (inPos == inBefore && outPos == outBefore)
             throwStalled();
@@ -206,7 +214,7 @@ void String::getBytes(util::IByteBuffer* buffer, const char16_t* encoding) const
         const int32_t inBefore = inPos;
         const int32_t outBefore = outPos;
         encoder->convert(lock.units(), &inPos, length, out.data(), &outPos, out.room());
-        if (inPos < length && outPos == out.room())
+        if (inPos < length && stoppedForRoom(outPos, out.room()))
             out.grow(outPos + perUnit * (length - inPos) + 16);
         else if (inPos == inBefore && outPos == outBefore)
             throwStalled();
@@ -276,7 +284,7 @@ int32_t String::getBytes(signed char* destination, int32_t capacity, const char1
         const int32_t inBefore = inPos;
         const int32_t outBefore = outPos;
         encoder->convert(lock.units(), &inPos, length, destination, &outPos, room);
-        if (inPos < length && outPos == room)
+        if (inPos < length && stoppedForRoom(outPos, room))
             tooSmall();
         else if (inPos == inBefore && outPos == outBefore)
             throwStalled();

@@ -172,17 +172,21 @@ bool inSet(char16_t unit, const char16_t* set, int32_t n) noexcept
     return false;
 }
 
-// The shared walk of the findFirstOf family: from `from` towards the end
-// (forward) or the start, the first unit whose membership in set is `member`.
+enum class Direction { TowardsEnd, TowardsStart };
+enum class Membership { InSet, NotInSet };
+
+// The shared walk of the findFirstOf family: from `from` towards the end or
+// the start, the first unit whose membership in set is `wanted`.
 int32_t findInSet(const char16_t* data, int32_t length, int32_t from, const char16_t* setText, int32_t setLength,
-                  bool ignoreCase, bool forward, bool member)
+                  bool ignoreCase, Direction direction, Membership wanted)
 {
+    const bool member = wanted == Membership::InSet;
     detail::UnitScratch scratch(ignoreCase ? setLength : 0);
     const char16_t* set = prepareNeedle(setText, setLength, ignoreCase, scratch);
     auto test = [&](char16_t unit) {
         return inSet(ignoreCase ? QVToLowerW(unit) : unit, set, setLength) == member;
     };
-    if (forward) {
+    if (direction == Direction::TowardsEnd) {
         for (int32_t i = from < 0 ? 0 : from; i < length; ++i) {
             if (test(data[i]))
                 return i;
@@ -409,27 +413,32 @@ int32_t String::lastIndexOf(TextRef text, int32_t from, bool ignoreCase) const
 
 int32_t String::findFirstOf(TextRef set, int32_t from, bool ignoreCase) const
 {
-    return findInSet(currentData(), currentLength(), from, set.data(), set.length(), ignoreCase, true, true);
+    return findInSet(currentData(), currentLength(), from, set.data(), set.length(), ignoreCase, Direction::TowardsEnd,
+                     Membership::InSet);
 }
 
 int32_t String::findFirstNotOf(TextRef set, int32_t from, bool ignoreCase) const
 {
-    return findInSet(currentData(), currentLength(), from, set.data(), set.length(), ignoreCase, true, false);
+    return findInSet(currentData(), currentLength(), from, set.data(), set.length(), ignoreCase, Direction::TowardsEnd,
+                     Membership::NotInSet);
 }
 
 int32_t String::findLastOf(TextRef set, int32_t from, bool ignoreCase) const
 {
-    return findInSet(currentData(), currentLength(), from, set.data(), set.length(), ignoreCase, false, true);
+    return findInSet(currentData(), currentLength(), from, set.data(), set.length(), ignoreCase,
+                     Direction::TowardsStart, Membership::InSet);
 }
 
 int32_t String::findLastNotOf(TextRef set, int32_t from, bool ignoreCase) const
 {
-    return findInSet(currentData(), currentLength(), from, set.data(), set.length(), ignoreCase, false, false);
+    return findInSet(currentData(), currentLength(), from, set.data(), set.length(), ignoreCase,
+                     Direction::TowardsStart, Membership::NotInSet);
 }
 
 int32_t String::findFirstOfCase(TextRef set, int32_t from) const
 {
-    return findInSet(currentData(), currentLength(), from, set.data(), set.length(), false, true, true);
+    return findInSet(currentData(), currentLength(), from, set.data(), set.length(), false, Direction::TowardsEnd,
+                     Membership::InSet);
 }
 
 String String::substring(int32_t begin, int32_t end) const

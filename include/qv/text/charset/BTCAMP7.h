@@ -37,8 +37,7 @@ private:
         bool justShifted;   // "&" seen and nothing after it yet
         uint8_t bitCount;   // bits of a unit not yet complete
         uint32_t bits;
-        char16_t high;      // high surrogate waiting for its low half
-        char16_t held;      // low surrogate owed to the output
+        char16_t high; // high surrogate waiting for its low half
     };
     State m_state;
 };

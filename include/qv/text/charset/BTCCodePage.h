@@ -48,8 +48,6 @@ private:
     {
         uint8_t pendingCount;  // bytes of a character split across calls
         uint8_t pending[8];
-        uint8_t heldCount;     // code units that did not fit
-        char16_t held[8];
     };
     const detail::CodePageInfo* m_info;
     std::unique_ptr<detail::Iconv> m_iconv;

@@ -9,7 +9,7 @@ namespace charset {
 
 // The UTF-16 decoders: BTCUTF16LE, BTCUTF16BE and the byte-order-neutral
 // BTCUTF16. A lone surrogate and an odd byte at the end of the input throw
-// InvalidCharacterException.
+// InvalidCharacterException. The family is implemented in BTCUTF16Base.cpp.
 class QV_EXPORT BTCUTF16Base : public ByteToCharConverter
 {
 public:
@@ -34,8 +34,7 @@ private:
         ByteOrder order;
         bool hasByte;   // first byte of a unit split across calls
         uint8_t byte;
-        char16_t high;  // high surrogate waiting for its low half
-        char16_t held;  // low surrogate owed to the output
+        char16_t high; // high surrogate waiting for its low half
     };
     ByteOrder m_initialOrder;
     State m_state;

@@ -9,7 +9,8 @@ namespace charset {
 
 // The UTF-32 decoders: BTCUTF32LE, BTCUTF32BE and the byte-order-neutral
 // BTCUTF32. Values above U+10FFFF, surrogate code points and a partial unit
-// at the end of the input throw InvalidCharacterException.
+// at the end of the input throw InvalidCharacterException. The family is
+// implemented in BTCUTF32Base.cpp.
 class QV_EXPORT BTCUTF32Base : public ByteToCharConverter
 {
 public:
@@ -34,7 +35,6 @@ private:
         ByteOrder order;
         uint8_t byteCount;  // bytes of a unit split across calls
         uint8_t bytes[4];
-        char16_t held;      // low surrogate owed to the output
     };
     ByteOrder m_initialOrder;
     State m_state;

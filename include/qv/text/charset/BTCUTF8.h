@@ -32,7 +32,6 @@ private:
         uint8_t need;   // its continuation bytes still to come
         uint8_t low;    // allowed range of the next continuation byte
         uint8_t high;
-        char16_t held;  // low surrogate owed to the output, 0 when none
     };
     State m_state;
 };

@@ -14,13 +14,13 @@ namespace charset {
 // A decoder: bytes in some encoding to UTF-16 code units.
 //
 // convert() reads in[*inPos, inEnd) and writes out[*outPos, outEnd). It stops
-// when the input is used up or the output is full, leaves both positions at
-// the first element not consumed / not written and returns the number of code
-// units it wrote. A multi-byte sequence split across calls stays inside the
-// converter; a code point whose UTF-16 form does not fit into what is left of
-// the output is split, and its remainder is written first by the next
-// convert() or flush(). flush() writes what the converter still holds at the
-// end of the input, reset() forgets it.
+// when the input is used up or when the next output would not fit, leaves
+// both positions at the first element not consumed / not written and returns
+// the number of code units it wrote. A multi-byte sequence split across calls
+// stays inside the converter; a code point whose UTF-16 form does not fit
+// into what is left of the output is not started (a supplementary character
+// needs two free slots). flush() reports what is still unfinished at the end
+// of the input, reset() forgets it.
 //
 // A call that throws leaves *inPos, *outPos and the converter's state as they
 // were when the call began; code units before the offending input may already

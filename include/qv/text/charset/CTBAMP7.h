@@ -31,9 +31,7 @@ private:
         bool inBase64;
         uint8_t bitCount;  // bits not yet written as a base64 digit (fewer than 6)
         uint32_t bits;
-        char16_t high;     // high surrogate waiting for its low half
-        uint8_t heldCount; // bytes that did not fit
-        uint8_t held[7];
+        char16_t high; // high surrogate waiting for its low half
     };
     State m_state;
 };

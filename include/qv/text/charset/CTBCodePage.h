@@ -42,9 +42,7 @@ public:
 private:
     struct State
     {
-        char16_t high;      // high surrogate waiting for its low half
-        uint8_t heldCount;  // bytes that did not fit
-        uint8_t held[8];
+        char16_t high; // high surrogate waiting for its low half
     };
     const detail::CodePageInfo* m_info;
     std::unique_ptr<detail::Iconv> m_iconv;

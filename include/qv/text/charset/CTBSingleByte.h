@@ -13,7 +13,8 @@ struct SingleByteCode;
 
 // The table-driven single-byte encoders: CTBASCII, CTBISO8859_1, CTBCP437
 // and CTBCP1252. A character outside the code page, including any surrogate
-// pair, is one unmappable element; a lone surrogate is malformed.
+// pair, is one unmappable element; a lone surrogate is malformed. The family
+// is implemented in CTBSingleByte.cpp.
 class QV_EXPORT CTBSingleByte : public CharToByteConverter
 {
 public:

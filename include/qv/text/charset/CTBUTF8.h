@@ -26,9 +26,7 @@ public:
 private:
     struct State
     {
-        char16_t high;       // high surrogate waiting for its low half, 0 when none
-        uint8_t heldCount;   // bytes of the last character that did not fit
-        uint8_t held[3];
+        char16_t high; // high surrogate waiting for its low half, 0 when none
     };
     State m_state;
 };

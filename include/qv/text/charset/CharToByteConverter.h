@@ -15,11 +15,11 @@ namespace charset {
 //
 // The mirror image of ByteToCharConverter, with the same contract: convert()
 // reads in[*inPos, inEnd), writes out[*outPos, outEnd), stops when the input
-// is used up or the output is full, leaves the positions at the first element
-// not consumed / not written and returns the number of bytes written. A high
-// surrogate at the end of the input waits inside the converter for its low
-// half; the bytes of a character that do not fit are held and written first
-// by the next call. A call that throws leaves positions and state as they were
+// is used up or when the next output would not fit, leaves the positions at
+// the first element not consumed / not written and returns the number of
+// bytes written. A high surrogate at the end of the input waits inside the
+// converter for its low half; a character whose bytes do not all fit is left,
+// whole, for the next call (*inPos stays at its first unit). A call that throws leaves positions and state as they were
 // when it began. A lone surrogate is malformed (InvalidCharacterException); a
 // character the encoding cannot represent is unmappable and follows the
 // substitution mode (default: the single byte '?').

@@ -10,9 +10,7 @@ namespace qv::text::charset {
 
 namespace {
 
-using detail::drainHeld;
 using detail::Iconv;
-using detail::putHeld;
 
 template <typename State>
 void dropPending(State& s, int count)
@@ -65,15 +63,14 @@ bool convertPending(Iconv& iconv, State& s, const uint8_t* in, int32_t inEnd, bo
 {
     int appended = 0;
     while (s.pendingCount > 0) {
-        if (s.heldCount > 0 || call.op == outEnd) {
+        if (call.op == outEnd) {
             return false;
         }
-        char16_t units[8];
         size_t used = 0;
-        size_t produced = 0;
-        const Iconv::Status status = iconv.convert(s.pending, used, s.pendingCount,
-                                                   reinterpret_cast<uint8_t*>(units), produced, sizeof units);
-        call.op = putHeld(units, static_cast<int>(produced / 2), s, out, call.op, outEnd);
+        size_t outOff = static_cast<size_t>(call.op) * 2;
+        const Iconv::Status status = iconv.convert(s.pending, used, s.pendingCount, reinterpret_cast<uint8_t*>(out),
+                                                   outOff, static_cast<size_t>(outEnd) * 2);
+        call.op = static_cast<int32_t>(outOff / 2);
         dropPending(s, static_cast<int>(used));
         if (appended > s.pendingCount) {
             appended = s.pendingCount;
@@ -107,7 +104,7 @@ bool convertPending(Iconv& iconv, State& s, const uint8_t* in, int32_t inEnd, bo
             }
             throwUndefined(s.pending[0], label);
         }
-        if (s.heldCount > 0 || call.op == outEnd) {
+        if (call.op == outEnd) {
             return false;
         }
         if (sub.count == 1) {
@@ -132,85 +129,68 @@ BTCCodePage::BTCCodePage(uint32_t codePage) : m_info(detail::findCodePage(codePa
 
 BTCCodePage::~BTCCodePage() = default;
 
-int32_t BTCCodePage::convert(const signed char* inBytes, int32_t* inPos, int32_t inEnd, char16_t* out,
-                             int32_t* outPos, int32_t outEnd)
+int32_t BTCCodePage::convert(const signed char* inBytes, int32_t* inPos, int32_t inEnd, char16_t* out, int32_t* outPos,
+                             int32_t outEnd)
 {
-    detail::checkConvertArguments(inBytes, inPos, inEnd, out, outPos, outEnd);
     const uint8_t* in = reinterpret_cast<const uint8_t*>(inBytes);
     uint8_t* outBytes = reinterpret_cast<uint8_t*>(out);
     const size_t outEndBytes = static_cast<size_t>(outEnd) * 2;
     Iconv& iconv = *m_iconv;
     const Substitution sub{substitutionMode, substitutionCount, substitutionChars[0]};
-    State s = m_state;
-    Call call{*inPos, *outPos, *inPos, *outPos};
+    return detail::runConversion(
+        m_state, inBytes, inPos, inEnd, out, outPos, outEnd, [&](detail::Conversion<State>& c) {
+            State& s = c.state;
+            Call call{c.ip, c.op, c.ip, c.op};
 
-    call.op = drainHeld(s, out, call.op, outEnd);
-    if (!convertPending(iconv, s, in, inEnd, false, out, outEnd, call, sub, m_info->label)) {
-        m_state = s;
-        *inPos = call.ip;
-        *outPos = call.op;
-        return call.op - call.opStart;
-    }
+            if (!convertPending(iconv, s, in, inEnd, false, out, outEnd, call, sub, m_info->label)) {
+                c.ip = call.ip;
+                c.op = call.op;
+                return;
+            }
 
-    while (s.heldCount == 0 && call.ip < inEnd && call.op < outEnd) {
-        size_t inOff = static_cast<size_t>(call.ip);
-        size_t outOff = static_cast<size_t>(call.op) * 2;
-        Iconv::Status status = iconv.convert(in, inOff, static_cast<size_t>(inEnd), outBytes, outOff, outEndBytes);
-        call.ip = static_cast<int32_t>(inOff);
-        call.op = static_cast<int32_t>(outOff / 2);
-        if (status == Iconv::Status::Done) {
-            continue;
-        }
-        if (status == Iconv::Status::OutputFull) {
-            if (call.op == outEnd) {
-                break;
+            while (call.ip < inEnd && call.op < outEnd) {
+                size_t inOff = static_cast<size_t>(call.ip);
+                size_t outOff = static_cast<size_t>(call.op) * 2;
+                Iconv::Status status =
+                    iconv.convert(in, inOff, static_cast<size_t>(inEnd), outBytes, outOff, outEndBytes);
+                call.ip = static_cast<int32_t>(inOff);
+                call.op = static_cast<int32_t>(outOff / 2);
+                if (status == Iconv::Status::Done) {
+                    continue;
+                }
+                if (status == Iconv::Status::OutputFull) {
+                    // The next character needs more units than are left.
+                    break;
+                }
+                if (status == Iconv::Status::Incomplete && inEnd - call.ip <= static_cast<int32_t>(sizeof s.pending)) {
+                    while (call.ip < inEnd) {
+                        s.pending[s.pendingCount++] = in[call.ip++];
+                    }
+                    continue;
+                }
+                // A byte that starts no character.
+                if (!sub.mode) {
+                    if (call.progress()) {
+                        break;
+                    }
+                    throwUndefined(in[call.ip], m_info->label);
+                }
+                // A character iconv still holds comes before the substitution.
+                outOff = static_cast<size_t>(call.op) * 2;
+                status = iconv.flush(outBytes, outOff, outEndBytes);
+                call.op = static_cast<int32_t>(outOff / 2);
+                if (status == Iconv::Status::OutputFull || call.op == outEnd) {
+                    break;
+                }
+                if (sub.count == 1) {
+                    out[call.op++] = sub.unit;
+                }
+                ++call.ip;
             }
-            // The next character needs more units than are left: convert it
-            // aside and split it.
-            char16_t units[4];
-            size_t used = static_cast<size_t>(call.ip);
-            size_t produced = 0;
-            status = iconv.convert(in, used, static_cast<size_t>(inEnd), reinterpret_cast<uint8_t*>(units), produced,
-                                   sizeof units);
-            call.ip = static_cast<int32_t>(used);
-            call.op = putHeld(units, static_cast<int>(produced / 2), s, out, call.op, outEnd);
-            if (produced > 0 || status == Iconv::Status::Done) {
-                continue;
-            }
-            if (status == Iconv::Status::OutputFull) {
-                break;
-            }
-        }
-        if (status == Iconv::Status::Incomplete && inEnd - call.ip <= static_cast<int32_t>(sizeof s.pending)) {
-            while (call.ip < inEnd) {
-                s.pending[s.pendingCount++] = in[call.ip++];
-            }
-            continue;
-        }
-        // A byte that starts no character.
-        if (!sub.mode) {
-            if (call.progress()) {
-                break;
-            }
-            throwUndefined(in[call.ip], m_info->label);
-        }
-        // A character iconv still holds comes before the substitution.
-        outOff = static_cast<size_t>(call.op) * 2;
-        status = iconv.flush(outBytes, outOff, outEndBytes);
-        call.op = static_cast<int32_t>(outOff / 2);
-        if (status == Iconv::Status::OutputFull || call.op == outEnd) {
-            break;
-        }
-        if (sub.count == 1) {
-            out[call.op++] = sub.unit;
-        }
-        ++call.ip;
-    }
 
-    m_state = s;
-    *inPos = call.ip;
-    *outPos = call.op;
-    return call.op - call.opStart;
+            c.ip = call.ip;
+            c.op = call.op;
+        });
 }
 
 int32_t BTCCodePage::flush(char16_t* out, int32_t* outPos, int32_t outEnd)
@@ -220,15 +200,12 @@ int32_t BTCCodePage::flush(char16_t* out, int32_t* outPos, int32_t outEnd)
     State s = m_state;
     Call call{0, *outPos, 0, *outPos};
 
-    call.op = drainHeld(s, out, call.op, outEnd);
-    if (s.heldCount == 0) {
-        size_t outOff = static_cast<size_t>(call.op) * 2;
-        const Iconv::Status status =
-            m_iconv->flush(reinterpret_cast<uint8_t*>(out), outOff, static_cast<size_t>(outEnd) * 2);
-        call.op = static_cast<int32_t>(outOff / 2);
-        if (status != Iconv::Status::OutputFull) {
-            convertPending(*m_iconv, s, nullptr, 0, true, out, outEnd, call, sub, m_info->label);
-        }
+    size_t outOff = static_cast<size_t>(call.op) * 2;
+    const Iconv::Status status =
+        m_iconv->flush(reinterpret_cast<uint8_t*>(out), outOff, static_cast<size_t>(outEnd) * 2);
+    call.op = static_cast<int32_t>(outOff / 2);
+    if (status != Iconv::Status::OutputFull) {
+        convertPending(*m_iconv, s, nullptr, 0, true, out, outEnd, call, sub, m_info->label);
     }
 
     m_state = s;

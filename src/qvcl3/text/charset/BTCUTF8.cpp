@@ -67,23 +67,6 @@ inline void secondByteRange(uint32_t b0, uint8_t& low, uint8_t& high)
     detail::throwInvalidCharacter("Invalid UTF-8: value above U+10FFFF");
 }
 
-// Room for one unit is guaranteed; the low half of a pair that does not fit
-// is held for the next call.
-inline int32_t emit(uint32_t cp, char16_t* out, int32_t op, int32_t outEnd, char16_t& held)
-{
-    if (cp < 0x10000) {
-        out[op++] = static_cast<char16_t>(cp);
-        return op;
-    }
-    out[op++] = detail::highSurrogateOf(cp);
-    if (op < outEnd) {
-        out[op++] = detail::lowSurrogateOf(cp);
-    } else {
-        held = detail::lowSurrogateOf(cp);
-    }
-    return op;
-}
-
 // One multi-byte sequence at in[ip], given at least 4 bytes of input and
 // 2 slots of output. Leaves anything out of the ordinary, errors included,
 // to the careful step and then returns false without consuming.
@@ -204,154 +187,185 @@ inline bool decodeThreeByteQuad(const uint8_t* in, char16_t* out)
 }
 #endif
 
+#if QVCL3_CHARSET_SSE2
+// Sixteen bytes at a time, widened and stored before looking at them: the
+// slots past the ASCII prefix are rewritten by what follows. European and
+// East Asian text stay in blocks of their own. False when a sequence needs
+// the careful step.
+inline bool decodeVectorBlocks(const uint8_t* in, int32_t& ip, int32_t inEnd, char16_t* out, int32_t& op,
+                               int32_t outEnd)
+{
+    const __m128i zero = _mm_setzero_si128();
+    while (inEnd - ip >= 16 && outEnd - op >= 16) {
+        const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in + ip));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(out + op), _mm_unpacklo_epi8(v, zero));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(out + op + 8), _mm_unpackhi_epi8(v, zero));
+        const int mask = _mm_movemask_epi8(v);
+        if (mask == 0) {
+            ip += 16;
+            op += 16;
+            continue;
+        }
+        const int ascii = detail::lowestBit(static_cast<uint32_t>(mask));
+        const uint32_t first = in[ip + ascii];
+        if (first >= 0xC2 && first < 0xE0 && inEnd - ip >= 48 && outEnd - op >= 48) {
+            // Stay with blocks of sixteen bytes while they hold few enough
+            // two-byte sequences and some at all.
+            const int32_t start = ip;
+            int plainBlocks = 0;
+            while (inEnd - ip >= 48 && outEnd - op >= 48 && plainBlocks < 2) {
+                int width;
+                const int twoByte = decodeLatinBlock(in + ip, out + op, width);
+                if (twoByte < 0) {
+                    break;
+                }
+                ip += width;
+                op += width - twoByte;
+                plainBlocks = twoByte == 0 ? plainBlocks + 1 : 0;
+            }
+            if (ip != start) {
+                continue;
+            }
+        }
+        ip += ascii;
+        op += ascii;
+        for (;;) {
+            while (inEnd - ip >= 16 && outEnd - op >= 4 && decodeThreeByteQuad(in + ip, out + op)) {
+                ip += 12;
+                op += 4;
+            }
+            if (inEnd - ip < 4 || outEnd - op < 2 || in[ip] < 0x80) {
+                break;
+            }
+            if (!decodeSequence(in, ip, out, op)) {
+                return false;
+            }
+        }
+    }
+    return true;
+}
+#endif
+
+// Anything with room for the longest sequence on both sides.
+inline void decodeScalarRun(const uint8_t* in, int32_t& ip, int32_t inEnd, char16_t* out, int32_t& op, int32_t outEnd)
+{
+    while (inEnd - ip >= 4 && outEnd - op >= 2) {
+        if (in[ip] < 0x80) {
+            out[op++] = in[ip++];
+        } else if (!decodeSequence(in, ip, out, op)) {
+            break;
+        }
+    }
+}
+
+// UTF-16 units a sequence of this length decodes to.
+inline int32_t unitsFor(int length)
+{
+    return length == 4 ? 2 : 1;
+}
+
+// The rest of a sequence begun by an earlier call. False when the call has
+// to stop: the input ends again, or the character does not fit (its last
+// byte is then left unconsumed).
+template <typename State>
+bool continueSequence(detail::Conversion<State>& c, const uint8_t* in, int32_t inEnd, char16_t* out, int32_t outEnd)
+{
+    State& s = c.state;
+    while (s.need != 0) {
+        if (c.ip == inEnd) {
+            return false;
+        }
+        // The value is complete with the last byte: a plane above the first
+        // needs two units.
+        if (s.need == 1 && outEnd - c.op < (s.bits >= 0x400 ? 2 : 1)) {
+            return false;
+        }
+        const uint32_t b = in[c.ip];
+        if (b < s.low || b > s.high) {
+            throwBadContinuation(b, s.low, s.high);
+        }
+        ++c.ip;
+        s.bits = (s.bits << 6) | (b & 0x3Fu);
+        s.low = 0x80;
+        s.high = 0xBF;
+        --s.need;
+    }
+    detail::putCodePoint(s.bits, out, c.op, outEnd);
+    return true;
+}
+
+// One element with every check: the ends of the buffers and errors. A
+// sequence cut by the end of the input waits in the state. False when the
+// call has to stop.
+template <typename State>
+bool decodeCheckedSequence(detail::Conversion<State>& c, const uint8_t* in, int32_t inEnd, char16_t* out,
+                           int32_t outEnd)
+{
+    const uint32_t b0 = in[c.ip];
+    if (b0 < 0x80) {
+        out[c.op++] = static_cast<char16_t>(b0);
+        ++c.ip;
+        return true;
+    }
+    const int length = sequenceLength(b0);
+    if (length == 0) {
+        throwBadLead(b0);
+    }
+    uint8_t low;
+    uint8_t high;
+    secondByteRange(b0, low, high);
+    uint32_t bits = b0 & (0x7Fu >> length);
+    const int available = inEnd - c.ip < length ? inEnd - c.ip : length;
+    for (int i = 1; i < available; ++i) {
+        const uint32_t b = in[c.ip + i];
+        if (b < low || b > high) {
+            throwBadContinuation(b, low, high);
+        }
+        bits = (bits << 6) | (b & 0x3F);
+        low = 0x80;
+        high = 0xBF;
+    }
+    if (outEnd - c.op < unitsFor(length)) {
+        return false;
+    }
+    if (available < length) {
+        c.state.bits = bits;
+        c.state.need = static_cast<uint8_t>(length - available);
+        c.state.low = low;
+        c.state.high = high;
+        c.ip = inEnd;
+        return false;
+    }
+    c.ip += length;
+    detail::putCodePoint(bits, out, c.op, outEnd);
+    return true;
+}
+
 } // namespace
 
-BTCUTF8::BTCUTF8() : m_state{0, 0, 0x80, 0xBF, 0}
-{
-}
+BTCUTF8::BTCUTF8() : m_state{0, 0, 0x80, 0xBF} {}
 
 int32_t BTCUTF8::convert(const signed char* inBytes, int32_t* inPos, int32_t inEnd, char16_t* out, int32_t* outPos,
                          int32_t outEnd)
 {
-    detail::checkConvertArguments(inBytes, inPos, inEnd, out, outPos, outEnd);
     const uint8_t* in = reinterpret_cast<const uint8_t*>(inBytes);
-    State s = m_state;
-    int32_t ip = *inPos;
-    int32_t op = *outPos;
-    const int32_t opStart = op;
-
-    if (!detail::drainHeldChar(s, out, op, outEnd)) {
-        return 0;
-    }
-
-    // A sequence begun by an earlier call.
-    while (s.need != 0 && ip < inEnd) {
-        if (s.need == 1 && op == outEnd) {
-            break;
-        }
-        const uint32_t b = in[ip];
-        if (b < s.low || b > s.high) {
-            throwBadContinuation(b, s.low, s.high);
-        }
-        ++ip;
-        s.bits = (s.bits << 6) | (b & 0x3Fu);
-        s.low = 0x80;
-        s.high = 0xBF;
-        if (--s.need == 0) {
-            op = emit(s.bits, out, op, outEnd, s.held);
-        }
-    }
-
-    while (s.need == 0 && ip < inEnd && op < outEnd) {
+    return detail::runConversion(
+        m_state, inBytes, inPos, inEnd, out, outPos, outEnd, [&](detail::Conversion<State>& c) {
+            if (c.state.need != 0 && !continueSequence(c, in, inEnd, out, outEnd)) {
+                return;
+            }
+            while (c.ip < inEnd && c.op < outEnd) {
 #if QVCL3_CHARSET_SSE2
-        // Sixteen bytes at a time, widened and stored before looking at them:
-        // the slots past the ASCII prefix are rewritten by what follows.
-        const __m128i zero = _mm_setzero_si128();
-        while (inEnd - ip >= 16 && outEnd - op >= 16) {
-            const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in + ip));
-            _mm_storeu_si128(reinterpret_cast<__m128i*>(out + op), _mm_unpacklo_epi8(v, zero));
-            _mm_storeu_si128(reinterpret_cast<__m128i*>(out + op + 8), _mm_unpackhi_epi8(v, zero));
-            const int mask = _mm_movemask_epi8(v);
-            if (mask == 0) {
-                ip += 16;
-                op += 16;
-                continue;
-            }
-            const int ascii = detail::lowestBit(static_cast<uint32_t>(mask));
-            const uint32_t first = in[ip + ascii];
-            if (first >= 0xC2 && first < 0xE0 && inEnd - ip >= 48 && outEnd - op >= 48) {
-                // European text: stay with blocks of sixteen bytes while they
-                // hold few enough two-byte sequences and some at all.
-                const int32_t start = ip;
-                int plainBlocks = 0;
-                while (inEnd - ip >= 48 && outEnd - op >= 48 && plainBlocks < 2) {
-                    int width;
-                    const int twoByte = decodeLatinBlock(in + ip, out + op, width);
-                    if (twoByte < 0) {
-                        break;
-                    }
-                    ip += width;
-                    op += width - twoByte;
-                    plainBlocks = twoByte == 0 ? plainBlocks + 1 : 0;
-                }
-                if (ip != start) {
-                    continue;
-                }
-            }
-            ip += ascii;
-            op += ascii;
-            bool stuck = false;
-            for (;;) {
-                while (inEnd - ip >= 16 && outEnd - op >= 4 && decodeThreeByteQuad(in + ip, out + op)) {
-                    ip += 12;
-                    op += 4;
-                }
-                if (inEnd - ip < 4 || outEnd - op < 2 || in[ip] < 0x80) {
-                    break;
-                }
-                if (!decodeSequence(in, ip, out, op)) {
-                    stuck = true;
-                    break;
-                }
-            }
-            if (stuck) {
-                break;
-            }
-        }
+                if (decodeVectorBlocks(in, c.ip, inEnd, out, c.op, outEnd))
 #endif
-        // Anything left with room for the longest sequence on both sides.
-        while (inEnd - ip >= 4 && outEnd - op >= 2) {
-            if (in[ip] < 0x80) {
-                out[op++] = in[ip++];
-            } else if (!decodeSequence(in, ip, out, op)) {
-                break;
+                {
+                    decodeScalarRun(in, c.ip, inEnd, out, c.op, outEnd);
+                }
+                if (c.ip >= inEnd || c.op >= outEnd || !decodeCheckedSequence(c, in, inEnd, out, outEnd)) {
+                    break;
+                }
             }
-        }
-        if (ip >= inEnd || op >= outEnd) {
-            break;
-        }
-
-        // One element, with every check: the ends of the buffers and errors.
-        const uint32_t b0 = in[ip];
-        if (b0 < 0x80) {
-            out[op++] = static_cast<char16_t>(b0);
-            ++ip;
-            continue;
-        }
-        const int length = sequenceLength(b0);
-        if (length == 0) {
-            throwBadLead(b0);
-        }
-        uint8_t low;
-        uint8_t high;
-        secondByteRange(b0, low, high);
-        uint32_t bits = b0 & (0x7Fu >> length);
-        const int available = inEnd - ip < length ? inEnd - ip : length;
-        for (int i = 1; i < available; ++i) {
-            const uint32_t b = in[ip + i];
-            if (b < low || b > high) {
-                throwBadContinuation(b, low, high);
-            }
-            bits = (bits << 6) | (b & 0x3F);
-            low = 0x80;
-            high = 0xBF;
-        }
-        if (available < length) {
-            s.bits = bits;
-            s.need = static_cast<uint8_t>(length - available);
-            s.low = low;
-            s.high = high;
-            ip = inEnd;
-            break;
-        }
-        ip += length;
-        op = emit(bits, out, op, outEnd, s.held);
-    }
-
-    m_state = s;
-    *inPos = ip;
-    *outPos = op;
-    return op - opStart;
+        });
 }
 
 int32_t BTCUTF8::flush(char16_t* out, int32_t* outPos, int32_t outEnd)
@@ -360,12 +374,12 @@ int32_t BTCUTF8::flush(char16_t* out, int32_t* outPos, int32_t outEnd)
     if (m_state.need != 0) {
         detail::throwInvalidCharacter("Invalid UTF-8: truncated sequence at end of input");
     }
-    return detail::flushHeldChar(m_state, out, outPos, outEnd);
+    return 0;
 }
 
 void BTCUTF8::reset()
 {
-    m_state = State{0, 0, 0x80, 0xBF, 0};
+    m_state = State{0, 0, 0x80, 0xBF};
 }
 
 const char16_t* BTCUTF8::getEncodingName() const

@@ -18,84 +18,82 @@ CTBSingleByte::CTBSingleByte(const detail::SingleByteCode& code) : m_code(&code)
 int32_t CTBSingleByte::convert(const char16_t* in, int32_t* inPos, int32_t inEnd, signed char* outBytes,
                                int32_t* outPos, int32_t outEnd)
 {
-    detail::checkConvertArguments(in, inPos, inEnd, outBytes, outPos, outEnd);
     uint8_t* out = reinterpret_cast<uint8_t*>(outBytes);
     const detail::SingleByteCode& code = *m_code;
-    char16_t high = m_high;
-    int32_t ip = *inPos;
-    int32_t op = *outPos;
-    const int32_t opStart = op;
+    return detail::runConversion(
+        m_high, in, inPos, inEnd, outBytes, outPos, outEnd, [&](detail::Conversion<char16_t>& c) {
+            char16_t& high = c.state;
+            int32_t& ip = c.ip;
+            int32_t& op = c.op;
 
-    while (ip < inEnd && op < outEnd) {
+            while (ip < inEnd && op < outEnd) {
 #if QVCL3_CHARSET_SSE2
-        if (high == 0) {
-            const __m128i outside = _mm_set1_epi16(static_cast<short>(code.identityBelow == 0x100 ? 0xFF00 : 0xFF80));
-            const __m128i zero = _mm_setzero_si128();
-            while (inEnd - ip >= 16 && outEnd - op >= 16) {
-                const __m128i a = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in + ip));
-                const __m128i b = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in + ip + 8));
-                if (_mm_movemask_epi8(_mm_cmpeq_epi16(_mm_and_si128(_mm_or_si128(a, b), outside), zero)) != 0xFFFF) {
+                if (high == 0) {
+                    const __m128i outside =
+                        _mm_set1_epi16(static_cast<short>(code.identityBelow == 0x100 ? 0xFF00 : 0xFF80));
+                    const __m128i zero = _mm_setzero_si128();
+                    while (inEnd - ip >= 16 && outEnd - op >= 16) {
+                        const __m128i a = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in + ip));
+                        const __m128i b = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in + ip + 8));
+                        if (_mm_movemask_epi8(_mm_cmpeq_epi16(_mm_and_si128(_mm_or_si128(a, b), outside), zero)) !=
+                            0xFFFF) {
+                            break;
+                        }
+                        _mm_storeu_si128(reinterpret_cast<__m128i*>(out + op), _mm_packus_epi16(a, b));
+                        ip += 16;
+                        op += 16;
+                    }
+                }
+#endif
+                // Plain characters first; everything else takes the careful step.
+                while (high == 0 && ip < inEnd && op < outEnd) {
+                    const int byte = detail::findByte(code, in[ip]);
+                    if (byte < 0) {
+                        break;
+                    }
+                    out[op++] = static_cast<uint8_t>(byte);
+                    ++ip;
+                }
+                if (ip >= inEnd || op >= outEnd) {
                     break;
                 }
-                _mm_storeu_si128(reinterpret_cast<__m128i*>(out + op), _mm_packus_epi16(a, b));
-                ip += 16;
-                op += 16;
-            }
-        }
-#endif
-        // Plain characters first; everything else takes the careful step.
-        while (high == 0 && ip < inEnd && op < outEnd) {
-            const int byte = detail::findByte(code, in[ip]);
-            if (byte < 0) {
-                break;
-            }
-            out[op++] = static_cast<uint8_t>(byte);
-            ++ip;
-        }
-        if (ip >= inEnd || op >= outEnd) {
-            break;
-        }
 
-        uint32_t c = in[ip];
-        int32_t units = 1;
-        if (high != 0) {
-            if (!detail::isLowSurrogate(c)) {
-                detail::throwLoneHighSurrogate();
+                uint32_t c = in[ip];
+                int32_t units = 1;
+                if (high != 0) {
+                    if (!detail::isLowSurrogate(c)) {
+                        detail::throwLoneHighSurrogate();
+                    }
+                    c = detail::combineSurrogates(high, c);
+                    high = 0;
+                } else if (detail::isHighSurrogate(c)) {
+                    if (inEnd - ip < 2) {
+                        high = static_cast<char16_t>(c);
+                        ++ip;
+                        break;
+                    }
+                    if (!detail::isLowSurrogate(in[ip + 1])) {
+                        detail::throwLoneHighSurrogate();
+                    }
+                    c = detail::combineSurrogates(c, in[ip + 1]);
+                    units = 2;
+                } else if (detail::isLowSurrogate(c)) {
+                    detail::throwLoneLowSurrogate();
+                }
+                const int byte = c < 0x10000 ? detail::findByte(code, c) : -1;
+                if (byte >= 0) {
+                    out[op++] = static_cast<uint8_t>(byte);
+                } else if (!substitutionMode) {
+                    char message[64];
+                    std::snprintf(message, sizeof message, "U+%04X has no mapping in %s", static_cast<unsigned>(c),
+                                  code.label);
+                    detail::throwUnmappableCharacter(message);
+                } else if (substitutionCount == 1) {
+                    out[op++] = static_cast<uint8_t>(substitutionBytes[0]);
+                }
+                ip += units;
             }
-            c = detail::combineSurrogates(high, c);
-            high = 0;
-        } else if (detail::isHighSurrogate(c)) {
-            if (inEnd - ip < 2) {
-                high = static_cast<char16_t>(c);
-                ++ip;
-                break;
-            }
-            if (!detail::isLowSurrogate(in[ip + 1])) {
-                detail::throwLoneHighSurrogate();
-            }
-            c = detail::combineSurrogates(c, in[ip + 1]);
-            units = 2;
-        } else if (detail::isLowSurrogate(c)) {
-            detail::throwLoneLowSurrogate();
-        }
-        const int byte = c < 0x10000 ? detail::findByte(code, c) : -1;
-        if (byte >= 0) {
-            out[op++] = static_cast<uint8_t>(byte);
-        } else if (!substitutionMode) {
-            char message[64];
-            std::snprintf(message, sizeof message, "U+%04X has no mapping in %s", static_cast<unsigned>(c),
-                          code.label);
-            detail::throwUnmappableCharacter(message);
-        } else if (substitutionCount == 1) {
-            out[op++] = static_cast<uint8_t>(substitutionBytes[0]);
-        }
-        ip += units;
-    }
-
-    m_high = high;
-    *inPos = ip;
-    *outPos = op;
-    return op - opStart;
+        });
 }
 
 int32_t CTBSingleByte::flush(signed char* out, int32_t* outPos, int32_t outEnd)

@@ -9,34 +9,6 @@ namespace qv::text::charset {
 
 namespace {
 
-// Room for one byte is guaranteed; the rest of the character waits.
-template <typename State>
-int32_t putCodePoint(uint32_t cp, State& s, uint8_t* out, int32_t op, int32_t outEnd)
-{
-    uint8_t bytes[4];
-    int n;
-    if (cp < 0x80) {
-        bytes[0] = static_cast<uint8_t>(cp);
-        n = 1;
-    } else if (cp < 0x800) {
-        bytes[0] = static_cast<uint8_t>(0xC0 | (cp >> 6));
-        bytes[1] = static_cast<uint8_t>(0x80 | (cp & 0x3F));
-        n = 2;
-    } else if (cp < 0x10000) {
-        bytes[0] = static_cast<uint8_t>(0xE0 | (cp >> 12));
-        bytes[1] = static_cast<uint8_t>(0x80 | ((cp >> 6) & 0x3F));
-        bytes[2] = static_cast<uint8_t>(0x80 | (cp & 0x3F));
-        n = 3;
-    } else {
-        bytes[0] = static_cast<uint8_t>(0xF0 | (cp >> 18));
-        bytes[1] = static_cast<uint8_t>(0x80 | ((cp >> 12) & 0x3F));
-        bytes[2] = static_cast<uint8_t>(0x80 | ((cp >> 6) & 0x3F));
-        bytes[3] = static_cast<uint8_t>(0x80 | (cp & 0x3F));
-        n = 4;
-    }
-    return detail::putHeld(bytes, n, s, out, op, outEnd);
-}
-
 #if QVCL3_CHARSET_SSE2
 // One character of a non-ASCII run with little-endian multi-byte stores
 // (x86 only), given two units of input and four bytes of output; false for
@@ -259,224 +231,236 @@ inline int encodeThreeByteRun(const char16_t* in, uint8_t* out)
     }
     return mask == 0 ? 8 : detail::lowestBit(mask) / 2;
 }
+
+// Sixteen units at a time, packed and stored before looking at them: the
+// bytes past the ASCII prefix are rewritten by what follows. European text,
+// text with emoji and East Asian text stay in blocks of their own. False
+// when a character needs the careful step.
+inline bool encodeVectorBlocks(const char16_t* in, int32_t& ip, int32_t inEnd, uint8_t* out, int32_t& op,
+                               int32_t outEnd)
+{
+    const __m128i nonAscii = _mm_set1_epi16(static_cast<short>(0xFF80));
+    const __m128i zero = _mm_setzero_si128();
+    while (inEnd - ip >= 16 && outEnd - op >= 16) {
+        const __m128i a = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in + ip));
+        const __m128i b = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in + ip + 8));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(out + op), _mm_packus_epi16(a, b));
+        const __m128i asciiA = _mm_cmpeq_epi16(_mm_and_si128(a, nonAscii), zero);
+        const __m128i asciiB = _mm_cmpeq_epi16(_mm_and_si128(b, nonAscii), zero);
+        const uint32_t mask = static_cast<uint32_t>(_mm_movemask_epi8(_mm_packs_epi16(asciiA, asciiB)));
+        if (mask == 0xFFFF) {
+            ip += 16;
+            op += 16;
+            continue;
+        }
+        const int ascii = detail::lowestBit(~mask);
+        const uint32_t first = in[ip + ascii];
+        if (first < 0x800 && inEnd - ip >= 48 && outEnd - op >= 48) {
+            // European text: stay with blocks of sixteen units while
+            // they hold few enough two-byte characters and some at all.
+            const int32_t start = ip;
+            int plainBlocks = 0;
+            while (inEnd - ip >= 48 && outEnd - op >= 48 && plainBlocks < 2) {
+                int twoByte = encodeLatinBlock(in + ip, out, op);
+                if (twoByte == crowded) {
+                    twoByte = 0;
+                    for (int k = 0; k < 16; k += 4) {
+                        twoByte += encodeTwoByteQuad(in + ip + k, out, op);
+                    }
+                }
+                if (twoByte < 0) {
+                    break;
+                }
+                ip += 16;
+                plainBlocks = twoByte == 0 ? plainBlocks + 1 : 0;
+            }
+            if (ip != start) {
+                continue;
+            }
+        }
+        if (detail::isHighSurrogate(first) && inEnd - ip >= 48 && outEnd - op >= 48) {
+            // Text with emoji: blocks of sixteen units with up to two
+            // surrogate pairs among ASCII.
+            const int32_t start = ip;
+            int plainBlocks = 0;
+            while (inEnd - ip >= 48 && outEnd - op >= 48 && plainBlocks < 2) {
+                const int pairs = encodePairBlock(in + ip, out, op);
+                if (pairs < 0) {
+                    break;
+                }
+                ip += 16;
+                plainBlocks = pairs == 0 ? plainBlocks + 1 : 0;
+            }
+            if (ip != start) {
+                continue;
+            }
+        }
+        if (inEnd - ip >= 32 && outEnd - op >= 64 && (first < 0x800 || detail::isSurrogate(first))) {
+            if (encodeMixedBlock(in, ip, out, op, ~mask & 0xFFFF)) {
+                continue;
+            }
+            break;
+        }
+        ip += ascii;
+        op += ascii;
+        bool stuck = false;
+        while (inEnd - ip >= 2 && outEnd - op >= 4) {
+            const uint32_t c = in[ip];
+            if (c >= 0x800 && !detail::isSurrogate(c) && inEnd - ip >= 8 && outEnd - op >= 32) {
+                const int n = encodeThreeByteRun(in + ip, out + op);
+                ip += n;
+                op += 3 * n;
+                continue;
+            }
+            if (c < 0x800 && inEnd - ip >= 4 && outEnd - op >= 8) {
+                // Latin text: a quad of ASCII and two-byte characters; a
+                // quad of ASCII alone goes back to the blocks.
+                const int twoByte = encodeTwoByteQuad(in + ip, out, op);
+                if (twoByte >= 0) {
+                    ip += 4;
+                    if (twoByte == 0) {
+                        break;
+                    }
+                    continue;
+                }
+            }
+            if (c < 0x80) {
+                out[op++] = static_cast<uint8_t>(c);
+                ++ip;
+                continue;
+            }
+            if (!encodeCharacter(in, ip, out, op)) {
+                stuck = true;
+                break;
+            }
+        }
+        if (stuck) {
+            break;
+        }
+    }
+    return true;
+}
 #endif
+
+// Runs of non-ASCII characters with room for the longest one; with vector
+// blocks, a return to ASCII goes back to them.
+inline void encodeScalarRun(const char16_t* in, int32_t& ip, int32_t inEnd, uint8_t* out, int32_t& op, int32_t outEnd)
+{
+    while (ip < inEnd && outEnd - op >= 4) {
+        uint32_t c = in[ip];
+        if (c < 0x80) {
+            out[op++] = static_cast<uint8_t>(c);
+            ++ip;
+#if QVCL3_CHARSET_SSE2
+            if (ip < inEnd && in[ip] < 0x80) {
+                break;
+            }
+#endif
+            continue;
+        }
+        int32_t units = 1;
+        if (detail::isSurrogate(c)) {
+            if (!detail::isHighSurrogate(c) || inEnd - ip < 2 || !detail::isLowSurrogate(in[ip + 1])) {
+                break;
+            }
+            c = detail::combineSurrogates(c, in[ip + 1]);
+            units = 2;
+        }
+        op += detail::encodeUtf8(c, out + op);
+        ip += units;
+    }
+}
+
+// The low half of a pair whose high half ended the last call's input.
+// False when the character does not fit.
+template <typename State>
+bool finishPair(detail::Conversion<State>& c, const char16_t* in, uint8_t* out, int32_t outEnd)
+{
+    const uint32_t low = in[c.ip];
+    if (!detail::isLowSurrogate(low)) {
+        detail::throwLoneHighSurrogate();
+    }
+    uint8_t bytes[4];
+    if (!detail::putWhole(bytes, detail::encodeUtf8(detail::combineSurrogates(c.state.high, low), bytes), out, c.op,
+                          outEnd)) {
+        return false;
+    }
+    c.state.high = 0;
+    ++c.ip;
+    return true;
+}
+
+// One character with every check. A high surrogate that ends the input
+// waits in the state for its low half. False when the call has to stop:
+// that happened, or the character does not fit (nothing is consumed).
+template <typename State>
+bool encodeCheckedCharacter(detail::Conversion<State>& c, const char16_t* in, int32_t inEnd, uint8_t* out,
+                            int32_t outEnd)
+{
+    uint32_t cp = in[c.ip];
+    int32_t units = 1;
+    if (detail::isSurrogate(cp)) {
+        if (detail::isLowSurrogate(cp)) {
+            detail::throwLoneLowSurrogate();
+        }
+        if (c.ip + 1 == inEnd) {
+            c.state.high = static_cast<char16_t>(cp);
+            ++c.ip;
+            return false;
+        }
+        if (!detail::isLowSurrogate(in[c.ip + 1])) {
+            detail::throwLoneHighSurrogate();
+        }
+        cp = detail::combineSurrogates(cp, in[c.ip + 1]);
+        units = 2;
+    }
+    uint8_t bytes[4];
+    if (!detail::putWhole(bytes, detail::encodeUtf8(cp, bytes), out, c.op, outEnd)) {
+        return false;
+    }
+    c.ip += units;
+    return true;
+}
 
 } // namespace
 
-CTBUTF8::CTBUTF8() : m_state{0, 0, {0, 0, 0}}
-{
-}
+CTBUTF8::CTBUTF8() : m_state{0} {}
 
 int32_t CTBUTF8::convert(const char16_t* in, int32_t* inPos, int32_t inEnd, signed char* outBytes, int32_t* outPos,
                          int32_t outEnd)
 {
-    detail::checkConvertArguments(in, inPos, inEnd, outBytes, outPos, outEnd);
     uint8_t* out = reinterpret_cast<uint8_t*>(outBytes);
-    State s = m_state;
-    int32_t ip = *inPos;
-    int32_t op = *outPos;
-    const int32_t opStart = op;
-
-    op = detail::drainHeld(s, out, op, outEnd);
-    if (s.heldCount == 0 && s.high != 0 && ip < inEnd && op < outEnd) {
-        const uint32_t c = in[ip];
-        if (!detail::isLowSurrogate(c)) {
-            detail::throwLoneHighSurrogate();
-        }
-        ++ip;
-        op = putCodePoint(detail::combineSurrogates(s.high, c), s, out, op, outEnd);
-        s.high = 0;
-    }
-
-    while (s.heldCount == 0 && s.high == 0 && ip < inEnd && op < outEnd) {
+    return detail::runConversion(
+        m_state, in, inPos, inEnd, outBytes, outPos, outEnd, [&](detail::Conversion<State>& c) {
+            if (c.state.high != 0 && (c.ip == inEnd || c.op == outEnd || !finishPair(c, in, out, outEnd))) {
+                return;
+            }
+            while (c.ip < inEnd && c.op < outEnd) {
 #if QVCL3_CHARSET_SSE2
-        // Sixteen units at a time, packed and stored before looking at them:
-        // the bytes past the ASCII prefix are rewritten by what follows.
-        const __m128i nonAscii = _mm_set1_epi16(static_cast<short>(0xFF80));
-        const __m128i zero = _mm_setzero_si128();
-        while (inEnd - ip >= 16 && outEnd - op >= 16) {
-            const __m128i a = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in + ip));
-            const __m128i b = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in + ip + 8));
-            _mm_storeu_si128(reinterpret_cast<__m128i*>(out + op), _mm_packus_epi16(a, b));
-            const __m128i asciiA = _mm_cmpeq_epi16(_mm_and_si128(a, nonAscii), zero);
-            const __m128i asciiB = _mm_cmpeq_epi16(_mm_and_si128(b, nonAscii), zero);
-            const uint32_t mask = static_cast<uint32_t>(_mm_movemask_epi8(_mm_packs_epi16(asciiA, asciiB)));
-            if (mask == 0xFFFF) {
-                ip += 16;
-                op += 16;
-                continue;
-            }
-            const int ascii = detail::lowestBit(~mask);
-            const uint32_t first = in[ip + ascii];
-            if (first < 0x800 && inEnd - ip >= 48 && outEnd - op >= 48) {
-                // European text: stay with blocks of sixteen units while
-                // they hold few enough two-byte characters and some at all.
-                const int32_t start = ip;
-                int plainBlocks = 0;
-                while (inEnd - ip >= 48 && outEnd - op >= 48 && plainBlocks < 2) {
-                    int twoByte = encodeLatinBlock(in + ip, out, op);
-                    if (twoByte == crowded) {
-                        twoByte = 0;
-                        for (int k = 0; k < 16; k += 4) {
-                            twoByte += encodeTwoByteQuad(in + ip + k, out, op);
-                        }
-                    }
-                    if (twoByte < 0) {
-                        break;
-                    }
-                    ip += 16;
-                    plainBlocks = twoByte == 0 ? plainBlocks + 1 : 0;
+                if (encodeVectorBlocks(in, c.ip, inEnd, out, c.op, outEnd))
+#endif
+                {
+                    encodeScalarRun(in, c.ip, inEnd, out, c.op, outEnd);
                 }
-                if (ip != start) {
-                    continue;
-                }
-            }
-            if (detail::isHighSurrogate(first) && inEnd - ip >= 48 && outEnd - op >= 48) {
-                // Text with emoji: blocks of sixteen units with up to two
-                // surrogate pairs among ASCII.
-                const int32_t start = ip;
-                int plainBlocks = 0;
-                while (inEnd - ip >= 48 && outEnd - op >= 48 && plainBlocks < 2) {
-                    const int pairs = encodePairBlock(in + ip, out, op);
-                    if (pairs < 0) {
-                        break;
-                    }
-                    ip += 16;
-                    plainBlocks = pairs == 0 ? plainBlocks + 1 : 0;
-                }
-                if (ip != start) {
-                    continue;
-                }
-            }
-            if (inEnd - ip >= 32 && outEnd - op >= 64 && (first < 0x800 || detail::isSurrogate(first))) {
-                if (encodeMixedBlock(in, ip, out, op, ~mask & 0xFFFF)) {
-                    continue;
-                }
-                break;
-            }
-            ip += ascii;
-            op += ascii;
-            bool stuck = false;
-            while (inEnd - ip >= 2 && outEnd - op >= 4) {
-                const uint32_t c = in[ip];
-                if (c >= 0x800 && !detail::isSurrogate(c) && inEnd - ip >= 8 && outEnd - op >= 32) {
-                    const int n = encodeThreeByteRun(in + ip, out + op);
-                    ip += n;
-                    op += 3 * n;
-                    continue;
-                }
-                if (c < 0x800 && inEnd - ip >= 4 && outEnd - op >= 8) {
-                    // Latin text: a quad of ASCII and two-byte characters; a
-                    // quad of ASCII alone goes back to the blocks.
-                    const int twoByte = encodeTwoByteQuad(in + ip, out, op);
-                    if (twoByte >= 0) {
-                        ip += 4;
-                        if (twoByte == 0) {
-                            break;
-                        }
-                        continue;
-                    }
-                }
-                if (c < 0x80) {
-                    out[op++] = static_cast<uint8_t>(c);
-                    ++ip;
-                    continue;
-                }
-                if (!encodeCharacter(in, ip, out, op)) {
-                    stuck = true;
+                if (c.ip >= inEnd || c.op >= outEnd || !encodeCheckedCharacter(c, in, inEnd, out, outEnd)) {
                     break;
                 }
             }
-            if (stuck) {
-                break;
-            }
-        }
-#endif
-        // Runs of non-ASCII characters with room for the longest one.
-        while (ip < inEnd && outEnd - op >= 4) {
-            const uint32_t c = in[ip];
-            if (c < 0x80) {
-                out[op++] = static_cast<uint8_t>(c);
-                ++ip;
-#if QVCL3_CHARSET_SSE2
-                if (ip < inEnd && in[ip] < 0x80) {
-                    break;
-                }
-#endif
-                continue;
-            }
-            if (c < 0x800) {
-                out[op] = static_cast<uint8_t>(0xC0 | (c >> 6));
-                out[op + 1] = static_cast<uint8_t>(0x80 | (c & 0x3F));
-                op += 2;
-                ++ip;
-                continue;
-            }
-            if (!detail::isSurrogate(c)) {
-                out[op] = static_cast<uint8_t>(0xE0 | (c >> 12));
-                out[op + 1] = static_cast<uint8_t>(0x80 | ((c >> 6) & 0x3F));
-                out[op + 2] = static_cast<uint8_t>(0x80 | (c & 0x3F));
-                op += 3;
-                ++ip;
-                continue;
-            }
-            if (!detail::isHighSurrogate(c) || inEnd - ip < 2 || !detail::isLowSurrogate(in[ip + 1])) {
-                break;
-            }
-            const uint32_t cp = detail::combineSurrogates(c, in[ip + 1]);
-            out[op] = static_cast<uint8_t>(0xF0 | (cp >> 18));
-            out[op + 1] = static_cast<uint8_t>(0x80 | ((cp >> 12) & 0x3F));
-            out[op + 2] = static_cast<uint8_t>(0x80 | ((cp >> 6) & 0x3F));
-            out[op + 3] = static_cast<uint8_t>(0x80 | (cp & 0x3F));
-            op += 4;
-            ip += 2;
-        }
-        if (ip >= inEnd || op >= outEnd) {
-            break;
-        }
-
-        // One character with every check.
-        uint32_t cp = in[ip];
-        if (detail::isSurrogate(cp)) {
-            if (detail::isLowSurrogate(cp)) {
-                detail::throwLoneLowSurrogate();
-            }
-            if (ip + 1 == inEnd) {
-                s.high = static_cast<char16_t>(cp);
-                ++ip;
-                break;
-            }
-            if (!detail::isLowSurrogate(in[ip + 1])) {
-                detail::throwLoneHighSurrogate();
-            }
-            cp = detail::combineSurrogates(cp, in[ip + 1]);
-            ip += 2;
-        } else {
-            ++ip;
-        }
-        op = putCodePoint(cp, s, out, op, outEnd);
-    }
-
-    m_state = s;
-    *inPos = ip;
-    *outPos = op;
-    return op - opStart;
+        });
 }
 
 int32_t CTBUTF8::flush(signed char* outBytes, int32_t* outPos, int32_t outEnd)
 {
     detail::checkFlushArguments(outBytes, outPos, outEnd);
-    if (m_state.heldCount == 0 && m_state.high != 0) {
+    if (m_state.high != 0) {
         detail::throwHighSurrogateAtEnd();
     }
-    const int32_t start = *outPos;
-    *outPos = detail::drainHeld(m_state, reinterpret_cast<uint8_t*>(outBytes), start, outEnd);
-    return *outPos - start;
+    return 0;
 }
 
 void CTBUTF8::reset()
 {
-    m_state = State{0, 0, {0, 0, 0}};
+    m_state = State{0};
 }
 
 const char16_t* CTBUTF8::getEncodingName() const

@@ -5,6 +5,8 @@
 
 #include <cstdint>
 
+#include "UtfArithmetic.h"
+
 namespace qv {
 namespace text {
 namespace charset {
@@ -23,91 +25,78 @@ void checkConvertArguments(const void* in, const int32_t* inPos, int32_t inEnd, 
                            const int32_t* outPos, int32_t outEnd);
 void checkFlushArguments(const void* out, const int32_t* outPos, int32_t outEnd);
 
-// Exact for any 32-bit value, not only for code units: a UTF-32 value such
-// as 0xCD8D9 is not a surrogate although its low sixteen bits look like one.
-inline bool isHighSurrogate(uint32_t c)
-{
-    return (c & 0xFFFFFC00u) == 0xD800u;
-}
-inline bool isLowSurrogate(uint32_t c)
-{
-    return (c & 0xFFFFFC00u) == 0xDC00u;
-}
-inline bool isSurrogate(uint32_t c)
-{
-    return (c & 0xFFFFF800u) == 0xD800u;
-}
-inline uint32_t combineSurrogates(uint32_t high, uint32_t low)
-{
-    return 0x10000u + ((high - 0xD800u) << 10) + (low - 0xDC00u);
-}
-inline char16_t highSurrogateOf(uint32_t cp)
-{
-    return static_cast<char16_t>(0xD7C0u + (cp >> 10));
-}
-inline char16_t lowSurrogateOf(uint32_t cp)
-{
-    return static_cast<char16_t>(0xDC00u + (cp & 0x3FFu));
-}
+using qvutf::combineSurrogates;
+using qvutf::encodeUtf8;
+using qvutf::highSurrogateOf;
+using qvutf::isHighSurrogate;
+using qvutf::isLowSurrogate;
+using qvutf::isSurrogate;
+using qvutf::lowSurrogateOf;
 
-// Elements (bytes or units) of a character that did not fit into the output
-// wait in a small array of the converter's state and are written first by the
-// next call.
-template <typename State, typename Element>
-int32_t drainHeld(State& s, Element* out, int32_t op, int32_t outEnd)
-{
-    int i = 0;
-    while (i < s.heldCount && op < outEnd) {
-        out[op++] = s.held[i++];
-    }
-    for (int j = i; j < s.heldCount; ++j) {
-        s.held[j - i] = s.held[j];
-    }
-    s.heldCount = static_cast<uint8_t>(s.heldCount - i);
-    return op;
-}
-
-// Writes what fits of elements[0, n) and appends the rest to the held ones;
-// the caller guarantees the held array has room for it.
-template <typename State, typename Element>
-int32_t putHeld(const Element* elements, int n, State& s, Element* out, int32_t op, int32_t outEnd)
-{
-    int i = 0;
-    while (i < n && op < outEnd) {
-        out[op++] = elements[i++];
-    }
-    for (; i < n; ++i) {
-        s.held[s.heldCount++] = elements[i];
-    }
-    return op;
-}
-
-// A decoder that split a supplementary character over the end of the output
-// keeps its low surrogate and writes it before anything else. False when
-// there is no room for it, in which case the call has nothing to do.
+// What one convert() call works on: a copy of the converter's state and the
+// two positions. Only a call that returns commits them (runConversion), so
+// a call that throws leaves the converter and the caller's positions as they
+// were when it began; the elements it stored before throwing stay in out.
 template <typename State>
-inline bool drainHeldChar(State& s, char16_t* out, int32_t& op, int32_t outEnd)
+struct Conversion {
+    State state;
+    int32_t ip;
+    int32_t op;
+};
+
+// The state of a converter that keeps none between calls.
+struct Stateless {};
+
+// The one skeleton of every convert(): argument checks, work on a copy,
+// commit on return. step(Conversion<State>&) does the converting.
+template <typename State, typename In, typename Out, typename Step>
+int32_t runConversion(State& state, const In* in, int32_t* inPos, int32_t inEnd, Out* out, int32_t* outPos,
+                      int32_t outEnd, Step step)
 {
-    if (s.held != 0) {
-        if (op == outEnd) {
-            return false;
-        }
-        out[op++] = s.held;
-        s.held = 0;
+    checkConvertArguments(in, inPos, inEnd, out, outPos, outEnd);
+    Conversion<State> c{state, *inPos, *outPos};
+    step(c);
+    const int32_t written = c.op - *outPos;
+    state = c.state;
+    *inPos = c.ip;
+    *outPos = c.op;
+    return written;
+}
+
+// Writes elements[0, n) when all of them fit and moves op past them; false,
+// with nothing written, when they do not: a character is never split over
+// two calls.
+template <typename Element>
+bool putWhole(const Element* elements, int n, Element* out, int32_t& op, int32_t outEnd)
+{
+    if (n > outEnd - op) {
+        return false;
     }
+    for (int i = 0; i < n; ++i) {
+        out[op + i] = elements[i];
+    }
+    op += n;
     return true;
 }
 
-// The part of a decoder's flush that follows its own end-of-input checks.
-template <typename State>
-inline int32_t flushHeldChar(State& s, char16_t* out, int32_t* outPos, int32_t outEnd)
+// A decoded code point as one or two UTF-16 units; false, with nothing
+// written, when they do not fit.
+inline bool putCodePoint(uint32_t cp, char16_t* out, int32_t& op, int32_t outEnd)
 {
-    if (s.held != 0 && *outPos < outEnd) {
-        out[(*outPos)++] = s.held;
-        s.held = 0;
-        return 1;
+    if (cp < 0x10000) {
+        if (op == outEnd) {
+            return false;
+        }
+        out[op++] = static_cast<char16_t>(cp);
+        return true;
     }
-    return 0;
+    if (outEnd - op < 2) {
+        return false;
+    }
+    out[op] = highSurrogateOf(cp);
+    out[op + 1] = lowSurrogateOf(cp);
+    op += 2;
+    return true;
 }
 
 [[noreturn]] void throwLoneHighSurrogate();
