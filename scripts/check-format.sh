@@ -3,11 +3,12 @@
 # change and exits non-zero if there is any.
 set -euo pipefail
 cd "$(dirname "$0")/.."
+scripts/install-deps.sh clang-format
 dirs=()
 for d in include src tests bench fuzz examples; do
     [ -d "$d" ] && dirs+=("$d")
 done
-mapfile -t files < <(find "${dirs[@]}" -type f \( -name '*.h' -o -name '*.hpp' -o -name '*.cpp' -o -name '*.c' -o -name '*.inc' \) | sort)
+mapfile -t files < <(find "${dirs[@]}" -type f \( -name '*.h' -o -name '*.hpp' -o -name '*.cpp' -o -name '*.c' \) | sort)
 bad=()
 for f in "${files[@]}"; do
     if ! clang-format --dry-run -Werror "$f" >/dev/null 2>&1; then

