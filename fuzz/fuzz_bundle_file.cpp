@@ -14,7 +14,7 @@ namespace {
 const std::string& directory()
 {
     static const std::string path = [] {
-        std::string pattern = "/tmp/fuzz_properties_XXXXXX";
+        std::string pattern = "/tmp/fuzz_bundle_file_XXXXXX";
         if (mkdtemp(&pattern[0]) == nullptr)
             fuzz::fail("no temporary directory");
         qv::i18n::StringBundle::setSearchPath(qv::String(pattern.c_str(), -1, u"UTF-8"));

@@ -17,6 +17,10 @@ void demoEncodings();
 void demoIo();
 void demoTextIo();
 void demoExec();
+void demoCrypto();
+void demoNet();
+void demoModules();
+void demoConfiguration(int argc, const char* const* argv);
 void demoI18n();
 
 #endif

@@ -165,7 +165,7 @@ void demoEncodings()
     encodings();
 }
 
-int main()
+int main(int argc, char** argv)
 {
     std::printf("qvcl3 %s\n", QVCL3Version());
     try {
@@ -176,6 +176,10 @@ int main()
         demoIo();
         demoTextIo();
         demoExec();
+        demoCrypto();
+        demoNet();
+        demoModules();
+        demoConfiguration(argc, argv);
         demoI18n();
     } catch (const qv::Exception& e) {
         std::printf("unexpected exception 0x%08X: %s\n", static_cast<unsigned>(e.getResult()),

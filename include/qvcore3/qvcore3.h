@@ -32,6 +32,18 @@ extern "C" {
 typedef int32_t QVRESULT;
 typedef int32_t QVHANDLE;
 
+/* The 16-byte class and interface identifier, laid out as the component
+   model's GUID; equal when all 16 bytes are. */
+#ifndef QV_GUID_DEFINED
+#define QV_GUID_DEFINED
+typedef struct GUID {
+    uint32_t Data1;
+    uint16_t Data2;
+    uint16_t Data3;
+    uint8_t Data4[8];
+} GUID;
+#endif
+
 #define QV_INVALID_HANDLE ((QVHANDLE)-1)
 
 #define QV_S_OK ((QVRESULT)0)
@@ -50,6 +62,10 @@ typedef int32_t QVHANDLE;
 #define QV_E_ACCESSDENIED ((QVRESULT)0x80070005)
 #define QV_E_HANDLE_EOF ((QVRESULT)0x80070026)
 #define QV_E_ALREADY_EXISTS ((QVRESULT)0x800700B7)
+#define QV_E_INVALID_DATA ((QVRESULT)0x8007000D)
+#define QV_E_PROC_NOT_FOUND ((QVRESULT)0x8007007F)
+#define QV_E_NO_MORE_ITEMS ((QVRESULT)0x80070103)
+#define QV_E_CLASSNOTREG ((QVRESULT)0x80040154)
 #define QV_E_TIMEOUT ((QVRESULT)0x800705B4)
 /* A try operation found the object taken; not a fault of the caller. */
 #define QV_E_BUSY ((QVRESULT)0x800700AA)
@@ -323,6 +339,12 @@ QVCORE3_API QVRESULT QVTimeFromPosix(int64_t seconds, int32_t local, STRUCT_QV_T
 QVCORE3_API int32_t QVLastNativeSocketError(void) QVCORE3_NOEXCEPT;
 QVCORE3_API int32_t QVSocketErrorFromErrno(int32_t error) QVCORE3_NOEXCEPT;
 QVCORE3_API int32_t QVSocketErrorFromEai(int32_t eaiError) QVCORE3_NOEXCEPT;
+/* Sets the calling thread's last sockets error (Windows Sockets numbering,
+   0 clears it); the next failing system call replaces it. */
+QVCORE3_API void QVSetLastNativeSocketError(int32_t nativeError) QVCORE3_NOEXCEPT;
+/* Records a getaddrinfo/getnameinfo result (EAI_...) as the last sockets
+   error and returns its number (13001 for EAI_NONAME, ...). */
+QVCORE3_API int32_t QVRecordResolverError(int32_t eaiError) QVCORE3_NOEXCEPT;
 QVCORE3_API QVRESULT QVSocketLayerStartup(void) QVCORE3_NOEXCEPT;
 QVCORE3_API int32_t QVSocketLayerShutdown(void) QVCORE3_NOEXCEPT;
 
@@ -441,6 +463,131 @@ QVCORE3_API QVRESULT QVFileSync(int32_t fd, int32_t metadata) QVCORE3_NOEXCEPT;
    it there. */
 QVCORE3_API QVRESULT QVFileLock(int32_t fd, int64_t position, int64_t length, uint32_t flags) QVCORE3_NOEXCEPT;
 QVCORE3_API QVRESULT QVFileUnlock(int32_t fd, int64_t position, int64_t length) QVCORE3_NOEXCEPT;
+/* ---- processor features -------------------------------------------------- */
+
+/* The x86-64 SHA extensions (SHA-1 and SHA-256 rounds) together with SSSE3
+   and SSE4.1, which code using them also needs. */
+#define QV_CPU_SHA 0x1u
+
+/* The QV_CPU_* extensions this processor offers. When the environment
+   variable QVCL3_PORTABLE_CODE is set to anything but "" or "0", none: the
+   callers then take their portable code, which is how that code is tested on
+   machines that have the extensions. The processor is asked once; the
+   variable at every call. */
+QVCORE3_API uint32_t QVCpuFeatures(void) QVCORE3_NOEXCEPT;
+/* ---- registry: the file-backed key store -------------------------------
+   Keys are folders under the store directory: $QV_REGISTRY_DIR, else
+   $XDG_CONFIG_HOME/qvcl3/registry, else ~/.config/qvcl3/registry, read at
+   each call that starts from a root. A key path is a list of names joined by
+   '\\'; a null or empty path names the parent itself. Names compare without
+   regard to ASCII case and keep the case they were created with. A name that
+   is empty, "." or "..", holds '/', is longer than 255 units or is not valid
+   UTF-16 is refused with QV_E_INVALIDARG before anything is touched.
+   Writes (creating keys, setting and deleting values, deleting keys) take an
+   exclusive lock on the store, so processes may share it; a value is written
+   to a temporary file, synced and renamed into place, so a reader (or a
+   writer killed half-way) never sees a half-written value. A value file that
+   fails its check is reported as QV_E_INVALID_DATA. A missing key or value
+   is QV_E_FILE_NOT_FOUND. */
+
+#define QV_HKEY_CLASSES_ROOT ((QVHANDLE)0x80000000)
+#define QV_HKEY_CURRENT_USER ((QVHANDLE)0x80000001)
+#define QV_HKEY_LOCAL_MACHINE ((QVHANDLE)0x80000002)
+
+/* parent: a root above or an open key. Open fails for a missing key; Create
+   makes what is missing (the store directory too). Close a key with
+   QVRegistryCloseKey; the roots need no closing. */
+QVCORE3_API QVRESULT QVRegistryOpenKey(QVHANDLE parent, const char16_t* subKey, QVHANDLE* key) QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVRegistryCreateKey(QVHANDLE parent, const char16_t* subKey, QVHANDLE* key) QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVRegistryCloseKey(QVHANDLE key) QVCORE3_NOEXCEPT;
+/* Removes the key named by subKey (not empty) with all its subkeys and values,
+   in one step as far as readers can tell. */
+QVCORE3_API QVRESULT QVRegistryDeleteKey(QVHANDLE parent, const char16_t* subKey) QVCORE3_NOEXCEPT;
+/* String values. name null or empty: the key's default value. length -1: value
+   is NUL-terminated; otherwise it may hold NULs. At most 16M units. */
+QVCORE3_API QVRESULT QVRegistrySetValue(QVHANDLE key, const char16_t* name, const char16_t* value, int32_t length)
+    QVCORE3_NOEXCEPT;
+/* Copies the value and a NUL into buffer (capacity units). When it does not
+   fit, QV_E_BUFFER_TOO_SMALL and nothing is copied; *length (optional) is
+   the value's length without the NUL either way. buffer may be null with
+   capacity 0 to ask for the length. */
+QVCORE3_API QVRESULT QVRegistryGetValue(QVHANDLE key, const char16_t* name, char16_t* buffer, int32_t capacity,
+                                        int32_t* length) QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVRegistryDeleteValue(QVHANDLE key, const char16_t* name) QVCORE3_NOEXCEPT;
+/* The index-th subkey or value name in ASCII-case-insensitive order (the
+   default value is the empty name), NUL-terminated, with the same
+   QV_E_BUFFER_TOO_SMALL rule as QVRegistryGetValue. Past the last one:
+   QV_E_NO_MORE_ITEMS. */
+QVCORE3_API QVRESULT QVRegistryEnumKey(QVHANDLE key, uint32_t index, char16_t* name, int32_t capacity,
+                                       int32_t* length) QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVRegistryEnumValue(QVHANDLE key, uint32_t index, char16_t* name, int32_t capacity,
+                                         int32_t* length) QVCORE3_NOEXCEPT;
+
+/* ---- component identifiers and creation -------------------------------- */
+
+/* "{XXXXXXXX-XXXX-XXXX-XXXX-XXXXXXXXXXXX}": 38 units plus a NUL, upper case.
+   Parsing accepts either case and nothing else (no missing braces, no
+   spaces): QV_E_INVALIDARG. A capacity below 39 is QV_E_BUFFER_TOO_SMALL. */
+QVCORE3_API QVRESULT QVComGUIDFromString(const char16_t* text, GUID* guid) QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVComStringFromGUID(const GUID* guid, char16_t* text, int32_t capacity) QVCORE3_NOEXCEPT;
+/* A random (version 4, RFC 4122 variant) identifier from the system's random
+   source. */
+QVCORE3_API QVRESULT QVComCreateGUID(GUID* guid) QVCORE3_NOEXCEPT;
+
+/* What a component module exports (C linkage, these names). */
+typedef QVRESULT (*QVDllGetClassObjectFunction)(const GUID* clsid, const GUID* iid, void** object);
+typedef QVRESULT (*QVDllCanUnloadNowFunction)(void);
+typedef QVRESULT (*QVDllRegisterServerFunction)(void);
+
+/* The class identifier of a ProgID registered under the classes root: the
+   default value of ProgID\\CLSID, following ProgID\\CurVer first when the
+   ProgID is version-independent. Unknown ProgID: QV_E_CLASSNOTREG. */
+QVCORE3_API QVRESULT QVComClassIDFromProgID(const char16_t* progId, GUID* clsid) QVCORE3_NOEXCEPT;
+/* Creates an object of a registered class: the module named by
+   CLSID\\{clsid}\\InprocServer32 is loaded once and kept, its
+   DllGetClassObject gives the class factory, and the factory's CreateInstance
+   (outer, iid) gives *object. module: the module asking (may be
+   QV_INVALID_HANDLE). No such class key or no InprocServer32:
+   QV_E_CLASSNOTREG; a module that cannot be loaded: the code of
+   QVModuleLibOpen; no DllGetClassObject: QV_E_PROC_NOT_FOUND; otherwise the
+   module's own code (QV_E_CLASSNOTAVAILABLE when it lacks the class). */
+QVCORE3_API QVRESULT QVModuleComCreateObject(QVHANDLE module, const GUID* clsid, void* outer, const GUID* iid,
+                                             void** object) QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVComCreateObjectByProgID(const char16_t* progId, void* outer, const GUID* iid, void** object)
+    QVCORE3_NOEXCEPT;
+/* Unloads every module that QVModuleComCreateObject loaded and whose
+   DllCanUnloadNow now returns 0; nothing is ever unloaded otherwise. *freed
+   (optional): how many went. */
+QVCORE3_API QVRESULT QVComFreeUnusedLibraries(uint32_t* freed) QVCORE3_NOEXCEPT;
+/* The file of a module handle (from QVModuleGetHandle), NUL-terminated, with
+   the QV_E_BUFFER_TOO_SMALL rule of QVRegistryGetValue. */
+QVCORE3_API QVRESULT QVModuleGetFileName(QVHANDLE module, char16_t* path, int32_t capacity, int32_t* length)
+    QVCORE3_NOEXCEPT;
+/* ---- files by path ------------------------------------------------------- */
+/* Paths are narrow text as the file system takes it; files are opened with
+   QVFileOpen and forced to disk with QVFileSync above. */
+
+typedef struct {
+    int64_t size;
+    int64_t modifiedNanoseconds; /* since the POSIX epoch */
+    uint32_t mode;               /* permission bits */
+    int32_t isDirectory;
+} STRUCT_QV_PATH_STATUS;
+
+
+/* Follows symbolic links. */
+QVCORE3_API QVRESULT QVPathGetStatus(const char* path, STRUCT_QV_PATH_STATUS* status) QVCORE3_NOEXCEPT;
+/* The path with every symbolic link followed, when it exists; else the path
+   itself. QV_E_BUFFER_TOO_SMALL when capacity is too small. */
+QVCORE3_API QVRESULT QVPathResolve(const char* path, char* resolved, uint32_t capacity) QVCORE3_NOEXCEPT;
+/* Replaces to with from in one step (both in one file system). */
+QVCORE3_API QVRESULT QVPathRename(const char* from, const char* to) QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVPathRemove(const char* path) QVCORE3_NOEXCEPT;
+/* Creates and opens a new file named prefix + six random characters; its name
+   is written to created (capacity bytes with the NUL). */
+QVCORE3_API QVRESULT QVPathCreateTemporary(const char* prefix, char* created, uint32_t capacity,
+                                           int32_t* fd) QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVFileSetMode(int32_t fd, uint32_t mode) QVCORE3_NOEXCEPT;
 
 /* ---- environment and locales ---------------------------------------------
    Locale names are as the C library takes them ("de_DE.UTF-8", "C"). Texts

@@ -26,7 +26,8 @@
     X(QVSocketLayerShutdown) X(QVFileOpen) X(QVFileSeek) X(QVFileGetStatus) X(QVFileAvailable)             \
     X(QVStdReadLine) X(QVStdSeek) X(QVStdWrite) X(QVStdFlush) X(QVTerminalEchoOff) X(QVTerminalRestore) \
     X(QVFileChannelOpen) X(QVFileReadAt) X(QVFileWriteAt) X(QVFileGetSize)       \
-    X(QVFileSetSize) X(QVFileSync) X(QVFileLock)
+    X(QVFileSetSize) X(QVFileSync) X(QVFileLock)                                                         \
+    X(QVPathGetStatus) X(QVPathRename) X(QVPathCreateTemporary)
 
 namespace qvcore3 {
 

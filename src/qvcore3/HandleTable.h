@@ -33,6 +33,7 @@ enum class Kind : uint8_t {
     Module,
     Library,
     SharedMem,
+    RegistryKey,
 };
 
 constexpr uint32_t KindBit(Kind kind) noexcept

@@ -1,14 +1,19 @@
 #include "FaultInjection.h"
 #include "HandleTable.h"
+#include "RegistryStore.h"
 #include "Utf.h"
 
 #include <dlfcn.h>
+#include <limits.h>
+#include <stdlib.h>
 #include <pthread.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <atomic>
 #include <cerrno>
 #include <new>
+#include <string>
 
 using namespace qvcore3;
 
@@ -16,7 +21,6 @@ namespace {
 
 // The Windows codes a loader failure had on the original platform.
 constexpr QVRESULT kBadExecutable = static_cast<QVRESULT>(0x800700C1); // ERROR_BAD_EXE_FORMAT
-constexpr QVRESULT kProcNotFound = static_cast<QVRESULT>(0x8007007F);  // ERROR_PROC_NOT_FOUND
 
 // One handle per loaded object, found again by the object's load address, so
 // that the initialised flag belongs to the module rather than to a handle.
@@ -178,7 +182,7 @@ extern "C" QVRESULT QVLibGetSymbol(QVHANDLE library, const char16_t* name, void*
     dlerror();
     void* symbol = dlsym(ref.as<LibraryObject>()->m_library, narrow.c_str());
     if (!symbol && dlerror() != nullptr) {
-        return kProcNotFound;
+        return QV_E_PROC_NOT_FOUND;
     }
     *address = symbol;
     return QV_S_OK;
@@ -192,4 +196,35 @@ extern "C" QVRESULT QVModuleLibClose(QVHANDLE library) noexcept
     }
     const QVRESULT fault = FaultCheck(FaultOp::QVModuleLibClose);
     return fault != QV_S_OK ? fault : result;
+}
+
+// The path the object was loaded from, made absolute where it can be, so that
+// a module registering itself names a file that other processes find.
+extern "C" QVRESULT QVModuleGetFileName(QVHANDLE module, char16_t* path, int32_t capacity, int32_t* length) noexcept
+{
+    if (!path && capacity != 0) {
+        return QV_E_POINTER;
+    }
+    HandleRef ref(module, kModuleMask);
+    if (!ref) {
+        return QV_E_INVALIDARG;
+    }
+    Dl_info info{};
+    if (dladdr(ref.as<ModuleObject>()->m_base, &info) == 0 || !info.dli_fname) {
+        return QV_E_FAIL;
+    }
+    char resolved[PATH_MAX];
+    const char* name = info.dli_fname;
+    if (*name == 0) {
+        // The main program: dladdr does not name it.
+        const ssize_t n = readlink("/proc/self/exe", resolved, sizeof resolved - 1);
+        if (n < 0) {
+            return QVResultFromNative(errno);
+        }
+        resolved[n] = 0;
+        name = resolved;
+    } else if (realpath(name, resolved)) {
+        name = resolved;
+    }
+    return GuardAllocation([&] { return CopyOut(Utf16FromUtf8(name), path, capacity, length); });
 }

@@ -77,9 +77,35 @@ extern "C" int32_t QVSocketErrorFromEai(int32_t eaiError) noexcept
     }
 }
 
+namespace {
+
+// Resolver calls report through their return value, not errno. A recorded
+// resolver error is parked here and errno is set to a value no system call
+// produces, so that the next failing system call (which overwrites errno)
+// supersedes it, as on a platform with one last-error slot per thread.
+constexpr int kRecordedSocketErrno = 0x7A5E;
+thread_local int32_t t_recordedSocketError = 0;
+
+} // namespace
+
 extern "C" int32_t QVLastNativeSocketError(void) noexcept
 {
+    if (errno == kRecordedSocketErrno)
+        return t_recordedSocketError;
     return QVSocketErrorFromErrno(errno);
+}
+
+extern "C" void QVSetLastNativeSocketError(int32_t nativeError) noexcept
+{
+    t_recordedSocketError = nativeError;
+    errno = nativeError == 0 ? 0 : kRecordedSocketErrno;
+}
+
+extern "C" int32_t QVRecordResolverError(int32_t eaiError) noexcept
+{
+    const int32_t number = QVSocketErrorFromEai(eaiError);
+    QVSetLastNativeSocketError(number);
+    return number;
 }
 
 // BSD sockets need no start or stop; the calls exist so the class library's

@@ -5,13 +5,9 @@
 
 #include <cstddef>
 
-namespace {
+#include "Utf.h"
 
-// The white space of the "C" locale's isspace.
-bool IsSpace(char16_t unit) noexcept
-{
-    return unit == u' ' || (unit >= u'\t' && unit <= u'\r');
-}
+namespace qvcore3 {
 
 int DigitValue(char16_t unit) noexcept
 {
@@ -26,6 +22,19 @@ int DigitValue(char16_t unit) noexcept
     }
     return 99;
 }
+
+} // namespace qvcore3
+
+using qvcore3::DigitValue;
+
+namespace {
+
+// The white space of the "C" locale's isspace.
+bool IsSpace(char16_t unit) noexcept
+{
+    return unit == u' ' || (unit >= u'\t' && unit <= u'\r');
+}
+
 
 // Made once, never freed: strtod_l may run from other libraries' static
 // destructors.

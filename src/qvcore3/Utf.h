@@ -11,6 +11,10 @@ namespace qvcore3 {
 // each caller picks its own stand-in.
 constexpr char32_t kUnpairedSurrogate = 0x110000;
 
+// The value of a digit of any radix up to 36 ('0'-'9', 'a'-'z', 'A'-'Z'),
+// 99 for anything else.
+int DigitValue(char16_t unit) noexcept;
+
 // Reads one code point from UTF-16 and advances *position (at most to end).
 char32_t NextCodePoint(const char16_t* text, size_t end, size_t* position) noexcept;
 

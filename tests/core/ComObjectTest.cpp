@@ -1,4 +1,5 @@
 #include <qv/core/ComObject.h>
+#include <qv/core/Module.h>
 #include <qv/core/Object.h>
 #include <qv/core/Reference.h>
 

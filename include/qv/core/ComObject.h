@@ -3,7 +3,6 @@
 
 #include <qv/core/Export.h>
 #include <qv/core/IQVUnknown.h>
-#include <qv/core/Module.h>
 
 #include <atomic>
 #include <cstddef>
@@ -14,6 +13,8 @@ namespace qv {
 class ComObject;
 
 namespace qvcom {
+
+class Module;
 
 // A lookup function of an interface map: (object, identifier, output, row value).
 typedef Result (*InterfaceLookup)(void* pThis, const GUID& iid, void** ppv, uintptr_t dw);

@@ -1,17 +1,13 @@
 #ifndef QV_CORE_GUID_H
 #define QV_CORE_GUID_H
 
+#include <qvcore3/qvcore3.h>
+
 #include <cstdint>
 #include <cstring>
 
-// The 16-byte interface and class identifier, laid out as the component
-// model's GUID so identifiers can be written as the usual literals.
-struct GUID {
-    uint32_t Data1;
-    uint16_t Data2;
-    uint16_t Data3;
-    uint8_t Data4[8];
-};
+// GUID, the 16-byte interface and class identifier, comes from the platform
+// layer, which parses, formats and creates identifiers.
 
 // Identifiers are equal when all 16 bytes are.
 inline bool operator==(const GUID& a, const GUID& b) noexcept

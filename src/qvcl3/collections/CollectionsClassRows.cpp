@@ -13,6 +13,7 @@ namespace qv {
 namespace detail {
 
 // In the order of the class names; ends with a row whose type is null.
+// clang-format off
 const ClassTableRow g_collectionsClassRows[] = {
     QV_CLASS_ROW(collections::IntegerHashMap),
     QV_CLASS_ROW(collections::Str1HashMap),
@@ -36,6 +37,7 @@ const ClassTableRow g_collectionsClassRows[] = {
     QV_CLASS_ROW_NO_CREATOR(collections::qvcom::StringComparator),
     QV_CLASS_TABLE_END,
 };
+// clang-format on
 
 } // namespace detail
 } // namespace qv

@@ -29,6 +29,9 @@ const ClassTableRow* const g_classTableFragments[] = {
     g_execClassRows,
     g_ipcClassRows,
     g_i18nClassRows,
+    g_cryptoClassRows,
+    g_netClassRows,
+    g_legacyClassRows,
     g_repeatedClassRows,
     nullptr,
 };

@@ -1,10 +1,9 @@
 #include <qv/core/ComObject.h>
+#include <qv/core/Module.h>
 
 namespace qv {
 
 namespace qvcom {
-
-Module::~Module() = default;
 
 Result QueryInterfaceMap(const InterfaceData* map, ComObject* pThis, const GUID& iid, void** ppv)
 {

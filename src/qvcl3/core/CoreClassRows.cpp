@@ -8,6 +8,7 @@ namespace qv {
 namespace detail {
 
 // In the order of the class names; ends with a row whose type is null.
+// clang-format off
 const ClassTableRow g_coreClassRows[] = {
     QV_CLASS_ROW_NO_CREATOR(AccessViolationException),
     QV_CLASS_ROW_NO_CREATOR(ArrayBoundsException),
@@ -38,6 +39,7 @@ const ClassTableRow g_coreClassRows[] = {
     QV_CLASS_ROW_NO_CREATOR(UserAbortException),
     QV_CLASS_TABLE_END,
 };
+// clang-format on
 
 } // namespace detail
 } // namespace qv

@@ -9,6 +9,7 @@ namespace qv {
 namespace detail {
 
 // In the order of the class names; ends with a row whose type is null.
+// clang-format off
 const ClassTableRow g_execClassRows[] = {
     QV_CLASS_ROW_NO_CREATOR(exec::Process),
     QV_CLASS_ROW(exec::Runnable),
@@ -16,6 +17,7 @@ const ClassTableRow g_execClassRows[] = {
     QV_CLASS_ROW(exec::Thread),
     QV_CLASS_TABLE_END,
 };
+// clang-format on
 
 } // namespace detail
 } // namespace qv

@@ -11,6 +11,7 @@ namespace qv {
 namespace detail {
 
 // In the order of the class names; ends with a row whose type is null.
+// clang-format off
 const ClassTableRow g_i18nClassRows[] = {
     QV_CLASS_ROW(i18n::BundleFormatException),
     QV_CLASS_ROW(i18n::ListStringBundle),
@@ -20,6 +21,7 @@ const ClassTableRow g_i18nClassRows[] = {
     QV_CLASS_ROW_NO_CREATOR(i18n::StringBundle),
     QV_CLASS_TABLE_END,
 };
+// clang-format on
 
 } // namespace detail
 } // namespace qv

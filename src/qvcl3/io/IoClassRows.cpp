@@ -41,6 +41,7 @@ namespace qv {
 namespace detail {
 
 // In the order of the class names; ends with a row whose type is null.
+// clang-format off
 const ClassTableRow g_ioClassRows[] = {
     QV_CLASS_ROW_NO_CREATOR(io::AlphaNumInputStream),
     QV_CLASS_ROW_NO_CREATOR(io::AlphaNumOutputStream),
@@ -83,6 +84,7 @@ const ClassTableRow g_ioClassRows[] = {
     QV_CLASS_ROW_NO_CREATOR(io::Writer),
     QV_CLASS_TABLE_END,
 };
+// clang-format on
 
 } // namespace detail
 } // namespace qv

@@ -1,5 +1,6 @@
 #include "core/ClassTable.h"
 
+#include <qv/lang/Boolean.h>
 #include <qv/lang/Double.h>
 #include <qv/lang/Float.h>
 #include <qv/lang/Integer16.h>
@@ -16,7 +17,9 @@ namespace qv {
 namespace detail {
 
 // In the order of the class names; ends with a row whose type is null.
+// clang-format off
 const ClassTableRow g_langClassRows[] = {
+    QV_CLASS_ROW(Boolean),
     QV_CLASS_ROW(Double),
     QV_CLASS_ROW(Float),
     QV_CLASS_ROW(Integer16),
@@ -33,6 +36,7 @@ const ClassTableRow g_langClassRows[] = {
     QV_CLASS_ROW_NO_CREATOR(UnsignedInteger),
     QV_CLASS_TABLE_END,
 };
+// clang-format on
 
 } // namespace detail
 } // namespace qv

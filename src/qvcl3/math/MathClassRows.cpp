@@ -7,11 +7,13 @@ namespace qv {
 namespace detail {
 
 // In the order of the class names; ends with a row whose type is null.
+// clang-format off
 const ClassTableRow g_mathClassRows[] = {
     QV_CLASS_ROW(math::BigDecimal),
     QV_CLASS_ROW(math::BigInteger),
     QV_CLASS_TABLE_END,
 };
+// clang-format on
 
 } // namespace detail
 } // namespace qv

@@ -12,6 +12,7 @@ namespace qv {
 namespace detail {
 
 // In the order of the class names; ends with a row whose type is null.
+// clang-format off
 const ClassTableRow g_syncClassRows[] = {
     QV_CLASS_ROW(sync::Condition),
     QV_CLASS_ROW(sync::Event),
@@ -24,6 +25,7 @@ const ClassTableRow g_syncClassRows[] = {
     QV_CLASS_ROW(sync::Semaphore),
     QV_CLASS_TABLE_END,
 };
+// clang-format on
 
 } // namespace detail
 } // namespace qv

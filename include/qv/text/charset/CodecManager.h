@@ -47,6 +47,8 @@ public:
     // A new converter, or null for a name nobody knows (a null name too).
     // Names the registry lacks are looked up among the code pages converted
     // through iconv ("CP1250", "WINDOWS-1250", "EUC-JP", ...).
+    // Names that are neither are sought as converter components registered
+    // as "Velmara.CharCodec." + name (see qvcom/ConverterComponent.h).
     Reference<Object> getEncoder(const char16_t* name) const;
     Reference<Object> getDecoder(const char16_t* name) const;
 

@@ -5,6 +5,7 @@
 #include <qv/text/charset/BTCCP1252.h>
 #include <qv/text/charset/BTCCP437.h>
 #include <qv/text/charset/BTCCodePage.h>
+#include <qv/text/charset/BTCCom.h>
 #include <qv/text/charset/BTCISO8859_1.h>
 #include <qv/text/charset/BTCSingleByte.h>
 #include <qv/text/charset/BTCUTF16.h>
@@ -22,6 +23,7 @@
 #include <qv/text/charset/CTBCP1252.h>
 #include <qv/text/charset/CTBCP437.h>
 #include <qv/text/charset/CTBCodePage.h>
+#include <qv/text/charset/CTBCom.h>
 #include <qv/text/charset/CTBISO8859_1.h>
 #include <qv/text/charset/CTBSingleByte.h>
 #include <qv/text/charset/CTBUTF16.h>
@@ -40,12 +42,14 @@ namespace qv {
 namespace detail {
 
 // In the order of the class names; ends with a row whose type is null.
+// clang-format off
 const ClassTableRow g_charsetClassRows[] = {
     QV_CLASS_ROW(text::charset::BTCAMP7),
     QV_CLASS_ROW(text::charset::BTCASCII),
     QV_CLASS_ROW(text::charset::BTCCP1252),
     QV_CLASS_ROW(text::charset::BTCCP437),
     QV_CLASS_ROW_NO_CREATOR(text::charset::BTCCodePage),
+    QV_CLASS_ROW_NO_CREATOR(text::charset::BTCCom),
     QV_CLASS_ROW(text::charset::BTCISO8859_1),
     QV_CLASS_ROW_NO_CREATOR(text::charset::BTCSingleByte),
     QV_CLASS_ROW(text::charset::BTCUTF16),
@@ -63,6 +67,7 @@ const ClassTableRow g_charsetClassRows[] = {
     QV_CLASS_ROW(text::charset::CTBCP1252),
     QV_CLASS_ROW(text::charset::CTBCP437),
     QV_CLASS_ROW_NO_CREATOR(text::charset::CTBCodePage),
+    QV_CLASS_ROW_NO_CREATOR(text::charset::CTBCom),
     QV_CLASS_ROW(text::charset::CTBISO8859_1),
     QV_CLASS_ROW_NO_CREATOR(text::charset::CTBSingleByte),
     QV_CLASS_ROW(text::charset::CTBUTF16),
@@ -80,6 +85,7 @@ const ClassTableRow g_charsetClassRows[] = {
     QV_CLASS_ROW(text::charset::UnmappableCharacterException),
     QV_CLASS_TABLE_END,
 };
+// clang-format on
 
 } // namespace detail
 } // namespace qv

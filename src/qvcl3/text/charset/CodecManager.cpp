@@ -13,6 +13,7 @@
 #include <qvcore3/qvcore3.h>
 
 #include "CodecTables.h"
+#include "ComponentConverters.h"
 
 namespace qv {
 namespace text {
@@ -111,7 +112,7 @@ Reference<Object> CodecManager::create(const char16_t* name, bool encoder) const
                 return Reference<Object>(new CTBCodePage(codePage));
             return Reference<Object>(new BTCCodePage(codePage));
         }
-        return nullptr;
+        return detail::createComponentConverter(key.getData(), key.getLength(), encoder);
     });
 }
 

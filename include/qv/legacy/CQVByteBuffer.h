@@ -1,0 +1,42 @@
+#ifndef QV_LEGACY_CQVBYTEBUFFER_H
+#define QV_LEGACY_CQVBYTEBUFFER_H
+
+#include <qv/core/Object.h>
+#include <qv/core/Result.h>
+#include <qv/util/RWByteBuffer.h>
+
+#include <cstdint>
+
+namespace qv {
+
+// Kept for older callers: a growable run of bytes in the old spelling. The
+// bytes live in a util::RWByteBuffer (GetBuffer()); as with all the CQV
+// classes, operations are UpperCamel and report failure by result code,
+// never by exception.
+class QV_EXPORT CQVByteBuffer : public Object {
+public:
+    CQVByteBuffer();
+    CQVByteBuffer(const void* data, int32_t length);
+    CQVByteBuffer(const CQVByteBuffer& other);
+    CQVByteBuffer& operator=(const CQVByteBuffer& other);
+    ~CQVByteBuffer() override;
+
+    int32_t GetLength() const;
+    // Null while empty; valid until the next change.
+    const signed char* GetData() const;
+    // Replaces the bytes; 0x80070057 for null data with a positive length.
+    Result SetData(const void* data, int32_t length);
+    Result Append(const void* data, int32_t length);
+    // Room for at least capacity bytes without another allocation.
+    Result Reserve(int32_t capacity);
+    void Clear();
+
+    util::RWByteBuffer& GetBuffer();
+
+private:
+    util::RWByteBuffer m_buffer;
+};
+
+} // namespace qv
+
+#endif

@@ -1,0 +1,58 @@
+#ifndef QV_LEGACY_CQVPROPERTYSET_H
+#define QV_LEGACY_CQVPROPERTYSET_H
+
+#include <qv/core/Object.h>
+#include <qv/core/Reference.h>
+#include <qv/core/Result.h>
+#include <qv/legacy/CQVProperty.h>
+#include <qv/util/PropertySet.h>
+
+#include <cstdint>
+
+namespace qv {
+
+// Kept for older callers: a set of named text values over util::PropertySet
+// (GetPropertySet()), kept in the order they were first set. Missing names
+// give 0x80070002; text that does not fit the caller's buffer 0x80004009;
+// files are read and written as properties text (UTF-8).
+class QV_EXPORT CQVPropertySet : public Object {
+public:
+    CQVPropertySet();
+    ~CQVPropertySet() override;
+
+    Result SetValue(const char16_t* name, const char16_t* value);
+    Result GetValue(const char16_t* name, char16_t* buffer, unsigned int size) const;
+    Result Remove(const char16_t* name);
+    int32_t GetCount() const;
+    // The index-th property in order; 0x80070057 out of range.
+    Result GetName(int32_t index, char16_t* buffer, unsigned int size) const;
+    Result GetAt(int32_t index, Reference<CQVProperty>* property) const;
+    Result Load(const char16_t* path);
+    Result Save(const char16_t* path) const;
+
+    util::PropertySet& GetPropertySet();
+
+    // The same with the unsigned short spelling of UTF-16.
+    Result SetValue(const unsigned short* name, const unsigned short* value)
+    {
+        return SetValue(reinterpret_cast<const char16_t*>(name), reinterpret_cast<const char16_t*>(value));
+    }
+    Result GetValue(const unsigned short* name, unsigned short* buffer, unsigned int size) const
+    {
+        return GetValue(reinterpret_cast<const char16_t*>(name), reinterpret_cast<char16_t*>(buffer), size);
+    }
+    Result Remove(const unsigned short* name) { return Remove(reinterpret_cast<const char16_t*>(name)); }
+    Result GetName(int32_t index, unsigned short* buffer, unsigned int size) const
+    {
+        return GetName(index, reinterpret_cast<char16_t*>(buffer), size);
+    }
+    Result Load(const unsigned short* path) { return Load(reinterpret_cast<const char16_t*>(path)); }
+    Result Save(const unsigned short* path) const { return Save(reinterpret_cast<const char16_t*>(path)); }
+
+private:
+    util::PropertySet m_set;
+};
+
+} // namespace qv
+
+#endif

@@ -1,0 +1,23 @@
+#include "core/ClassTable.h"
+
+#include <qv/legacy/CQVByteBuffer.h>
+#include <qv/legacy/CQVCmdLineParser.h>
+#include <qv/legacy/CQVProperty.h>
+#include <qv/legacy/CQVPropertySet.h>
+
+namespace qv {
+namespace detail {
+
+// In the order of the class names; ends with a row whose type is null.
+// clang-format off
+const ClassTableRow g_legacyClassRows[] = {
+    QV_CLASS_ROW(CQVByteBuffer),
+    QV_CLASS_ROW(CQVCmdLineParser),
+    QV_CLASS_ROW(CQVProperty),
+    QV_CLASS_ROW(CQVPropertySet),
+    QV_CLASS_TABLE_END,
+};
+// clang-format on
+
+} // namespace detail
+} // namespace qv

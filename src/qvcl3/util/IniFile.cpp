@@ -1,0 +1,419 @@
+#include <qv/util/IniFile.h>
+
+#include <qv/core/Boundary.h>
+#include <qv/text/charset/ByteToCharConverter.h>
+#include <qv/text/charset/CharToByteConverter.h>
+#include <qvcore3/qvcore3.h>
+
+#include "util/CopyText.h"
+#include "util/FileContent.h"
+#include "util/IniFileLayout.h"
+#include "util/IniFileLockHold.h"
+
+#include <cctype>
+#include <cstring>
+#include <string>
+
+namespace qv {
+namespace util {
+
+namespace {
+
+using text::charset::ByteToCharConverter;
+using text::charset::CharToByteConverter;
+
+// Paths go to the file system as narrow text of at most 260 bytes, as they
+// always have; a longer path names no file.
+const int32_t kNarrowPathBytes = 261;
+// A line is read 511 bytes at most; a longer one is read as several.
+const size_t kLineBytes = 511;
+const char16_t kTrimmed[] = u" \t\r\n";
+
+bool toNarrowPath(const String& path, char (&narrow)[kNarrowPathBytes])
+{
+    return path.getLength() > 0 &&
+           QVUnicodeToAnsi(path.getData(), path.getLength(), narrow, kNarrowPathBytes, nullptr) == 0;
+}
+
+const char16_t* text(const unsigned short* units)
+{
+    return reinterpret_cast<const char16_t*>(units);
+}
+
+String decodeStrictly(ByteToCharConverter& decoder, const char* bytes, size_t length)
+{
+    std::u16string units(length * static_cast<size_t>(decoder.getMaxCharsPerByte()) + 8, u'\0');
+    const int32_t end = static_cast<int32_t>(length);
+    const int32_t room = static_cast<int32_t>(units.size());
+    int32_t in = 0;
+    int32_t out = 0;
+    decoder.reset();
+    decoder.convert(reinterpret_cast<const signed char*>(bytes), &in, end, &units[0], &out, room);
+    decoder.flush(&units[0], &out, room);
+    return String(units.data(), out);
+}
+
+// A line the encoding can't read (malformed bytes throw whatever the
+// substitution mode) is read byte for byte as ISO-8859-1 instead: one bad
+// byte must not cost the caller the whole file, and the line keeps its
+// brackets and '='.
+String decode(ByteToCharConverter& decoder, const char* bytes, size_t length)
+{
+    String text;
+    const Result result = qvcom::guardBoundary([&] { text = decodeStrictly(decoder, bytes, length); });
+    if (result == results::OK)
+        return text;
+    if (result == results::OUTOFMEMORY)
+        throw OutOfMemoryException();
+    text = String();
+    for (size_t i = 0; i < length; ++i)
+        text.append(static_cast<char16_t>(static_cast<unsigned char>(bytes[i])));
+    return text;
+}
+
+std::string encode(CharToByteConverter& encoder, const String& value)
+{
+    const int32_t length = value.getLength();
+    std::string bytes(static_cast<size_t>(length) * static_cast<size_t>(encoder.getMaxBytesPerChar()) + 8, '\0');
+    const int32_t room = static_cast<int32_t>(bytes.size());
+    int32_t in = 0;
+    int32_t out = 0;
+    encoder.reset();
+    signed char* target = reinterpret_cast<signed char*>(&bytes[0]);
+    encoder.convert(value.getData(), &in, length, target, &out, room);
+    encoder.flush(target, &out, room);
+    bytes.resize(static_cast<size_t>(out));
+    return bytes;
+}
+
+// Each operation holds the file's lock for its whole length; failures inside
+// become codes.
+template <class Body>
+Result underLock(const Reference<ipc::Semaphore>& lock, Body&& body)
+{
+    return qvcom::guardBoundary([&]() -> Result {
+        IniFileLockHold hold(lock);
+        return body();
+    });
+}
+
+bool isSubsetName(const String& name, const String& parent)
+{
+    const int32_t length = parent.getLength();
+    if (name.getLength() <= length + 1 || !name.startsWith(parent))
+        return false;
+    const char16_t separator = name.getCharAt(length);
+    return separator == u'\\' || separator == u'/' || separator == u'.';
+}
+
+} // namespace
+
+IniFile::IniFile(const char16_t* path, const char* lockName, short flags)
+    : m_path(path ? String(path) : String()), m_modified(0), m_flags(flags), m_utf8(false)
+{
+    if (lockName)
+        m_lock = Reference<ipc::Semaphore>(new ipc::Semaphore(lockName, 1));
+    if (m_flags & KEEP_LAYOUT)
+        m_layout.reset(new IniFileLayout());
+}
+
+IniFile::IniFile(const unsigned short* path, const char* lockName, short flags) : IniFile(text(path), lockName, flags)
+{}
+
+IniFile::~IniFile() = default;
+
+Result IniFile::GetValue(const char16_t* set, const char16_t* key, char16_t* buffer, unsigned int size)
+{
+    if (!set || !key || !buffer)
+        return results::POINTER;
+    return underLock(m_lock, [&]() -> Result {
+        checkAndUpdate();
+        auto found = m_sets.find(String(set));
+        if (found == m_sets.end())
+            return results::FILE_NOT_FOUND;
+        auto value = found->second.find(String(key));
+        if (value == found->second.end())
+            return results::FILE_NOT_FOUND;
+        return detail::copyText(value->second, buffer, size);
+    });
+}
+
+Result IniFile::GetValue(const unsigned short* set, const unsigned short* key, unsigned short* buffer,
+                         unsigned int size)
+{
+    return GetValue(text(set), text(key), reinterpret_cast<char16_t*>(buffer), size);
+}
+
+Result IniFile::AddKey(const char16_t* set, const char16_t* key, const char16_t* value, bool replace)
+{
+    if (!set || !key || !value)
+        return results::POINTER;
+    return underLock(m_lock, [&]() -> Result {
+        checkAndUpdate();
+        const String setName(set);
+        const String keyName(key);
+        if (KeyExists(setName, keyName) && !replace)
+            return static_cast<Result>(0x800700B7u);
+        m_sets[setName][keyName] = String(value);
+        if (m_layout)
+            m_layout->keyAdded(setName, keyName);
+        return WriteToFile(nullptr);
+    });
+}
+
+Result IniFile::AddKey(const unsigned short* set, const unsigned short* key, const unsigned short* value, bool replace)
+{
+    return AddKey(text(set), text(key), text(value), replace);
+}
+
+Result IniFile::DeleteKey(const char16_t* set, const char16_t* key)
+{
+    if (!set || !key)
+        return results::POINTER;
+    return underLock(m_lock, [&]() -> Result {
+        checkAndUpdate();
+        const String setName(set);
+        const String keyName(key);
+        if (!KeyExists(setName, keyName))
+            return results::FILE_NOT_FOUND;
+        m_sets[setName].erase(keyName);
+        if (m_layout)
+            m_layout->keyDeleted(setName, keyName);
+        return WriteToFile(nullptr);
+    });
+}
+
+Result IniFile::DeleteKey(const unsigned short* set, const unsigned short* key)
+{
+    return DeleteKey(text(set), text(key));
+}
+
+Result IniFile::DeleteSet(const char16_t* set)
+{
+    if (!set)
+        return results::POINTER;
+    return underLock(m_lock, [&]() -> Result {
+        checkAndUpdate();
+        internalDeleteSet(String(set));
+        return WriteToFile(nullptr);
+    });
+}
+
+Result IniFile::DeleteSet(const unsigned short* set)
+{
+    return DeleteSet(text(set));
+}
+
+void IniFile::checkAndUpdate()
+{
+    char narrow[kNarrowPathBytes];
+    STRUCT_QV_PATH_STATUS status;
+    if (!toNarrowPath(m_path, narrow) || QVPathGetStatus(narrow, &status) != 0)
+        return;
+    if (status.modifiedNanoseconds > m_modified)
+        load();
+    m_modified = status.modifiedNanoseconds;
+}
+
+int IniFile::load()
+{
+    m_sets.clear();
+    m_utf8 = false;
+    if (m_layout)
+        m_layout->clear();
+    char narrow[kNarrowPathBytes];
+    std::string data;
+    if (!toNarrowPath(m_path, narrow) || !detail::readFile(narrow, data))
+        return -1;
+
+    Reference<ByteToCharConverter> narrowDecoder = ByteToCharConverter::getDefaultConverter();
+    Reference<ByteToCharConverter> utf8Decoder = ByteToCharConverter::getConverter(u"UTF-8");
+    narrowDecoder->setSubstitutionMode(true);
+    utf8Decoder->setSubstitutionMode(true);
+
+    String current;
+    Keys keys;
+    bool headerSeen = false;
+    bool stopped = false;
+    size_t position = 0;
+    while (position < data.size()) {
+        const size_t limit = std::min(data.size(), position + kLineBytes);
+        const void* newline = std::memchr(data.data() + position, '\n', limit - position);
+        const size_t lineEnd = newline ? static_cast<const char*>(newline) - data.data() + 1 : limit;
+        IniFileLayout::Line record;
+        if (m_layout)
+            record.bytes.assign(data, position, lineEnd - position);
+        const char* line = data.data() + position;
+        // The line is handled as the C string it was read into.
+        size_t length = strnlen(line, lineEnd - position);
+        const size_t start = position;
+        position = lineEnd;
+        auto keep = [&] {
+            if (m_layout)
+                m_layout->addLine(std::move(record));
+        };
+        if (stopped) {
+            keep();
+            continue;
+        }
+        // Checked on every line, not only the first: a mark switches the rest
+        // of the file to UTF-8.
+        size_t skipped = 0;
+        if (length >= 3 && std::memcmp(line, "\xEF\xBB\xBF", 3) == 0) {
+            m_utf8 = true;
+            line += 3;
+            length -= 3;
+            skipped = 3;
+        }
+        const unsigned char first = length ? static_cast<unsigned char>(line[0]) : 0;
+        if (first == '#' || first == ';' || first == ':' || first == '\n' || first == 0 || std::isspace(first)) {
+            keep();
+            continue;
+        }
+        String lineText = decode(m_utf8 ? *utf8Decoder : *narrowDecoder, line, length);
+        if (first == '[') {
+            if (!headerSeen)
+                headerSeen = true;
+            else if (current.getLength() > 0) {
+                // A set named again in the middle of the file gathers the keys
+                // of both sections; later values win.
+                Keys& earlier = m_sets[current];
+                for (auto& key : keys)
+                    earlier[key.first] = key.second;
+            }
+            keys.clear();
+            const int32_t close = lineText.lastIndexOf(u']');
+            if (close < 0) {
+                stopped = true;
+                keep();
+                continue;
+            }
+            current = lineText.substring(1, close);
+            record.kind = IniFileLayout::HEADER;
+            record.set = current;
+            keep();
+            continue;
+        }
+        lineText.remove(lineText.getLength() - 1);
+        const int32_t equals = lineText.indexOf(u'=');
+        if (equals < 0) {
+            stopped = true;
+            keep();
+            continue;
+        }
+        String key = lineText.substring(0, equals);
+        String value = lineText.substring(equals + 1);
+        key.trim(kTrimmed, 4);
+        value.trim(kTrimmed, 4);
+        if (m_layout && headerSeen) {
+            // Bytes and characters meet at '=' and at the trimmed white
+            // space, which are single bytes in every encoding read here.
+            const char* bytes = data.data() + start + skipped;
+            size_t begin = static_cast<const char*>(std::memchr(bytes, '=', length)) - bytes + 1;
+            // The dropped last character is taken as one byte: the line end
+            // where there is one, which is where a rewrite keeps the rest.
+            size_t end = length - 1;
+            while (begin < end && std::strchr(" \t\r\n", bytes[begin]))
+                ++begin;
+            while (end > begin && std::strchr(" \t\r\n", bytes[end - 1]))
+                --end;
+            record.kind = IniFileLayout::KEY;
+            record.set = current;
+            record.key = key;
+            record.value = value;
+            record.valueBegin = begin + skipped;
+            record.valueEnd = end + skipped;
+        }
+        keys[key] = value;
+        keep();
+    }
+    if (current.getLength() > 0)
+        m_sets[current] = keys;
+    return 0;
+}
+
+bool IniFile::KeyExists(const String& set, const String& key) const
+{
+    auto found = m_sets.find(set);
+    return found != m_sets.end() && found->second.count(key) != 0;
+}
+
+bool IniFile::SetExists(const String& set) const
+{
+    return m_sets.count(set) != 0;
+}
+
+int IniFile::WriteToFile(const char16_t* path)
+{
+    char narrow[kNarrowPathBytes];
+    if (!toNarrowPath(path ? String(path) : m_path, narrow))
+        return 1;
+    Reference<CharToByteConverter> encoder =
+        m_utf8 ? CharToByteConverter::getConverter(u"UTF-8") : CharToByteConverter::getDefaultConverter();
+    encoder->setSubstitutionMode(true);
+    auto narrowText = [&](const String& value) { return encode(*encoder, value); };
+    std::string bytes;
+    if (m_layout) {
+        bytes = m_layout->render(m_sets, narrowText);
+    } else {
+        if (m_utf8)
+            bytes = "\xEF\xBB\xBF";
+        for (const auto& set : m_sets) {
+            bytes += '[';
+            bytes += narrowText(set.first);
+            bytes += "]\n";
+            for (const auto& key : set.second) {
+                bytes += narrowText(key.first);
+                bytes += '=';
+                bytes += narrowText(key.second);
+                bytes += '\n';
+            }
+        }
+    }
+    return detail::replaceFile(narrow, bytes) ? 0 : 1;
+}
+
+void IniFile::internalDeleteSet(const String& set)
+{
+    for (const String& subset : ListSubsets(set)) {
+        if (m_layout)
+            m_layout->setDeleted(subset, ListKeys(subset));
+        m_sets.erase(subset);
+    }
+    if (m_layout)
+        m_layout->setDeleted(set, ListKeys(set));
+    m_sets.erase(set);
+}
+
+std::vector<String> IniFile::ListSets() const
+{
+    std::vector<String> names;
+    names.reserve(m_sets.size());
+    for (const auto& set : m_sets)
+        names.push_back(set.first);
+    return names;
+}
+
+std::vector<String> IniFile::ListKeys(const String& set) const
+{
+    std::vector<String> names;
+    auto found = m_sets.find(set);
+    if (found != m_sets.end()) {
+        for (const auto& key : found->second)
+            names.push_back(key.first);
+    }
+    return names;
+}
+
+std::vector<String> IniFile::ListSubsets(const String& set) const
+{
+    std::vector<String> names;
+    for (const auto& candidate : m_sets) {
+        if (isSubsetName(candidate.first, set))
+            names.push_back(candidate.first);
+    }
+    return names;
+}
+
+} // namespace util
+} // namespace qv

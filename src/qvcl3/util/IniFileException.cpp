@@ -1,0 +1,34 @@
+#include <qv/util/IniFileException.h>
+
+namespace qv {
+namespace util {
+
+IniFileException::IniFileException() : m_type(UNKNOWN) {}
+
+IniFileException::IniFileException(TYPE type) : m_type(type) {}
+
+IniFileException::IniFileException(TYPE type, const String& message) : Exception(message), m_type(type) {}
+
+IniFileException::IniFileException(const IniFileException& other) = default;
+
+IniFileException& IniFileException::operator=(const IniFileException& other) = default;
+
+IniFileException::~IniFileException() = default;
+
+IniFileException::TYPE IniFileException::GetType() const
+{
+    return m_type;
+}
+
+Result IniFileException::getResult() const
+{
+    switch (m_type) {
+    case SET_NOT_FOUND:
+    case KEY_NOT_FOUND: return results::FILE_NOT_FOUND;
+    case NO_MORE_ELEMENTS: return results::HANDLE_EOF;
+    default: return results::FAIL;
+    }
+}
+
+} // namespace util
+} // namespace qv
