@@ -1,6 +1,7 @@
 #include "i18n/PropertiesParser.h"
 
 #include <qv/i18n/BundleFormatException.h>
+#include <qv/util/PropertiesFormat.h>
 
 #include <string>
 
@@ -65,173 +66,23 @@ std::u16string decodeUtf8(const unsigned char* data, size_t size, const String& 
     return text;
 }
 
-bool isBlank(char16_t c)
-{
-    return c == u' ' || c == u'\t' || c == u'\f';
-}
-
-bool isLineEnd(char16_t c)
-{
-    return c == u'\n' || c == u'\r';
-}
-
-int hexValue(char16_t c)
-{
-    if (c >= u'0' && c <= u'9')
-        return c - u'0';
-    if (c >= u'a' && c <= u'f')
-        return c - u'a' + 10;
-    if (c >= u'A' && c <= u'F')
-        return c - u'A' + 10;
-    return -1;
-}
-
-// One logical line: its units with escapes still in place, and for each
-// unit the natural line it came from, so errors point at the right line.
-struct LogicalLine {
-    std::u16string units;
-    std::vector<int32_t> lines;
-};
-
-class Parser {
-public:
-    Parser(const std::u16string& text, const String& file) : m_text(text), m_file(file) {}
-
-    void run(std::vector<std::pair<String, String>>& out)
-    {
-        LogicalLine line;
-        while (readLine(line)) {
-            size_t pos = 0;
-            String key = unescape(line, pos, true);
-            while (pos < line.units.size() && isBlank(line.units[pos]))
-                ++pos;
-            if (pos < line.units.size() && (line.units[pos] == u'=' || line.units[pos] == u':'))
-                ++pos;
-            while (pos < line.units.size() && isBlank(line.units[pos]))
-                ++pos;
-            String value = unescape(line, pos, false);
-            out.emplace_back(std::move(key), std::move(value));
-        }
-    }
-
-private:
-    void skipLineEnd()
-    {
-        if (m_pos < m_text.size() && m_text[m_pos] == u'\r') {
-            ++m_pos;
-            if (m_pos < m_text.size() && m_text[m_pos] == u'\n')
-                ++m_pos;
-        } else if (m_pos < m_text.size() && m_text[m_pos] == u'\n') {
-            ++m_pos;
-        }
-        ++m_line;
-    }
-
-    // The next logical line that is neither blank nor a comment; false at
-    // the end. A comment line never continues, whatever it ends with.
-    bool readLine(LogicalLine& line)
-    {
-        line.units.clear();
-        line.lines.clear();
-        for (;;) {
-            while (m_pos < m_text.size() && isBlank(m_text[m_pos]))
-                ++m_pos;
-            if (m_pos >= m_text.size())
-                return false;
-            const char16_t first = m_text[m_pos];
-            if (isLineEnd(first)) {
-                skipLineEnd();
-                continue;
-            }
-            if (first == u'#' || first == u'!') {
-                while (m_pos < m_text.size() && !isLineEnd(m_text[m_pos]))
-                    ++m_pos;
-                skipLineEnd();
-                continue;
-            }
-            break;
-        }
-        for (;;) {
-            size_t end = m_pos;
-            while (end < m_text.size() && !isLineEnd(m_text[end]))
-                ++end;
-            size_t backslashes = 0;
-            while (backslashes < end - m_pos && m_text[end - 1 - backslashes] == u'\\')
-                ++backslashes;
-            const bool continues = backslashes % 2 == 1;
-            const size_t keep = continues ? end - 1 : end;
-            line.units.append(m_text, m_pos, keep - m_pos);
-            line.lines.insert(line.lines.end(), keep - m_pos, m_line);
-            m_pos = end;
-            if (!continues) {
-                skipLineEnd();
-                return true;
-            }
-            if (m_pos >= m_text.size())
-                throw BundleFormatException(m_file, m_line, -1, u"backslash at the end of the file");
-            skipLineEnd();
-            // The continuation's leading white space is not part of the text.
-            while (m_pos < m_text.size() && isBlank(m_text[m_pos]))
-                ++m_pos;
-        }
-    }
-
-    // Reads a key (stopping at an unescaped separator or blank) or a value
-    // (to the end), resolving escapes.
-    String unescape(const LogicalLine& line, size_t& pos, bool key)
-    {
-        std::u16string result;
-        const std::u16string& units = line.units;
-        while (pos < units.size()) {
-            char16_t c = units[pos];
-            if (key && (c == u'=' || c == u':' || isBlank(c)))
-                break;
-            ++pos;
-            if (c != u'\\') {
-                result.push_back(c);
-                continue;
-            }
-            // Continuations took every unpaired final backslash, so a unit
-            // follows; checked all the same rather than read past the end.
-            if (pos >= units.size())
-                throw BundleFormatException(m_file, line.lines[pos - 1], -1, u"backslash at the end of the line");
-            c = units[pos++];
-            switch (c) {
-            case u't': result.push_back(u'\t'); break;
-            case u'n': result.push_back(u'\n'); break;
-            case u'r': result.push_back(u'\r'); break;
-            case u'f': result.push_back(u'\f'); break;
-            case u'u': {
-                uint32_t code = 0;
-                for (int k = 0; k < 4; ++k) {
-                    const int digit = pos < units.size() ? hexValue(units[pos]) : -1;
-                    if (digit < 0)
-                        throw BundleFormatException(m_file, line.lines[pos < units.size() ? pos : pos - 1], -1,
-                                                    u"bad \\uXXXX escape");
-                    code = code * 16 + static_cast<uint32_t>(digit);
-                    ++pos;
-                }
-                result.push_back(static_cast<char16_t>(code));
-                break;
-            }
-            default: result.push_back(c); break;
-            }
-        }
-        return String(result);
-    }
-
-    const std::u16string& m_text;
-    const String& m_file;
-    size_t m_pos = 0;
-    int32_t m_line = 1;
-};
-
 } // namespace
 
 void parseProperties(const char* data, size_t size, const String& file, std::vector<std::pair<String, String>>& out)
 {
     const std::u16string text = decodeUtf8(reinterpret_cast<const unsigned char*>(data), size, file);
-    Parser(text, file).run(out);
+    try {
+        util::PropertiesFormat::Entries entries = util::PropertiesFormat::parse(String(text), file);
+        out.swap(entries);
+    } catch (const util::PropertiesFormatException& e) {
+        // The reader's message is "<source>:<line>: <problem>"; the bundle
+        // exception rebuilds that prefix itself.
+        String problem = e.getDescription();
+        const String prefix = String(file).append(u':').append(String::valueOf(e.getLine())).append(u": ");
+        if (problem.startsWith(prefix))
+            problem = problem.substring(prefix.getLength());
+        throw BundleFormatException(file, e.getLine(), -1, problem);
+    }
 }
 
 } // namespace detail

@@ -13,9 +13,9 @@ namespace detail {
 
 // Reads a properties file (UTF-8, an optional byte-order mark) into key/text
 // pairs in file order; a later key replaces an earlier one when the caller
-// stores them. Throws BundleFormatException naming file. This is the only
-// place bundle files are parsed, so a shared properties reader can replace
-// it in one call.
+// stores them. The bytes are decoded here, strictly, so that an encoding
+// fault has its byte offset; the syntax is util::PropertiesFormat's. Throws
+// BundleFormatException naming file.
 void parseProperties(const char* data, size_t size, const String& file, std::vector<std::pair<String, String>>& out);
 
 } // namespace detail
