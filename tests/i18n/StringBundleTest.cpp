@@ -70,6 +70,34 @@ TEST(ListStringBundleTest, SurvivesAllocationFailuresWhileFilling)
     EXPECT_EQ("text", utf8(bundle->getString(u"new key that is long enough")));
 }
 
+TEST(ListStringBundleTest, GetStringOnAFilledBundleAllocatesNothing)
+{
+    if (!qvtest::allocationFaultsAvailable())
+        GTEST_SKIP() << "allocation faults are not built in";
+    Reference<ListStringBundle> parent(new ListStringBundle(u"root", {{u"inherited", u"from the root"}}));
+    Reference<ListStringBundle> bundle(
+        new ListStringBundle(u"leaf", {{u"own", u"a text of some length"}}, parent.get()));
+    const String own(u"own");
+    const String inherited(u"inherited");
+    const String expectedOwn(u"a text of some length");
+    const String expectedInherited(u"from the root");
+    bool ownFound = false;
+    bool inheritedFound = false;
+    // Any allocation now fails, so a lookup that allocated would throw. The
+    // results are initialised, not assigned: String's assignment copies.
+    QVFaultArmAllocation(1);
+    try {
+        const String first = bundle->getString(own);
+        ownFound = first == expectedOwn;
+        const String second = bundle->getString(inherited);
+        inheritedFound = second == expectedInherited;
+    } catch (const qv::OutOfMemoryException&) {
+    }
+    QVFaultDisarmAll();
+    EXPECT_TRUE(ownFound);
+    EXPECT_TRUE(inheritedFound);
+}
+
 class BundleFilesTest : public ::testing::Test {
 protected:
     void SetUp() override
