@@ -21,5 +21,6 @@ void demoCrypto();
 void demoNet();
 void demoModules();
 void demoConfiguration(int argc, const char* const* argv);
+void demoI18n();
 
 #endif

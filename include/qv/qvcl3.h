@@ -54,6 +54,10 @@
 #include <qv/exec/Runnable.h>
 #include <qv/exec/SharedLibrary.h>
 #include <qv/exec/Thread.h>
+#include <qv/i18n/BundleFormatException.h>
+#include <qv/i18n/ListStringBundle.h>
+#include <qv/i18n/Locale.h>
+#include <qv/i18n/LocaleFormat.h>
 #include <qv/i18n/MissingResourceException.h>
 #include <qv/i18n/StringBundle.h>
 #include <qv/io/AlphaNumInputStream.h>

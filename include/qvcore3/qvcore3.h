@@ -577,6 +577,44 @@ QVCORE3_API QVRESULT QVPathCreateTemporary(const char* prefix, char* created, ui
                                            int32_t* fd) QVCORE3_NOEXCEPT;
 QVCORE3_API QVRESULT QVFileSetMode(int32_t fd, uint32_t mode) QVCORE3_NOEXCEPT;
 
+/* ---- environment and locales ---------------------------------------------
+   Locale names are as the C library takes them ("de_DE.UTF-8", "C"). Texts
+   are UTF-8, NUL-terminated into capacity bytes; *length (optional) excludes
+   the NUL. When the text does not fit, QV_E_BUFFER_TOO_SMALL and *length
+   tells the bytes needed. */
+
+/* S_FALSE (1) with an empty text when the variable is unset. */
+QVCORE3_API QVRESULT QVGetEnvironmentVariable(const char* name, char* value, int32_t capacity,
+                                              int32_t* length) QVCORE3_NOEXCEPT;
+/* The locale messages are shown in: the first set, non-empty one of LC_ALL,
+   LC_MESSAGES and LANG; "C" when none is. */
+QVCORE3_API QVRESULT QVGetMessagesLocaleName(char* name, int32_t capacity, int32_t* length) QVCORE3_NOEXCEPT;
+/* The locales the C library can open: each name followed by a NUL, the list
+   by a second NUL. */
+QVCORE3_API QVRESULT QVGetAvailableLocales(char* names, int32_t capacity, int32_t* length) QVCORE3_NOEXCEPT;
+
+typedef struct tagQV_NUMERIC_FORMAT {
+    char decimalPoint[8];       /* UTF-8 */
+    char thousandsSeparator[8]; /* UTF-8; empty: no grouping */
+    char grouping[8];           /* as localeconv's grouping */
+} STRUCT_QV_NUMERIC_FORMAT;
+
+/* Opens locale (tried as given, then with ".UTF-8" and ".utf8" appended so
+   that UTF-8 forms are preferred) and fills format. A locale that is not
+   installed gives 0x80070002 (not found). */
+QVCORE3_API QVRESULT QVGetLocaleNumericFormat(const char* locale, STRUCT_QV_NUMERIC_FORMAT* format) QVCORE3_NOEXCEPT;
+
+#define QV_LOCALE_DATE_FORMAT 1      /* nl_langinfo D_FMT */
+#define QV_LOCALE_TIME_FORMAT 2      /* T_FMT */
+#define QV_LOCALE_DATE_TIME_FORMAT 3 /* D_T_FMT */
+/* The strftime pattern of a locale for the item above. */
+QVCORE3_API QVRESULT QVGetLocaleTimeFormat(const char* locale, int32_t item, char* pattern, int32_t capacity,
+                                           int32_t* length) QVCORE3_NOEXCEPT;
+/* strftime_l of pattern in locale for seconds since 1970-01-01 UTC, shown in
+   UTC (utc non-zero) or in the local time zone. */
+QVCORE3_API QVRESULT QVFormatTimeLocale(const char* locale, const char* pattern, int64_t seconds, int32_t utc,
+                                        char* text, int32_t capacity, int32_t* length) QVCORE3_NOEXCEPT;
+
 /* ---- fault injection (test builds only) ----------------------------------
    Present when the library is built with QVCORE3_FAULT_INJECTION. An armed
    operation fails with the given code on its nth call from now (1 = the next

@@ -13,6 +13,8 @@ class QV_EXPORT MissingResourceException : public Exception {
 public:
     MissingResourceException();
     MissingResourceException(const String& bundle, const String& key);
+    // For a bundle that cannot be found at all (key empty).
+    MissingResourceException(const String& message, const String& bundle, const String& key);
     MissingResourceException(const MissingResourceException& other);
     MissingResourceException& operator=(const MissingResourceException& other);
     ~MissingResourceException() override;

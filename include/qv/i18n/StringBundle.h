@@ -2,10 +2,13 @@
 #define QV_I18N_STRINGBUNDLE_H
 
 #include <qv/core/Object.h>
+#include <qv/core/Reference.h>
 #include <qv/lang/String.h>
 
 namespace qv {
 namespace i18n {
+
+class Locale;
 
 // A lookup from a key to a text, as loggers and programs take their
 // messages. getString throws MissingResourceException naming the key and
@@ -17,6 +20,23 @@ public:
     virtual String getString(const String& key) const = 0;
     // The bundle's name as messages give it (a base name and its locale).
     virtual String getBundleName() const = 0;
+
+    // The bundle for baseName in locale: the first of language_COUNTRY_variant,
+    // language_COUNTRY, language and the root for which a file
+    // baseName[_suffix].properties exists in the search path, each found
+    // level the parent of the one before. Loaded once per (base name, level)
+    // and shared; safe from any thread. Throws MissingResourceException when
+    // no level has a file, BundleFormatException for a malformed file.
+    static Reference<const StringBundle> getBundle(const String& baseName, const Locale& locale);
+    // In Locale::getDefault().
+    static Reference<const StringBundle> getBundle(const String& baseName);
+
+    // Directories searched before those of the environment variable
+    // QV_BUNDLE_PATH, separated by ':'. Setting it empties the cache.
+    static void setSearchPath(const String& directories);
+    static String getSearchPath();
+    // Forgets every loaded bundle; bundles already handed out stay valid.
+    static void clearCache();
 
 protected:
     StringBundle();

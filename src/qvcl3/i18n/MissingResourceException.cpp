@@ -11,6 +11,11 @@ MissingResourceException::MissingResourceException(const String& bundle, const S
 {
 }
 
+MissingResourceException::MissingResourceException(const String& message, const String& bundle, const String& key)
+    : Exception(message), m_bundle(bundle), m_key(key)
+{
+}
+
 MissingResourceException::MissingResourceException(const MissingResourceException& other) = default;
 
 MissingResourceException& MissingResourceException::operator=(const MissingResourceException& other) = default;
