@@ -29,6 +29,7 @@ const ClassTableRow* const g_classTableFragments[] = {
     g_execClassRows,
     g_ipcClassRows,
     g_i18nClassRows,
+    g_logClassRows,
     g_repeatedClassRows,
     nullptr,
 };

@@ -32,6 +32,7 @@ extern const ClassTableRow g_charsetClassRows[];
 extern const ClassTableRow g_execClassRows[];
 extern const ClassTableRow g_ipcClassRows[];
 extern const ClassTableRow g_i18nClassRows[];
+extern const ClassTableRow g_logClassRows[];
 extern const ClassTableRow g_repeatedClassRows[];
 
 // Ends with a null pointer.
