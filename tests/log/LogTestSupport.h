@@ -60,7 +60,8 @@ inline std::string field(const qv::log::ILogEntry* entry, const char16_t* name)
 inline std::vector<std::string> names(const qv::log::ILogEntry* entry)
 {
     std::vector<std::string> result;
-    for (const qv::String& name : *entry->getFieldNames())
+    const qv::Reference<const qv::collections::Set<qv::String>> all = entry->getFieldNames();
+    for (const qv::String& name : *all)
         result.push_back(name.toUtf8());
     return result;
 }

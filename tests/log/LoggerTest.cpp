@@ -224,7 +224,7 @@ TEST(LogEntryTest, NativeAndComponentFaces)
     EXPECT_FALSE(entry->hasField(u"N"));
     EXPECT_FALSE(entry->getField(u"missing"));
 
-    qvcom::ILogEntry* face = entry.get();
+    qv::log::qvcom::ILogEntry* face = entry.get();
     EXPECT_EQ(face->HasField(u"n"), 0);
     EXPECT_EQ(face->HasField(u"missing"), 1);
     EXPECT_EQ(face->HasField(static_cast<const char16_t*>(nullptr)), results::POINTER);
@@ -243,7 +243,7 @@ TEST(LogEntryTest, NativeAndComponentFaces)
     EXPECT_EQ(face->GetField(u"t", unknownIid, &out), results::NOINTERFACE);
 
     void* asComponent = nullptr;
-    ASSERT_EQ(static_cast<ILogEntry*>(entry.get())->QueryInterface(qvcom::ILogEntry::iid, &asComponent), 0);
+    ASSERT_EQ(static_cast<ILogEntry*>(entry.get())->QueryInterface(qv::log::qvcom::ILogEntry::iid, &asComponent), 0);
     EXPECT_EQ(asComponent, static_cast<void*>(face));
     face->Release();
 }
@@ -264,9 +264,9 @@ TEST(LogEntryTest, NamesComeInTheMapOrderAndTheIteratorAgrees)
         expected.push_back(it.next().getKey().toUtf8());
     EXPECT_EQ(names(entry.get()), expected);
 
-    qvcom::IFieldIterator* raw = nullptr;
+    qv::log::qvcom::IFieldIterator* raw = nullptr;
     ASSERT_EQ(entry->GetFieldIterator(&raw), 0);
-    Reference<qvcom::IFieldIterator> walk;
+    Reference<qv::log::qvcom::IFieldIterator> walk;
     walk.attach(raw);
     std::vector<std::string> walked;
     const char16_t* name = nullptr;
@@ -290,7 +290,7 @@ TEST(LogEntryTest, ComponentFaceReportsAllocationFailureAsCode)
     int failures = 0;
     for (int n = 1; n < 100; ++n) {
         QVFaultArmAllocation(n);
-        Result code = static_cast<qvcom::ILogEntry*>(entry.get())->SetField(u"k", value->GetUnknown());
+        Result code = static_cast<qv::log::qvcom::ILogEntry*>(entry.get())->SetField(u"k", value->GetUnknown());
         QVFaultDisarmAll();
         if (code == 0)
             break;

@@ -87,7 +87,8 @@ TEST(LogWriterTest, BasicWriterFormat)
     logger->log(3, u"x=y");
     Reference<LogEntry> order = entryWith({{u"level", u""}, {u"text", u""}});
     std::string expected;
-    for (const String& name : *order->getFieldNames())
+    const Reference<const collections::Set<String>> orderNames = order->getFieldNames();
+    for (const String& name : *orderNames)
         expected += name.toUtf8() == "level" ? "level=3\n" : "text=x=y\n";
     EXPECT_EQ(two->toString().toUtf8(), expected + "-------------------------\n");
 
@@ -133,7 +134,9 @@ TEST(LogWriterTest, XmlOfEveryStandardFieldIsWellFormed)
     }
     const std::string doc = readFile(path);
     EXPECT_NE(doc.find("<name> xml </name>"), std::string::npos);
-    EXPECT_NE(doc.find("gr\xc3\xbc\xc3\x9f" "e"), std::string::npos);
+    EXPECT_NE(doc.find("gr\xc3\xbc\xc3\x9f"
+                       "e"),
+              std::string::npos);
     const std::string command = "xmllint --noout " + path + " 2>&1";
     EXPECT_EQ(std::system(command.c_str()), 0) << doc;
     std::remove(path.c_str());
@@ -341,7 +344,7 @@ TEST(AsyncProcessorTest, ConcurrentLoggersToFileThroughFourWorkers)
 
 namespace {
 
-class ComponentSink : public Object, public qvcom::ILogProcessor {
+class ComponentSink : public Object, public qv::log::qvcom::ILogProcessor {
 public:
     Result code = 0;
     int calls = 0;
@@ -349,7 +352,7 @@ public:
     Result QueryInterface(const GUID& iid, void** ppv) override { return Object::QueryInterface(iid, ppv); }
     uint32_t AddRef() const override { return ComObject::AddRef(); }
     uint32_t Release() const override { return ComObject::Release(); }
-    Result Process(qvcom::ILogEntry* entry) override
+    Result Process(qv::log::qvcom::ILogEntry* entry) override
     {
         ++calls;
         seenHasText = entry->HasField(u"text");
@@ -377,7 +380,7 @@ public:
 TEST(QvcomProcessorTest, ComponentFaceCodesAndMissingInterface)
 {
     Reference<ComponentSink> sink(new ComponentSink());
-    Reference<ILogProcessor> bridge = qvcom::QvcomProcessor::create(sink.get());
+    Reference<ILogProcessor> bridge = qv::log::qvcom::QvcomProcessor::create(sink.get());
     bridge->process(entryWith({{u"text", u"t"}}).get());
     EXPECT_EQ(sink->calls, 1);
     EXPECT_EQ(sink->seenHasText, 0);

@@ -19,10 +19,9 @@ QV_INTERFACE_CHAIN(Object)
 QV_END_INTERFACE_MAP()
 
 AsyncProcessorImpl::AsyncProcessorImpl(ILogProcessor* target, int32_t threads)
-    : m_target(target), m_lock("qv/log/AsyncProcessorImpl::m_lock"),
-      m_signal(0, "qv/log/AsyncProcessorImpl::m_signal"), m_threads(threads)
-{
-}
+    : m_target(target), m_lock("qv/log/AsyncProcessorImpl::m_lock"), m_signal(0, "qv/log/AsyncProcessorImpl::m_signal"),
+      m_threads(threads)
+{}
 
 AsyncProcessorImpl::~AsyncProcessorImpl() = default;
 

@@ -11,8 +11,8 @@ namespace log {
 
 namespace {
 
-const char16_t* const g_fieldKeys[Logger::FIELD_COUNT] = {u"sequence", u"thread",    u"name",
-                                                          u"timestamp", u"level", u"text"};
+const char16_t* const g_fieldKeys[Logger::FIELD_COUNT] = {u"sequence",  u"thread", u"name",
+                                                          u"timestamp", u"level",  u"text"};
 
 } // namespace
 
@@ -26,8 +26,7 @@ Logger::Logger() : m_processors(MultiProcessor::create()), m_fields{false, false
 
 Logger::Logger(const String& name)
     : m_name(name), m_processors(MultiProcessor::create()), m_fields{false, false, true, false, true, true}
-{
-}
+{}
 
 Logger::~Logger() = default;
 
