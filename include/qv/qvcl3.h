@@ -54,6 +54,7 @@
 #include <qv/log/ILogEntry.h>
 #include <qv/log/ILogProcessor.h>
 #include <qv/log/ILogger.h>
+#include <qv/log/LevelFilterProcessor.h>
 #include <qv/log/LogEntry.h>
 #include <qv/log/Logger.h>
 #include <qv/log/MultiProcessor.h>

@@ -406,3 +406,23 @@ TEST(QvcomProcessorTest, ComponentFaceCodesAndMissingInterface)
     }
     EXPECT_EQ(sink->calls, 3);
 }
+
+TEST(LevelFilterProcessorTest, PassesLevelsAtOrAboveTheMinimum)
+{
+    Reference<logtest::CollectingProcessor> sink(new logtest::CollectingProcessor());
+    Reference<Logger> logger = Logger::create();
+    logger->addProcessor(LevelFilterProcessor::create(3, sink.get()).get());
+    for (int level : {-5, 2, 3, 4, 1000})
+        logger->log(level, u"m");
+    auto entries = sink->entries();
+    ASSERT_EQ(entries.size(), 3u);
+    EXPECT_EQ(field(entries[0].get(), u"level"), "3");
+    EXPECT_EQ(field(entries[2].get(), u"level"), "1000");
+
+    // Without a numeric level nothing is dropped.
+    Reference<ILogProcessor> filter = LevelFilterProcessor::create(3, sink.get());
+    filter->process(entryWith({{u"text", u"no level"}}).get());
+    filter->process(entryWith({{u"level", u"9"}}).get());
+    EXPECT_EQ(sink->count(), 5u);
+    EXPECT_THROW(LevelFilterProcessor::create(0, nullptr), ResultException);
+}

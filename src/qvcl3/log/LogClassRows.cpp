@@ -3,6 +3,7 @@
 #include <qv/log/AbstractLogWriter.h>
 #include <qv/log/AsyncProcessor.h>
 #include <qv/log/BasicLogWriter.h>
+#include <qv/log/LevelFilterProcessor.h>
 #include <qv/log/LogEntry.h>
 #include <qv/log/Logger.h>
 #include <qv/log/MultiProcessor.h>
@@ -21,6 +22,7 @@ const ClassTableRow g_logClassRows[] = {
     QV_CLASS_ROW_NO_CREATOR(log::AsyncProcessor),
     QV_CLASS_ROW_NO_CREATOR(log::AsyncProcessorImpl),
     QV_CLASS_ROW_NO_CREATOR(log::BasicLogWriter),
+    QV_CLASS_ROW_NO_CREATOR(log::LevelFilterProcessor),
     QV_CLASS_ROW(log::LogEntry),
     QV_CLASS_ROW(log::Logger),
     QV_CLASS_ROW(log::MultiProcessor),
