@@ -17,5 +17,6 @@ void demoEncodings();
 void demoIo();
 void demoTextIo();
 void demoExec();
+void demoLog();
 
 #endif
