@@ -5,7 +5,7 @@
 #   scripts/test.sh thread [REGEX]      with ThreadSanitizer, only tests matching REGEX
 set -euo pipefail
 cd "$(dirname "$0")/.."
-scripts/install-deps.sh
+scripts/install-deps.sh libxml2-utils
 sanitize="${1:-}"
 filter="${2:-}"
 dir=build/test
