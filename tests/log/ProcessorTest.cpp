@@ -426,3 +426,22 @@ TEST(LevelFilterProcessorTest, PassesLevelsAtOrAboveTheMinimum)
     EXPECT_EQ(sink->count(), 5u);
     EXPECT_THROW(LevelFilterProcessor::create(0, nullptr), ResultException);
 }
+
+TEST(AsyncProcessorTest, AllocationFailureInProcessQueuesNothing)
+{
+    if (!qvtest::allocationFaultsAvailable())
+        GTEST_SKIP() << "fault injection not built";
+    Reference<logtest::CollectingProcessor> sink(new logtest::CollectingProcessor());
+    Reference<AsyncProcessor> async = AsyncProcessor::create(sink.get(), 0);
+    Reference<Logger> logger = Logger::create(u"sweep");
+    logger->addProcessor(async.get());
+    qvtest::sweepAllocations([&] { logger->log(1, u"once"); });
+    async->process(entryWith({{u"text", u"last"}}).get());
+    logger.reset();
+    async.reset();
+    // Only the attempt that got through and the last entry arrive.
+    auto entries = sink->entries();
+    ASSERT_EQ(entries.size(), 2u);
+    EXPECT_EQ(field(entries[0].get(), u"text"), "once");
+    EXPECT_EQ(field(entries[1].get(), u"text"), "last");
+}
