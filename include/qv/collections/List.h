@@ -43,7 +43,7 @@ public:
     {
         m_items.reserve(items.size());
         for (T* item : items)
-            m_items.emplace_back(item);
+            add(item);
     }
     List(const List& other) : Object(), m_items(other.m_items) {}
     List& operator=(const List& other)
@@ -63,7 +63,13 @@ public:
     }
     const Reference<T>& operator[](int32_t index) const { return get(index); }
     // Appends, taking a reference.
-    void add(T* item) { m_items.emplace_back(item); }
+    void add(T* item)
+    {
+        // Referenced before the vector may grow, so that a fresh object is
+        // released, not leaked, when the growth fails.
+        Reference<T> held(item);
+        m_items.push_back(held);
+    }
     void add(const Reference<T>& item) { m_items.push_back(item); }
     void clear() noexcept { m_items.clear(); }
 

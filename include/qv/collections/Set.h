@@ -90,7 +90,10 @@ public:
             throw ResultException(results::POINTER);
         if (contains(*item))
             return false;
-        m_items.emplace_back(item);
+        // Referenced before the vector may grow, so that a fresh object is
+        // released, not leaked, when the growth fails.
+        Reference<T> held(item);
+        m_items.push_back(held);
         return true;
     }
     // Adds a copy of value (T must be copyable).
@@ -98,7 +101,8 @@ public:
     {
         if (contains(value))
             return false;
-        m_items.emplace_back(new T(value));
+        Reference<T> held(new T(value));
+        m_items.push_back(held);
         return true;
     }
     void clear() noexcept { m_items.clear(); }
