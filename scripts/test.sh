@@ -6,6 +6,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/install-deps.sh openssl curl iproute2 locales
+scripts/install-deps.sh libxml2-utils
 sanitize="${1:-}"
 filter="${2:-}"
 dir=build/test

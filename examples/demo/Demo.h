@@ -22,5 +22,6 @@ void demoNet();
 void demoModules();
 void demoConfiguration(int argc, const char* const* argv);
 void demoI18n();
+void demoLog();
 
 #endif

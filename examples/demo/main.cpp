@@ -181,6 +181,7 @@ int main(int argc, char** argv)
         demoModules();
         demoConfiguration(argc, argv);
         demoI18n();
+        demoLog();
     } catch (const qv::Exception& e) {
         std::printf("unexpected exception 0x%08X: %s\n", static_cast<unsigned>(e.getResult()),
                     e.getDescription().toUtf8().c_str());

@@ -615,6 +615,20 @@ QVCORE3_API QVRESULT QVGetLocaleTimeFormat(const char* locale, int32_t item, cha
 QVCORE3_API QVRESULT QVFormatTimeLocale(const char* locale, const char* pattern, int64_t seconds, int32_t utc,
                                         char* text, int32_t capacity, int32_t* length) QVCORE3_NOEXCEPT;
 
+/* ---- locale time forms --------------------------------------------------- */
+
+/* Formats time in the process locale (strftime after start-up's setlocale):
+   part QV_TIME_FORMAT_SHORTDATE ("%x"), QV_TIME_FORMAT_LONGDATE (weekday, day,
+   month name and year) or QV_TIME_FORMAT_TIME ("%X"). The bytes are in the
+   locale's code set, NUL-terminated in capacity bytes; written receives their
+   count without the NUL. QV_E_INVALIDARG for an unknown part or a time out of
+   range, 0x8007007A when the text does not fit. */
+#define QV_TIME_FORMAT_TIME 0
+#define QV_TIME_FORMAT_SHORTDATE 1
+#define QV_TIME_FORMAT_LONGDATE 2
+QVCORE3_API QVRESULT QVTimeFormat(const STRUCT_QV_TIME* time, int32_t part, char* buffer, int32_t capacity,
+                                  int32_t* written) QVCORE3_NOEXCEPT;
+
 /* ---- fault injection (test builds only) ----------------------------------
    Present when the library is built with QVCORE3_FAULT_INJECTION. An armed
    operation fails with the given code on its nth call from now (1 = the next

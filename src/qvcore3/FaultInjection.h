@@ -22,7 +22,7 @@
     X(QVFileWrite) X(QVFileClose) X(QVModuleGetHandle) X(QVModuleSetInitialized) X(QVModuleLibOpen)       \
     X(QVLibGetSymbol) X(QVModuleLibClose) X(QVSharedMemOpen) X(QVSharedMemMap) X(QVSharedMemUnmap)        \
     X(QVSharedMemClose) X(QVSharedMemUnlink) X(QVUnicodeToAnsi) X(QVGetDefaultCharEncoding)               \
-    X(QVTimeGetLocal) X(QVTimeGetSystem) X(QVTimeFromPosix) X(QVSocketLayerStartup)              \
+    X(QVTimeGetLocal) X(QVTimeGetSystem) X(QVTimeFromPosix) X(QVTimeFormat) X(QVSocketLayerStartup)              \
     X(QVSocketLayerShutdown) X(QVFileOpen) X(QVFileSeek) X(QVFileGetStatus) X(QVFileAvailable)             \
     X(QVStdReadLine) X(QVStdSeek) X(QVStdWrite) X(QVStdFlush) X(QVTerminalEchoOff) X(QVTerminalRestore) \
     X(QVFileReadAt) X(QVFileWriteAt) X(QVFileSetSize) X(QVFileSync) X(QVFileLock)                        \

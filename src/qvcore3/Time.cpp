@@ -67,3 +67,49 @@ extern "C" QVRESULT QVTimeFromPosix(int64_t seconds, int32_t local, STRUCT_QV_TI
     QV_FAULT_POINT(QVTimeFromPosix);
     return Convert(static_cast<time_t>(seconds), 0, local != 0, time);
 }
+
+extern "C" QVRESULT QVTimeFormat(const STRUCT_QV_TIME* time, int32_t part, char* buffer, int32_t capacity,
+                                 int32_t* written) noexcept
+{
+    if (!time || !buffer || !written) {
+        return QV_E_POINTER;
+    }
+    if (capacity <= 0 || time->wMonth < 1 || time->wMonth > 12 || time->wDay < 1 || time->wDay > 31 ||
+        time->wDayOfWeek > 6 || time->wHour > 23 || time->wMinute > 59 || time->wSecond > 60) {
+        return QV_E_INVALIDARG;
+    }
+    const char* format = nullptr;
+    switch (part) {
+    case QV_TIME_FORMAT_TIME:
+        format = "%X";
+        break;
+    case QV_TIME_FORMAT_SHORTDATE:
+        format = "%x";
+        break;
+    case QV_TIME_FORMAT_LONGDATE:
+        // The C library has no long date of the locale; this form takes the
+        // locale's names for the weekday and the month.
+        format = "%A, %d %B %Y";
+        break;
+    default:
+        return QV_E_INVALIDARG;
+    }
+    QV_FAULT_POINT(QVTimeFormat);
+    tm broken{};
+    broken.tm_year = static_cast<int>(time->wYear) - 1900;
+    broken.tm_mon = time->wMonth - 1;
+    broken.tm_mday = time->wDay;
+    broken.tm_wday = time->wDayOfWeek;
+    broken.tm_hour = time->wHour;
+    broken.tm_min = time->wMinute;
+    broken.tm_sec = time->wSecond;
+    broken.tm_isdst = -1;
+    const size_t length = strftime(buffer, static_cast<size_t>(capacity), format, &broken);
+    // Every form above yields at least one character, so 0 means no room.
+    if (length == 0) {
+        buffer[0] = '\0';
+        return static_cast<QVRESULT>(0x8007007A);
+    }
+    *written = static_cast<int32_t>(length);
+    return QV_S_OK;
+}

@@ -32,6 +32,7 @@ const ClassTableRow* const g_classTableFragments[] = {
     g_cryptoClassRows,
     g_netClassRows,
     g_legacyClassRows,
+    g_logClassRows,
     g_repeatedClassRows,
     nullptr,
 };

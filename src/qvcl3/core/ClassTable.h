@@ -35,6 +35,7 @@ extern const ClassTableRow g_i18nClassRows[];
 extern const ClassTableRow g_cryptoClassRows[];
 extern const ClassTableRow g_netClassRows[];
 extern const ClassTableRow g_legacyClassRows[];
+extern const ClassTableRow g_logClassRows[];
 extern const ClassTableRow g_repeatedClassRows[];
 
 // Ends with a null pointer.

@@ -1,0 +1,533 @@
+#include "AllocationSweep.h"
+#include "LogTestSupport.h"
+
+#include <qv/qvcl3.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <clocale>
+#include <ctime>
+#include <map>
+#include <set>
+#include <thread>
+
+using namespace qv;
+using namespace qv::log;
+using logtest::field;
+using logtest::names;
+
+namespace {
+
+Reference<logtest::CollectingProcessor> attach(Logger& logger)
+{
+    Reference<logtest::CollectingProcessor> sink(new logtest::CollectingProcessor());
+    logger.addProcessor(sink.get());
+    return sink;
+}
+
+std::set<std::string> nameSet(const ILogEntry* entry)
+{
+    std::vector<std::string> all = names(entry);
+    return std::set<std::string>(all.begin(), all.end());
+}
+
+} // namespace
+
+TEST(LoggerTest, DefaultFieldsOfBothConstructors)
+{
+    Reference<Logger> plain = Logger::create();
+    auto sink = attach(*plain);
+    plain->log(3, u"hello");
+    ASSERT_EQ(sink->count(), 1u);
+    const ILogEntry* entry = sink->entries()[0].get();
+    EXPECT_EQ(nameSet(entry), (std::set<std::string>{"level", "text"}));
+    EXPECT_EQ(field(entry, u"level"), "3");
+    EXPECT_EQ(field(entry, u"text"), "hello");
+    EXPECT_NE(dynamic_cast<const Integer32*>(entry->getField(u"level").get()), nullptr);
+
+    Reference<Logger> named = Logger::create(u"net");
+    auto namedSink = attach(*named);
+    named->log(1, u"up");
+    const ILogEntry* namedEntry = namedSink->entries()[0].get();
+    EXPECT_EQ(nameSet(namedEntry), (std::set<std::string>{"level", "text", "name"}));
+    EXPECT_EQ(field(namedEntry, u"name"), "net");
+}
+
+TEST(LoggerTest, DefaultLevelAndNoFiltering)
+{
+    Logger logger;
+    auto sink = attach(logger);
+    logger.log(u"zero");
+    logger.setDefaultLevel(7);
+    logger.log(u"x");
+    logger.log(-5, u"low");
+    logger.log(1000, u"high");
+    auto entries = sink->entries();
+    ASSERT_EQ(entries.size(), 4u);
+    EXPECT_EQ(field(entries[0].get(), u"level"), "0");
+    EXPECT_EQ(field(entries[1].get(), u"level"), "7");
+    EXPECT_EQ(field(entries[2].get(), u"level"), "-5");
+    EXPECT_EQ(field(entries[3].get(), u"level"), "1000");
+    // Through the ILogger face too.
+    static_cast<ILogger&>(logger).log(u"face");
+    EXPECT_EQ(field(sink->entries()[4].get(), u"level"), "7");
+}
+
+TEST(LoggerTest, SequenceCountsEveryBuiltEntryButNotDisabledCalls)
+{
+    Logger logger;
+    auto sink = attach(logger);
+    logger.log(0, u"a");
+    logger.log(0, u"b");
+    EXPECT_EQ(field(sink->entries()[1].get(), u"sequence"), "<absent>");
+    logger.enableField(u"sequence", true);
+    logger.log(0, u"c");
+    EXPECT_EQ(field(sink->entries()[2].get(), u"sequence"), "2");
+
+    logger.setEnabled(false);
+    logger.log(0, u"dropped");
+    logger.log(0, u"dropped too");
+    EXPECT_EQ(sink->count(), 3u);
+    logger.setEnabled(true);
+    logger.log(0, u"d");
+    ASSERT_EQ(sink->count(), 4u);
+    EXPECT_EQ(field(sink->entries()[3].get(), u"sequence"), "3");
+
+    Logger fresh;
+    auto freshSink = attach(fresh);
+    fresh.enableField(u"sequence", true);
+    for (int i = 0; i < 3; ++i)
+        fresh.log(0, u"n");
+    for (int i = 0; i < 3; ++i)
+        EXPECT_EQ(field(freshSink->entries()[i].get(), u"sequence"), std::to_string(i));
+}
+
+TEST(LoggerTest, EnableFieldIgnoresCaseAndUnknownKeys)
+{
+    Logger logger(u"svc");
+    auto sink = attach(logger);
+    logger.enableField(u"severity", true);
+    logger.enableField(u"", true);
+    logger.log(0, u"a");
+    EXPECT_EQ(nameSet(sink->entries()[0].get()), (std::set<std::string>{"level", "text", "name"}));
+
+    logger.enableField(u"TIMESTAMP", true);
+    logger.enableField(u"Thread", true);
+    logger.enableField(u"name", false);
+    logger.enableField(u"Text", false);
+    logger.log(0, u"b");
+    const ILogEntry* entry = sink->entries()[1].get();
+    EXPECT_EQ(nameSet(entry), (std::set<std::string>{"level", "thread", "timestamp"}));
+    EXPECT_NE(dynamic_cast<const TimeStamp*>(entry->getField(u"timestamp").get()), nullptr);
+    EXPECT_EQ(field(entry, u"thread"), std::to_string(exec::Thread::getCurrentID()));
+    EXPECT_NE(dynamic_cast<const UInteger32*>(entry->getField(u"thread").get()), nullptr);
+}
+
+TEST(LoggerTest, ProcessorsInOrderSetProcessorReplacesAndFactoryIsEmpty)
+{
+    EXPECT_FALSE(Logger::createProcessor(u"anything"));
+    EXPECT_FALSE(Logger::createProcessor(u""));
+
+    Logger nowhere;
+    EXPECT_NO_THROW(nowhere.log(1, u"to no processor"));
+
+    Logger logger;
+    auto first = attach(logger);
+    auto second = attach(logger);
+    logger.log(0, u"both");
+    EXPECT_EQ(first->count(), 1u);
+    EXPECT_EQ(second->count(), 1u);
+    EXPECT_EQ(first->entries()[0].get(), second->entries()[0].get());
+
+    Reference<logtest::CollectingProcessor> only(new logtest::CollectingProcessor());
+    logger.setProcessor(only.get());
+    logger.log(0, u"only");
+    EXPECT_EQ(first->count(), 1u);
+    EXPECT_EQ(second->count(), 1u);
+    EXPECT_EQ(only->count(), 1u);
+}
+
+namespace {
+
+class HostLogger : public Logger {
+public:
+    int calls = 0;
+
+protected:
+    void addCustomFields(ILogEntry* entry) override
+    {
+        ++calls;
+        Reference<String> host(new String(u"box1"));
+        entry->setField(u"host", host.get());
+    }
+};
+
+} // namespace
+
+TEST(LoggerTest, CustomFieldsHookRunsForEveryEntry)
+{
+    HostLogger logger;
+    auto sink = attach(logger);
+    logger.enableField(u"host", false); // no switch: changes nothing
+    logger.log(0, u"a");
+    logger.log(0, u"b");
+    EXPECT_EQ(logger.calls, 2);
+    EXPECT_EQ(field(sink->entries()[1].get(), u"host"), "box1");
+}
+
+TEST(LoggerTest, ClockFailurePropagatesFromLog)
+{
+    if (!qvtest::allocationFaultsAvailable())
+        GTEST_SKIP() << "fault injection not built";
+    Logger logger;
+    auto sink = attach(logger);
+    logger.enableField(u"timestamp", true);
+    ASSERT_EQ(QVFaultArm("QVTimeGetLocal", 1, static_cast<QVRESULT>(0x80004005)), 0);
+    try {
+        logger.log(0, u"x");
+        ADD_FAILURE() << "no exception";
+    } catch (const ResultException& e) {
+        EXPECT_EQ(static_cast<uint32_t>(e.getResult()), 0x80004005u);
+    }
+    QVFaultDisarmAll();
+    EXPECT_EQ(sink->count(), 0u);
+}
+
+TEST(LoggerTest, AllocationFailureInLogLeavesLoggerUsable)
+{
+    if (!qvtest::allocationFaultsAvailable())
+        GTEST_SKIP() << "fault injection not built";
+    Logger logger(u"sweep");
+    logger.enableField(u"sequence", true);
+    logger.enableField(u"timestamp", true);
+    auto sink = attach(logger);
+    int failures = qvtest::sweepAllocations([&] { logger.log(1, u"swept"); });
+    EXPECT_GT(failures, 0);
+    logger.log(1, u"after");
+    auto entries = sink->entries();
+    ASSERT_GE(entries.size(), 2u);
+    EXPECT_EQ(field(entries.back().get(), u"text"), "after");
+}
+
+TEST(LogEntryTest, NativeAndComponentFaces)
+{
+    Reference<LogEntry> entry = LogEntry::create();
+    EXPECT_EQ(entry->getFieldNames()->size(), 0);
+    Reference<Integer32> one(new Integer32(1));
+    Reference<Integer32> two(new Integer32(2));
+    entry->setField(u"n", one.get());
+    entry->setField(u"n", two.get());
+    EXPECT_EQ(field(entry.get(), u"n"), "2");
+    EXPECT_EQ(one->GetRefCount(), 1);
+    EXPECT_TRUE(entry->hasField(u"n"));
+    EXPECT_FALSE(entry->hasField(u"N"));
+    EXPECT_FALSE(entry->getField(u"missing"));
+
+    qv::log::qvcom::ILogEntry* face = entry.get();
+    EXPECT_EQ(face->HasField(u"n"), 0);
+    EXPECT_EQ(face->HasField(u"missing"), 1);
+    EXPECT_EQ(face->HasField(static_cast<const char16_t*>(nullptr)), results::POINTER);
+
+    Reference<String> text(new String(u"via face"));
+    EXPECT_EQ(face->SetField(u"t", text->GetUnknown()), 0);
+    EXPECT_EQ(field(entry.get(), u"t"), "via face");
+
+    void* out = nullptr;
+    EXPECT_EQ(face->GetField(u"t", IQVComparable::iid, &out), 0);
+    ASSERT_NE(out, nullptr);
+    static_cast<IQVComparable*>(out)->Release();
+    EXPECT_EQ(face->GetField(u"nope", IQVComparable::iid, &out), 1);
+    EXPECT_EQ(out, nullptr);
+    const GUID unknownIid = {0x12345678, 0x1, 0x2, {1, 2, 3, 4, 5, 6, 7, 8}};
+    EXPECT_EQ(face->GetField(u"t", unknownIid, &out), results::NOINTERFACE);
+
+    void* asComponent = nullptr;
+    ASSERT_EQ(static_cast<ILogEntry*>(entry.get())->QueryInterface(qv::log::qvcom::ILogEntry::iid, &asComponent), 0);
+    EXPECT_EQ(asComponent, static_cast<void*>(face));
+    face->Release();
+}
+
+TEST(LogEntryTest, NamesComeInTheMapOrderAndTheIteratorAgrees)
+{
+    Reference<LogEntry> entry = LogEntry::create();
+    collections::StringHashMap reference(101, 0.75f);
+    const char16_t* keys[] = {u"timestamp", u"text", u"level", u"sequence", u"name", u"thread", u"zeta"};
+    Reference<String> value(new String(u"v"));
+    for (const char16_t* key : keys) {
+        entry->setField(key, value.get());
+        reference.put(String(key), value->GetUnknown());
+    }
+    std::vector<std::string> expected;
+    auto it = reference.createIterator();
+    while (it.hasNext())
+        expected.push_back(it.next().getKey().toUtf8());
+    EXPECT_EQ(names(entry.get()), expected);
+
+    qv::log::qvcom::IFieldIterator* raw = nullptr;
+    ASSERT_EQ(entry->GetFieldIterator(&raw), 0);
+    Reference<qv::log::qvcom::IFieldIterator> walk;
+    walk.attach(raw);
+    std::vector<std::string> walked;
+    const char16_t* name = nullptr;
+    int32_t length = 0;
+    while (walk->HasNext() == 0) {
+        ASSERT_EQ(walk->Next(&name, &length), 0);
+        walked.push_back(String(name, length).toUtf8());
+    }
+    EXPECT_EQ(walk->Next(&name, &length), 1);
+    EXPECT_EQ(walked, expected);
+    walk->Reset();
+    EXPECT_EQ(walk->HasNext(), 0);
+}
+
+TEST(LogEntryTest, ComponentFaceReportsAllocationFailureAsCode)
+{
+    if (!qvtest::allocationFaultsAvailable())
+        GTEST_SKIP() << "fault injection not built";
+    Reference<LogEntry> entry = LogEntry::create();
+    Reference<String> value(new String(u"v"));
+    int failures = 0;
+    for (int n = 1; n < 100; ++n) {
+        QVFaultArmAllocation(n);
+        Result code = static_cast<qv::log::qvcom::ILogEntry*>(entry.get())->SetField(u"k", value->GetUnknown());
+        QVFaultDisarmAll();
+        if (code == 0)
+            break;
+        EXPECT_EQ(static_cast<uint32_t>(code), 0x8007000Eu);
+        EXPECT_FALSE(entry->hasField(u"k"));
+        ++failures;
+    }
+    EXPECT_GT(failures, 0);
+    EXPECT_TRUE(entry->hasField(u"k"));
+}
+
+namespace {
+
+STRUCT_QV_TIME makeTime(int y, int mo, int d, int h, int mi, int s, int ms)
+{
+    STRUCT_QV_TIME t{};
+    t.wYear = static_cast<uint16_t>(y);
+    t.wMonth = static_cast<uint16_t>(mo);
+    t.wDay = static_cast<uint16_t>(d);
+    t.wHour = static_cast<uint16_t>(h);
+    t.wMinute = static_cast<uint16_t>(mi);
+    t.wSecond = static_cast<uint16_t>(s);
+    t.wMilliseconds = static_cast<uint16_t>(ms);
+    return t;
+}
+
+std::string localeForm(const STRUCT_QV_TIME& t, const char* format)
+{
+    tm broken{};
+    broken.tm_year = t.wYear - 1900;
+    broken.tm_mon = t.wMonth - 1;
+    broken.tm_mday = t.wDay;
+    broken.tm_wday = t.wDayOfWeek;
+    broken.tm_hour = t.wHour;
+    broken.tm_min = t.wMinute;
+    broken.tm_sec = t.wSecond;
+    broken.tm_isdst = -1;
+    char buffer[200];
+    size_t n = strftime(buffer, sizeof buffer, format, &broken);
+    return std::string(buffer, n);
+}
+
+} // namespace
+
+TEST(TimeStampTest, CompactFormAndConstructors)
+{
+    EXPECT_EQ(TimeStamp(makeTime(2014, 3, 5, 7, 8, 9, 10)).toLog().toUtf8(), "20140305070809.010");
+    EXPECT_EQ(TimeStamp(makeTime(1999, 12, 31, 23, 59, 59, 999)).toLog().toUtf8(), "19991231235959.999");
+    EXPECT_EQ(TimeStamp(makeTime(999, 1, 2, 3, 4, 5, 6)).toLog().toUtf8(), "9990102030405.006");
+    EXPECT_EQ(TimeStamp(makeTime(2000, 1, 1, 0, 0, 0, 0)).toLog().toUtf8(), "20000101000000.000");
+
+    STRUCT_QV_TIME epoch{};
+    ASSERT_EQ(QVTimeFromPosix(86400 * 365, 1, &epoch), 0);
+    TimeStamp fromSeconds(86400L * 365);
+    EXPECT_EQ(fromSeconds.getTime().wYear, epoch.wYear);
+    EXPECT_EQ(fromSeconds.getTime().wDay, epoch.wDay);
+    EXPECT_EQ(fromSeconds.getTime().wHour, epoch.wHour);
+
+    TimeStamp utc(false);
+    TimeStamp local;
+    EXPECT_GE(utc.getTime().wYear, 2020);
+    EXPECT_GE(local.getTime().wYear, 2020);
+}
+
+TEST(TimeStampTest, LocaleFormsFollowTheProcessLocale)
+{
+    STRUCT_QV_TIME t = makeTime(2014, 3, 5, 7, 8, 9, 10);
+    t.wDayOfWeek = 3;
+    TimeStamp stamp(t);
+    EXPECT_EQ(stamp.toString().toUtf8(), localeForm(t, "%x") + " " + localeForm(t, "%X"));
+    EXPECT_EQ(stamp.toString(false).toUtf8(), stamp.toString().toUtf8());
+    const std::string longForm = stamp.toString(true).toUtf8();
+    EXPECT_NE(longForm.find("2014"), std::string::npos);
+    EXPECT_NE(longForm, stamp.toString(false).toUtf8());
+    EXPECT_EQ(longForm.substr(longForm.size() - localeForm(t, "%X").size()), localeForm(t, "%X"));
+
+    STRUCT_QV_TIME bad = t;
+    bad.wMonth = 13;
+    EXPECT_THROW(TimeStamp(bad).toString(), ResultException);
+}
+
+TEST(TimeStampTest, FormattingAndClockFailuresThrowTheirCodes)
+{
+    if (!qvtest::allocationFaultsAvailable())
+        GTEST_SKIP() << "fault injection not built";
+    TimeStamp stamp(makeTime(2014, 3, 5, 7, 8, 9, 10));
+    ASSERT_EQ(QVFaultArm("QVTimeFormat", 1, static_cast<QVRESULT>(0x80070008)), 0);
+    try {
+        (void)stamp.toString(true);
+        ADD_FAILURE() << "no exception";
+    } catch (const ResultException& e) {
+        EXPECT_EQ(static_cast<uint32_t>(e.getResult()), 0x80070008u);
+    }
+    QVFaultDisarmAll();
+    ASSERT_EQ(QVFaultArm("QVTimeGetSystem", 1, static_cast<QVRESULT>(0x80004005)), 0);
+    EXPECT_THROW(TimeStamp(false), ResultException);
+    QVFaultDisarmAll();
+    ASSERT_EQ(QVFaultArm("QVTimeFromPosix", 1, static_cast<QVRESULT>(0x80070057)), 0);
+    EXPECT_THROW(TimeStamp(0L), ResultException);
+    QVFaultDisarmAll();
+}
+
+namespace {
+
+class ThrowingLevelLogger : public Object, public ILevelLogger {
+public:
+    Result QueryInterface(const GUID& iid, void** ppv) override { return Object::QueryInterface(iid, ppv); }
+    uint32_t AddRef() const override { return ComObject::AddRef(); }
+    uint32_t Release() const override { return ComObject::Release(); }
+    void log(int, const String&) override { throw ResultException(static_cast<Result>(0x80004005)); }
+};
+
+class MapBundle : public i18n::StringBundle {
+public:
+    std::map<std::u16string, std::u16string> texts;
+    String getString(const String& key) const override
+    {
+        auto it = texts.find(key.toU16String());
+        if (it == texts.end())
+            throw i18n::MissingResourceException(getBundleName(), key);
+        return String(it->second.c_str());
+    }
+    String getBundleName() const override { return String(u"test"); }
+};
+
+std::string fill(const char16_t* text, std::initializer_list<const char16_t*> args)
+{
+    collections::List<Object> list;
+    for (const char16_t* arg : args)
+        list.add(Reference<Object>(new String(arg)));
+    return StringBundleLogger::fillArguments(String(text), list).toUtf8();
+}
+
+} // namespace
+
+TEST(SyncLoggerTest, ThreadSeesLockReleasedAfterTargetThrew)
+{
+    Reference<ThrowingLevelLogger> target(new ThrowingLevelLogger());
+    Reference<SyncLogger> sync = SyncLogger::create(target.get());
+    EXPECT_THROW(sync->log(1, u"x"), ResultException);
+    bool threw = false;
+    std::thread other([&] {
+        try {
+            sync->log(1, u"y");
+        } catch (const ResultException&) {
+            threw = true;
+        }
+    });
+    other.join();
+    EXPECT_TRUE(threw);
+    EXPECT_THROW(SyncLogger(nullptr), ResultException);
+}
+
+TEST(SyncLoggerTest, ConcurrentCallersGetOneSequenceNumberEach)
+{
+    Reference<Logger> logger = Logger::create();
+    logger->enableField(u"sequence", true);
+    auto sink = attach(*logger);
+    Reference<SyncLogger> sync = SyncLogger::create(logger.get());
+    const int threads = 4, perThread = 500;
+    std::vector<std::thread> workers;
+    for (int t = 0; t < threads; ++t)
+        workers.emplace_back([&] {
+            for (int i = 0; i < perThread; ++i)
+                sync->log(1, u"m");
+        });
+    for (auto& w : workers)
+        w.join();
+    auto entries = sink->entries();
+    ASSERT_EQ(entries.size(), static_cast<size_t>(threads * perThread));
+    for (size_t i = 0; i < entries.size(); ++i)
+        EXPECT_EQ(field(entries[i].get(), u"sequence"), std::to_string(i));
+}
+
+TEST(StringBundleLoggerTest, ArgumentFilling)
+{
+    EXPECT_EQ(fill(u"{0}+{1}", {u"a", u"b"}), "a+b");
+    EXPECT_EQ(fill(u"{1}{0}", {u"a", u"b"}), "ba");
+    EXPECT_EQ(fill(u"{0}{0}", {u"x"}), "xx");
+    EXPECT_EQ(fill(u"{0} {1}", {u"a"}), "{0} {1}");
+    EXPECT_EQ(fill(u"{0} {2}", {u"a", u"b", u"c"}), "a {2}");
+    EXPECT_EQ(fill(u"{0}-{1}", {u"{1}", u"b"}), "{1}-b");
+    EXPECT_EQ(fill(u"{1}-{0}", {u"x{0}", u"{0}y"}), "{0}y-x{0}");
+    EXPECT_EQ(fill(u"no markers", {u"a"}), "no markers");
+    EXPECT_EQ(fill(u"{0}", {}), "{0}");
+    EXPECT_EQ(fill(u"", {}), "");
+    EXPECT_EQ(fill(u"{10}{0}", {u"a"}), "{10}a");
+
+    collections::List<Object> withNumber;
+    withNumber.add(Reference<Object>(new Integer32(42)));
+    withNumber.add(Reference<Object>());
+    EXPECT_EQ(StringBundleLogger::fillArguments(u"n={0} [{1}]", withNumber).toUtf8(), "n=42 []");
+}
+
+TEST(StringBundleLoggerTest, LooksUpKeysAndPassesMissingKeysOn)
+{
+    Reference<MapBundle> bundle(new MapBundle());
+    bundle->texts[u"disk.full"] = u"disk {0} is {1}% full";
+    bundle->texts[u"hello"] = u"hello";
+    Reference<Logger> logger = Logger::create();
+    auto sink = attach(*logger);
+    Reference<StringBundleLogger> messages = StringBundleLogger::create(bundle.get(), logger.get());
+    messages->log(2, u"hello");
+    collections::List<Object> args;
+    args.add(Reference<Object>(new String(u"/var")));
+    args.add(Reference<Object>(new Integer32(97)));
+    messages->log(4, u"disk.full", args);
+    auto entries = sink->entries();
+    ASSERT_EQ(entries.size(), 2u);
+    EXPECT_EQ(field(entries[0].get(), u"text"), "hello");
+    EXPECT_EQ(field(entries[1].get(), u"text"), "disk /var is 97% full");
+    EXPECT_EQ(field(entries[1].get(), u"level"), "4");
+    EXPECT_THROW(messages->log(1, u"absent"), i18n::MissingResourceException);
+    EXPECT_THROW(messages->log(1, u"absent", args), i18n::MissingResourceException);
+    EXPECT_EQ(sink->count(), 2u);
+}
+
+TEST(CollectionsValueTest, SetKeepsInsertionOrderAndListIndexes)
+{
+    collections::Set<String> set;
+    EXPECT_TRUE(set.add(String(u"b")));
+    EXPECT_TRUE(set.add(String(u"a")));
+    EXPECT_FALSE(set.add(String(u"b")));
+    EXPECT_EQ(set.size(), 2);
+    EXPECT_TRUE(set.contains(String(u"a")));
+    EXPECT_FALSE(set.contains(String(u"c")));
+    EXPECT_EQ(set[0].toUtf8(), "b");
+    EXPECT_THROW(set.get(2), ResultException);
+    auto it = set.iterator();
+    EXPECT_EQ(it.next().toUtf8(), "b");
+    EXPECT_EQ(it.next().toUtf8(), "a");
+    EXPECT_FALSE(it.hasNext());
+    EXPECT_THROW(it.next(), ResultException);
+
+    collections::List<Object> list;
+    list.add(Reference<Object>(new Integer32(5)));
+    EXPECT_EQ(list.size(), 1);
+    EXPECT_EQ(list[0]->toString().toUtf8(), "5");
+    EXPECT_THROW(list.get(-1), ResultException);
+}

@@ -1,0 +1,447 @@
+#include "AllocationSweep.h"
+#include "LogTestSupport.h"
+
+#include <qv/qvcl3.h>
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <set>
+#include <sstream>
+#include <thread>
+#include <unistd.h>
+
+using namespace qv;
+using namespace qv::log;
+using logtest::field;
+
+namespace {
+
+Reference<LogEntry> entryWith(std::initializer_list<std::pair<const char16_t*, const char16_t*>> fields)
+{
+    Reference<LogEntry> entry = LogEntry::create();
+    for (const auto& f : fields) {
+        Reference<String> value(new String(f.second));
+        entry->setField(f.first, value.get());
+    }
+    return entry;
+}
+
+bool waitFor(const std::function<bool()>& done)
+{
+    for (int i = 0; i < 1000; ++i) {
+        if (done())
+            return true;
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    return done();
+}
+
+class ThrowingWriter : public io::Writer {
+public:
+    using io::Writer::write;
+    void write(const char16_t*, int32_t) override { throw ResultException(static_cast<Result>(0x80070070)); }
+};
+
+// A processor that fails on entries whose text is "boom".
+class FailingProcessor : public logtest::CollectingProcessor {
+public:
+    void process(const ILogEntry* entry) override
+    {
+        if (field(entry, u"text") == "boom")
+            throw ResultException(static_cast<Result>(0x80004005));
+        CollectingProcessor::process(entry);
+    }
+};
+
+std::string tempPath(const char* stem)
+{
+    return std::string("/tmp/qvcl3_log_") + stem + "_" + std::to_string(getpid());
+}
+
+std::string readFile(const std::string& path)
+{
+    std::ifstream in(path, std::ios::binary);
+    std::stringstream all;
+    all << in.rdbuf();
+    return all.str();
+}
+
+} // namespace
+
+TEST(LogWriterTest, BasicWriterFormat)
+{
+    Reference<io::StringWriter> out(new io::StringWriter());
+    Reference<ILogProcessor> writer = BasicLogWriter::create(out.get());
+    writer->process(entryWith({{u"text", u"hi"}}).get());
+    EXPECT_EQ(out->toString().toUtf8(), "text=hi\n-------------------------\n");
+
+    Reference<io::StringWriter> two(new io::StringWriter());
+    Reference<ILogProcessor> second = BasicLogWriter::create(two.get());
+    Reference<Logger> logger = Logger::create();
+    logger->addProcessor(second.get());
+    logger->log(3, u"x=y");
+    Reference<LogEntry> order = entryWith({{u"level", u""}, {u"text", u""}});
+    std::string expected;
+    const Reference<const collections::Set<String>> orderNames = order->getFieldNames();
+    for (const String& name : *orderNames)
+        expected += name.toUtf8() == "level" ? "level=3\n" : "text=x=y\n";
+    EXPECT_EQ(two->toString().toUtf8(), expected + "-------------------------\n");
+
+    Reference<io::StringWriter> none(new io::StringWriter());
+    BasicLogWriter::create(none.get())->process(LogEntry::create().get());
+    EXPECT_EQ(none->toString().toUtf8(), "-------------------------\n");
+}
+
+TEST(LogWriterTest, XmlWriterDocumentAndUnescapedFields)
+{
+    Reference<io::StringWriter> out(new io::StringWriter());
+    {
+        Reference<ILogProcessor> writer = XmlLogWriter::create(out.get());
+        EXPECT_EQ(out->toString().toUtf8(), "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<log>\n");
+        writer->process(entryWith({{u"text", u"hi"}}).get());
+        EXPECT_EQ(out->toString().toUtf8(), "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<log>\n"
+                                            "  <entry>\n    <text> hi </text>\n  </entry>\n");
+        writer->process(entryWith({{u"a b", u"value"}}).get());
+        writer->process(entryWith({{u"field unit=ms", u"a<b & \"c\" {1}"}}).get());
+    }
+    const std::string doc = out->toString().toUtf8();
+    EXPECT_NE(doc.find("  <entry>\n    <a b> value </a>\n  </entry>\n"), std::string::npos);
+    EXPECT_NE(doc.find("    <field unit=ms> a<b & \"c\" {1} </field>\n"), std::string::npos);
+    EXPECT_EQ(doc.substr(doc.size() - 7), "</log>\n");
+}
+
+TEST(LogWriterTest, XmlOfEveryStandardFieldIsWellFormed)
+{
+    const std::string path = tempPath("wellformed") + ".xml";
+    {
+        Reference<io::FileOutputStream> file(new io::FileOutputStream(String(path.c_str())));
+        Reference<io::OutputStreamWriter> utf8(new io::OutputStreamWriter(file.get(), u"UTF-8"));
+        Reference<ILogProcessor> writer = XmlLogWriter::create(utf8.get());
+        Reference<Logger> logger = Logger::create(u"xml");
+        for (const char16_t* key : {u"sequence", u"thread", u"timestamp"})
+            logger->enableField(key, true);
+        logger->addProcessor(writer.get());
+        logger->log(1, u"first");
+        logger->log(2, u"gr\u00fc\u00dfe");
+        logger.reset();
+        writer.reset();
+        utf8->close();
+    }
+    const std::string doc = readFile(path);
+    EXPECT_NE(doc.find("<name> xml </name>"), std::string::npos);
+    EXPECT_NE(doc.find("gr\xc3\xbc\xc3\x9f"
+                       "e"),
+              std::string::npos);
+    const std::string command = "xmllint --noout " + path + " 2>&1";
+    EXPECT_EQ(std::system(command.c_str()), 0) << doc;
+    std::remove(path.c_str());
+}
+
+TEST(LogWriterTest, WriterFailurePassesOutOfProcess)
+{
+    Reference<ThrowingWriter> broken(new ThrowingWriter());
+    Reference<ILogProcessor> writer = BasicLogWriter::create(broken.get());
+    try {
+        writer->process(entryWith({{u"text", u"lost"}}).get());
+        ADD_FAILURE() << "no exception";
+    } catch (const ResultException& e) {
+        EXPECT_EQ(static_cast<uint32_t>(e.getResult()), 0x80070070u);
+    }
+    EXPECT_THROW(BasicLogWriter::create(nullptr), ResultException);
+}
+
+TEST(LogWriterTest, AllocationSweepOnFormatting)
+{
+    if (!qvtest::allocationFaultsAvailable())
+        GTEST_SKIP() << "fault injection not built";
+    Reference<io::StringWriter> out(new io::StringWriter());
+    Reference<ILogProcessor> writer = XmlLogWriter::create(out.get());
+    Reference<LogEntry> entry = entryWith({{u"text", u"swept"}, {u"a b", u"c"}});
+    int failures = qvtest::sweepAllocations([&] { writer->process(entry.get()); });
+    EXPECT_GT(failures, 0);
+    EXPECT_NE(out->toString().toUtf8().find("<text> swept </text>"), std::string::npos);
+}
+
+TEST(MultiProcessorTest, EmptyOrderAndStopOnThrow)
+{
+    Reference<MultiProcessor> empty = MultiProcessor::create();
+    EXPECT_NO_THROW(empty->process(entryWith({{u"text", u"x"}}).get()));
+
+    Reference<MultiProcessor> multi = MultiProcessor::create();
+    Reference<logtest::CollectingProcessor> first(new logtest::CollectingProcessor());
+    Reference<FailingProcessor> failing(new FailingProcessor());
+    Reference<logtest::CollectingProcessor> last(new logtest::CollectingProcessor());
+    multi->addProcessor(first.get());
+    multi->addProcessor(failing.get());
+    multi->addProcessor(last.get());
+    multi->process(entryWith({{u"text", u"ok"}}).get());
+    EXPECT_THROW(multi->process(entryWith({{u"text", u"boom"}}).get()), ResultException);
+    EXPECT_EQ(first->count(), 2u);
+    EXPECT_EQ(failing->count(), 1u);
+    EXPECT_EQ(last->count(), 1u);
+    // The lock was released by the throw.
+    std::thread other([&] { multi->process(entryWith({{u"text", u"later"}}).get()); });
+    other.join();
+    EXPECT_EQ(last->count(), 2u);
+}
+
+TEST(AsyncProcessorTest, NoThreadsKeepsEverythingUntilDestroyed)
+{
+    Reference<logtest::CollectingProcessor> sink(new logtest::CollectingProcessor());
+    Reference<AsyncProcessor> async = AsyncProcessor::create(sink.get(), 0);
+    for (int i = 0; i < 20; ++i)
+        async->process(entryWith({{u"text", String::valueOf(i).getData()}}).get());
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    EXPECT_EQ(sink->count(), 0u);
+    async.reset();
+    auto entries = sink->entries();
+    ASSERT_EQ(entries.size(), 20u);
+    for (int i = 0; i < 20; ++i)
+        EXPECT_EQ(field(entries[i].get(), u"text"), std::to_string(i));
+    EXPECT_THROW(AsyncProcessor::create(nullptr, 1), ResultException);
+}
+
+namespace {
+
+// Holds its first caller until released; later calls pass straight on.
+class GateProcessor : public logtest::CollectingProcessor {
+public:
+    std::atomic<bool> entered{false};
+    std::atomic<bool> release{false};
+    std::atomic<bool> first{true};
+    void process(const ILogEntry* entry) override
+    {
+        if (first.exchange(false)) {
+            entered = true;
+            while (!release)
+                std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+        CollectingProcessor::process(entry);
+    }
+};
+
+} // namespace
+
+TEST(AsyncProcessorTest, ThreadDestructionDrainsQueueInDestroyingThread)
+{
+    Reference<GateProcessor> sink(new GateProcessor());
+    Reference<AsyncProcessor> async = AsyncProcessor::create(sink.get(), 1);
+    async->process(entryWith({{u"text", u"held"}}).get());
+    ASSERT_TRUE(waitFor([&] { return sink->entered.load(); }));
+    for (int i = 0; i < 10; ++i)
+        async->process(entryWith({{u"text", String::valueOf(i).getData()}}).get());
+    async.reset();
+    // The ten queued entries reached the target before the destructor
+    // returned, in order, while the worker was still inside its call.
+    auto entries = sink->entries();
+    ASSERT_EQ(entries.size(), 10u);
+    for (int i = 0; i < 10; ++i)
+        EXPECT_EQ(field(entries[i].get(), u"text"), std::to_string(i));
+    sink->release = true;
+    ASSERT_TRUE(waitFor([&] { return sink->count() == 11u; }));
+    EXPECT_EQ(field(sink->entries()[10].get(), u"text"), "held");
+}
+
+TEST(AsyncProcessorTest, ThreadThatThrowsIsLostOthersGoOn)
+{
+    Reference<FailingProcessor> sink(new FailingProcessor());
+    Reference<AsyncProcessor> async = AsyncProcessor::create(sink.get(), 2);
+    async->process(entryWith({{u"text", u"boom"}}).get());
+    for (int i = 0; i < 50; ++i)
+        async->process(entryWith({{u"text", u"fine"}}).get());
+    EXPECT_TRUE(waitFor([&] { return sink->count() == 50u; }));
+    async.reset();
+    EXPECT_EQ(sink->count(), 50u);
+}
+
+TEST(AsyncProcessorTest, ConcurrentProducersLoseNothingOnDestruction)
+{
+    Reference<logtest::CollectingProcessor> sink(new logtest::CollectingProcessor());
+    Reference<AsyncProcessor> async = AsyncProcessor::create(sink.get(), 3);
+    const int producers = 8, perProducer = 500;
+    std::vector<std::thread> threads;
+    for (int p = 0; p < producers; ++p)
+        threads.emplace_back([&] {
+            for (int i = 0; i < perProducer; ++i)
+                async->process(entryWith({{u"text", u"e"}}).get());
+        });
+    for (auto& t : threads)
+        t.join();
+    async.reset();
+    EXPECT_TRUE(waitFor([&] { return sink->count() == static_cast<size_t>(producers * perProducer); }));
+}
+
+TEST(AsyncProcessorTest, ConcurrentLoggersToFileThroughFourWorkers)
+{
+    const std::string path = tempPath("concurrent") + ".log";
+    const int threads = 8, perThread = 2500;
+    {
+        Reference<io::FileOutputStream> file(new io::FileOutputStream(String(path.c_str())));
+        Reference<io::OutputStreamWriter> utf8(new io::OutputStreamWriter(file.get(), u"UTF-8"));
+        // Writers take no lock: a MultiProcessor serialises the four workers.
+        Reference<MultiProcessor> serial = MultiProcessor::create();
+        Reference<ILogProcessor> basic = BasicLogWriter::create(utf8.get());
+        serial->addProcessor(basic.get());
+        Reference<AsyncProcessor> async = AsyncProcessor::create(serial.get(), 4);
+        Reference<Logger> logger = Logger::create();
+        logger->enableField(u"sequence", true);
+        logger->addProcessor(async.get());
+        Reference<SyncLogger> sync = SyncLogger::create(logger.get());
+        std::vector<std::thread> producers;
+        for (int t = 0; t < threads; ++t)
+            producers.emplace_back([&, t] {
+                for (int i = 0; i < perThread; ++i)
+                    sync->log(t, u"entry text");
+            });
+        for (auto& p : producers)
+            p.join();
+        sync.reset();
+        logger.reset();
+        async.reset();
+        // Workers may still be inside their last call; wait for the file.
+        ASSERT_TRUE(waitFor([&] {
+            std::string text = readFile(path);
+            size_t n = 0;
+            for (size_t at = text.find("-------------------------\n"); at != std::string::npos;
+                 at = text.find("-------------------------\n", at + 1))
+                ++n;
+            return n == static_cast<size_t>(threads * perThread);
+        }));
+    }
+    std::istringstream in(readFile(path));
+    std::set<int> sequences;
+    std::string line;
+    int level = -1, sequence = -1, entries = 0;
+    bool text = false;
+    while (std::getline(in, line)) {
+        if (line == "-------------------------") {
+            ASSERT_TRUE(text && level >= 0 && level < threads && sequence >= 0) << "entry " << entries;
+            EXPECT_TRUE(sequences.insert(sequence).second) << sequence;
+            ++entries;
+            level = sequence = -1;
+            text = false;
+        } else if (line.rfind("level=", 0) == 0) {
+            level = std::stoi(line.substr(6));
+        } else if (line.rfind("sequence=", 0) == 0) {
+            sequence = std::stoi(line.substr(9));
+        } else if (line == "text=entry text") {
+            text = true;
+        } else {
+            ADD_FAILURE() << "unexpected line " << line;
+            break;
+        }
+    }
+    EXPECT_EQ(entries, threads * perThread);
+    EXPECT_EQ(sequences.size(), static_cast<size_t>(threads * perThread));
+    EXPECT_EQ(*sequences.rbegin(), threads * perThread - 1);
+    std::remove(path.c_str());
+}
+
+namespace {
+
+class ComponentSink : public Object, public qv::log::qvcom::ILogProcessor {
+public:
+    Result code = 0;
+    int calls = 0;
+    Result seenHasText = -1;
+    Result QueryInterface(const GUID& iid, void** ppv) override { return Object::QueryInterface(iid, ppv); }
+    uint32_t AddRef() const override { return ComObject::AddRef(); }
+    uint32_t Release() const override { return ComObject::Release(); }
+    Result Process(qv::log::qvcom::ILogEntry* entry) override
+    {
+        ++calls;
+        seenHasText = entry->HasField(u"text");
+        return code;
+    }
+};
+
+// A native entry without the component face.
+class NativeOnlyEntry : public Object, public ILogEntry {
+public:
+    Result QueryInterface(const GUID& iid, void** ppv) override { return Object::QueryInterface(iid, ppv); }
+    uint32_t AddRef() const override { return ComObject::AddRef(); }
+    uint32_t Release() const override { return ComObject::Release(); }
+    void setField(const String&, const Object*) override {}
+    Reference<const Object> getField(const String&) const override { return nullptr; }
+    bool hasField(const String&) const override { return false; }
+    Reference<const collections::Set<String>> getFieldNames() const override
+    {
+        return Reference<const collections::Set<String>>(new collections::Set<String>());
+    }
+};
+
+} // namespace
+
+TEST(QvcomProcessorTest, ComponentFaceCodesAndMissingInterface)
+{
+    Reference<ComponentSink> sink(new ComponentSink());
+    Reference<ILogProcessor> bridge = qv::log::qvcom::QvcomProcessor::create(sink.get());
+    bridge->process(entryWith({{u"text", u"t"}}).get());
+    EXPECT_EQ(sink->calls, 1);
+    EXPECT_EQ(sink->seenHasText, 0);
+
+    sink->code = 1; // S_FALSE is a success
+    EXPECT_NO_THROW(bridge->process(entryWith({{u"x", u"t"}}).get()));
+    EXPECT_EQ(sink->seenHasText, 1);
+
+    sink->code = static_cast<Result>(0x80070005);
+    try {
+        bridge->process(entryWith({{u"text", u"t"}}).get());
+        ADD_FAILURE() << "no exception";
+    } catch (const ResultException& e) {
+        EXPECT_EQ(static_cast<uint32_t>(e.getResult()), 0x80070005u);
+    }
+
+    Reference<NativeOnlyEntry> native(new NativeOnlyEntry());
+    try {
+        bridge->process(native.get());
+        ADD_FAILURE() << "no exception";
+    } catch (const ResultException& e) {
+        EXPECT_EQ(static_cast<uint32_t>(e.getResult()), 0x80004002u);
+    }
+    EXPECT_EQ(sink->calls, 3);
+}
+
+TEST(LevelFilterProcessorTest, PassesLevelsAtOrAboveTheMinimum)
+{
+    Reference<logtest::CollectingProcessor> sink(new logtest::CollectingProcessor());
+    Reference<Logger> logger = Logger::create();
+    logger->addProcessor(LevelFilterProcessor::create(3, sink.get()).get());
+    for (int level : {-5, 2, 3, 4, 1000})
+        logger->log(level, u"m");
+    auto entries = sink->entries();
+    ASSERT_EQ(entries.size(), 3u);
+    EXPECT_EQ(field(entries[0].get(), u"level"), "3");
+    EXPECT_EQ(field(entries[2].get(), u"level"), "1000");
+
+    // Without a numeric level nothing is dropped.
+    Reference<ILogProcessor> filter = LevelFilterProcessor::create(3, sink.get());
+    filter->process(entryWith({{u"text", u"no level"}}).get());
+    filter->process(entryWith({{u"level", u"9"}}).get());
+    EXPECT_EQ(sink->count(), 5u);
+    EXPECT_THROW(LevelFilterProcessor::create(0, nullptr), ResultException);
+}
+
+TEST(AsyncProcessorTest, AllocationFailureInProcessQueuesNothing)
+{
+    if (!qvtest::allocationFaultsAvailable())
+        GTEST_SKIP() << "fault injection not built";
+    Reference<logtest::CollectingProcessor> sink(new logtest::CollectingProcessor());
+    Reference<AsyncProcessor> async = AsyncProcessor::create(sink.get(), 0);
+    Reference<Logger> logger = Logger::create(u"sweep");
+    logger->addProcessor(async.get());
+    qvtest::sweepAllocations([&] { logger->log(1, u"once"); });
+    async->process(entryWith({{u"text", u"last"}}).get());
+    logger.reset();
+    async.reset();
+    // Only the attempt that got through and the last entry arrive.
+    auto entries = sink->entries();
+    ASSERT_EQ(entries.size(), 2u);
+    EXPECT_EQ(field(entries[0].get(), u"text"), "once");
+    EXPECT_EQ(field(entries[1].get(), u"text"), "last");
+}
