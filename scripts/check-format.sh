@@ -5,7 +5,7 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/install-deps.sh clang-format
 dirs=()
-for d in include src tests bench fuzz examples; do
+for d in include src tests bench fuzz examples tools; do
     [ -d "$d" ] && dirs+=("$d")
 done
 mapfile -t files < <(find "${dirs[@]}" -type f \( -name '*.h' -o -name '*.hpp' -o -name '*.cpp' -o -name '*.c' \) | sort)

@@ -5,8 +5,16 @@
 #   scripts/test.sh thread [REGEX]      with ThreadSanitizer, only tests matching REGEX
 set -euo pipefail
 cd "$(dirname "$0")/.."
-scripts/install-deps.sh openssl curl iproute2 locales
-scripts/install-deps.sh libxml2-utils
+scripts/install-deps.sh openssl curl iproute2 locales libxml2-utils
+# The locale tests format numbers and dates in these two locales.
+for wanted in de_DE en_US; do
+  if ! locale -a 2>/dev/null | grep -qix "$wanted.utf8"; then
+    sudo_cmd=""; [ "$(id -u)" -ne 0 ] && sudo_cmd="sudo"
+    grep -q "^$wanted.UTF-8 UTF-8" /etc/locale.gen 2>/dev/null ||
+      echo "$wanted.UTF-8 UTF-8" | $sudo_cmd tee -a /etc/locale.gen >/dev/null
+    $sudo_cmd locale-gen >/dev/null
+  fi
+done
 sanitize="${1:-}"
 filter="${2:-}"
 dir=build/test
