@@ -21,8 +21,7 @@ using namespace qv::text::charset;
 
 constexpr size_t corpusBytes = 16u << 20;
 
-class Random
-{
+class Random {
 public:
     explicit Random(uint64_t seed) : m_state(seed) {}
     uint32_t next(uint32_t bound)
@@ -66,8 +65,8 @@ void trim(std::string& text)
     }
 }
 
-std::string words(const std::vector<const char*>& vocabulary, uint64_t seed,
-                  const std::vector<uint32_t>& extras = {}, uint32_t extraEvery = 0)
+std::string words(const std::vector<const char*>& vocabulary, uint64_t seed, const std::vector<uint32_t>& extras = {},
+                  uint32_t extraEvery = 0)
 {
     Random random(seed);
     std::string text;
@@ -91,32 +90,43 @@ std::string words(const std::vector<const char*>& vocabulary, uint64_t seed,
 
 std::string english()
 {
-    return words({"the", "of", "and", "to", "in", "a", "is", "that", "for", "it", "as", "was", "with", "be", "by",
-                  "on", "not", "he", "this", "are", "or", "his", "from", "at", "which", "but", "have", "an", "had",
-                  "they", "you", "were", "their", "one", "all", "we", "can", "her", "has", "there", "been", "if",
-                  "more", "when", "will", "would", "who", "so", "no", "river", "morning", "library", "government",
-                  "question", "understanding", "therefore", "character", "remembered", "afterwards", "Thursday"},
+    return words({"the",       "of",        "and",        "to",         "in",
+                  "a",         "is",        "that",       "for",        "it",
+                  "as",        "was",       "with",       "be",         "by",
+                  "on",        "not",       "he",         "this",       "are",
+                  "or",        "his",       "from",       "at",         "which",
+                  "but",       "have",      "an",         "had",        "they",
+                  "you",       "were",      "their",      "one",        "all",
+                  "we",        "can",       "her",        "has",        "there",
+                  "been",      "if",        "more",       "when",       "will",
+                  "would",     "who",       "so",         "no",         "river",
+                  "morning",   "library",   "government", "question",   "understanding",
+                  "therefore", "character", "remembered", "afterwards", "Thursday"},
                  1);
 }
 
 std::string latin()
 {
-    return words({"été", "déjà", "über", "Straße", "naïve", "façade", "garçon", "où", "père", "mère", "frère",
-                  "année", "élève", "château", "Müller", "Größe", "schön", "für", "Mädchen", "große", "niño",
-                  "mañana", "corazón", "canción", "información", "Łódź", "zażółć", "gęślą", "jaźń", "the", "and",
-                  "de", "la", "le", "et", "les", "des", "en", "un", "une", "du", "est", "pour", "que", "dans", "qui",
-                  "par", "pas", "sur", "plus", "die", "der", "und", "das", "ist", "nicht", "mit", "sich", "auf",
-                  "el", "los", "con", "para", "por", "una", "como", "pero", "sus", "maison", "travail", "Zeit"},
+    return words({"été",     "déjà",  "über",  "Straße", "naïve",   "façade",  "garçon",      "où",    "père",
+                  "mère",    "frère", "année", "élève",  "château", "Müller",  "Größe",       "schön", "für",
+                  "Mädchen", "große", "niño",  "mañana", "corazón", "canción", "información", "Łódź",  "zażółć",
+                  "gęślą",   "jaźń",  "the",   "and",    "de",      "la",      "le",          "et",    "les",
+                  "des",     "en",    "un",    "une",    "du",      "est",     "pour",        "que",   "dans",
+                  "qui",     "par",   "pas",   "sur",    "plus",    "die",     "der",         "und",   "das",
+                  "ist",     "nicht", "mit",   "sich",   "auf",     "el",      "los",         "con",   "para",
+                  "por",     "una",   "como",  "pero",   "sus",     "maison",  "travail",     "Zeit"},
                  2);
 }
 
 std::string cjk()
 {
     Random random(3);
-    const char16_t common[] = u"的一是不了人我在有他这为之大来以个中上们到说国和地也子时道出而要于就下得可你年生自会那后能对着事其"
-                              u"日本語東京大学電車新聞天気今朝彼女友達先生学校会社時間問題世界経済政治文化歴史言葉意味";
-    const char16_t kana[] = u"あいうえおかきくけこさしすせそたちつてとなにぬねのはひふへほまみむめもやゆよらりるれろわをん"
-                            u"アイウエオカキクケコサシスセソタチツテトナニヌネノハヒフヘホマミムメモラリルレロン";
+    const char16_t common[] =
+        u"的一是不了人我在有他这为之大来以个中上们到说国和地也子时道出而要于就下得可你年生自会那后能对着事其"
+        u"日本語東京大学電車新聞天気今朝彼女友達先生学校会社時間問題世界経済政治文化歴史言葉意味";
+    const char16_t kana[] =
+        u"あいうえおかきくけこさしすせそたちつてとなにぬねのはひふへほまみむめもやゆよらりるれろわをん"
+        u"アイウエオカキクケコサシスセソタチツテトナニヌネノハヒフヘホマミムメモラリルレロン";
     std::string text;
     while (text.size() < corpusBytes + 16) {
         const uint32_t r = random.next(100);
@@ -147,13 +157,13 @@ std::string emoji()
     }
     faces.push_back(0x2764);
     faces.push_back(0x2728);
-    return words({"so", "happy", "today", "lol", "see", "you", "soon", "party", "tonight", "love", "this", "omg",
-                  "thanks", "friends", "coffee", "weekend", "vibes", "best", "day", "ever", "good", "morning"},
+    return words({"so",      "happy", "today", "lol",  "see",    "you",     "soon",   "party",
+                  "tonight", "love",  "this",  "omg",  "thanks", "friends", "coffee", "weekend",
+                  "vibes",   "best",  "day",   "ever", "good",   "morning"},
                  4, faces, 2);
 }
 
-struct Corpus
-{
+struct Corpus {
     std::string utf8;
     std::u16string utf16;
 };
@@ -163,8 +173,8 @@ std::u16string toUtf16(const std::string& utf8)
     std::u16string out(utf8.size() + 1, u'\0');
     int32_t length = 0;
     UErrorCode status = U_ZERO_ERROR;
-    u_strFromUTF8(out.data(), static_cast<int32_t>(out.size()), &length, utf8.data(),
-                  static_cast<int32_t>(utf8.size()), &status);
+    u_strFromUTF8(out.data(), static_cast<int32_t>(out.size()), &length, utf8.data(), static_cast<int32_t>(utf8.size()),
+                  &status);
     out.resize(static_cast<size_t>(length));
     return out;
 }
@@ -360,8 +370,7 @@ int main(int argc, char** argv)
         benchmark::RegisterBenchmark(("singlebyte/" + k + "/CP437").c_str(), singleByteBenchmark<BTCCP437>, k, "CP437")
             ->Unit(benchmark::kMillisecond);
     }
-    benchmark::RegisterBenchmark("singlebyte/ascii/ASCII", singleByteBenchmark<BTCASCII>, std::string("latin"),
-                                 "ASCII")
+    benchmark::RegisterBenchmark("singlebyte/ascii/ASCII", singleByteBenchmark<BTCASCII>, std::string("latin"), "ASCII")
         ->Unit(benchmark::kMillisecond);
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();

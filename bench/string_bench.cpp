@@ -15,10 +15,9 @@ namespace {
 
 std::u16string words(size_t units, uint32_t seed)
 {
-    static const char16_t* const vocabulary[] = {u"the ",    u"buffer ", u"string ",  u"of ",      u"and ",
-                                                 u"copy ",   u"write ",  u"a ",       u"shared ",  u"text ",
-                                                 u"lock ",   u"units ",  u"reader ",  u"writer ",  u"in ",
-                                                 u"length ", u"to ",     u"search ",  u"format ",  u"hash "};
+    static const char16_t* const vocabulary[] = {
+        u"the ",  u"buffer ", u"string ", u"of ",     u"and ", u"copy ",   u"write ", u"a ",      u"shared ", u"text ",
+        u"lock ", u"units ",  u"reader ", u"writer ", u"in ",  u"length ", u"to ",    u"search ", u"format ", u"hash "};
     std::mt19937 random(seed);
     std::u16string out;
     while (out.size() < units)

@@ -30,8 +30,7 @@ inline void check(bool condition, const char* what)
 }
 
 // Split sizes and options taken from the front of the input.
-class Reader
-{
+class Reader {
 public:
     Reader(const uint8_t* data, size_t size) : m_data(data), m_size(size) {}
     uint8_t byte()
@@ -57,8 +56,7 @@ private:
 };
 
 template <typename Out>
-struct Result
-{
+struct Result {
     bool ok = false;
     std::basic_string<Out> output;
     bool operator==(const Result& other) const { return ok == other.ok && (!ok || output == other.output); }
@@ -130,7 +128,7 @@ inline Result<char16_t> decode(ByteToCharConverter& c, const std::string& bytes,
 {
     c.reset();
     return run<ByteToCharConverter, signed char, char16_t>(c, reinterpret_cast<const signed char*>(bytes.data()),
-                                                          static_cast<int32_t>(bytes.size()), inStep, outStep);
+                                                           static_cast<int32_t>(bytes.size()), inStep, outStep);
 }
 
 inline Result<signed char> encode(CharToByteConverter& c, const std::u16string& text, int inStep = 1 << 30,
@@ -138,7 +136,7 @@ inline Result<signed char> encode(CharToByteConverter& c, const std::u16string& 
 {
     c.reset();
     return run<CharToByteConverter, char16_t, signed char>(c, text.data(), static_cast<int32_t>(text.size()), inStep,
-                                                          outStep);
+                                                           outStep);
 }
 
 inline std::string bytesOf(const Result<signed char>& r)

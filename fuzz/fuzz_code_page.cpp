@@ -5,7 +5,7 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
-    static const uint32_t codePages[] = {1250, 1251, 1253, 1254, 1255, 1256, 1257, 1258, 737, 775,
+    static const uint32_t codePages[] = {1250, 1251, 1253, 1254, 1255, 1256, 1257, 1258, 737,  775,
                                          850,  852,  855,  857,  858,  862,  866,  932,  20932};
     fuzz::Reader reader(data, size);
     const uint8_t options = reader.byte();

@@ -41,8 +41,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 
     static const qv::net::URI base("http://a/b/c/d;p?q");
     const qv::net::URI target = base.resolve(uri);
-    check(qv::net::URI(target.toStdString()).toStdString() == target.toStdString(),
-          "resolved text does not read back");
+    check(qv::net::URI(target.toStdString()).toStdString() == target.toStdString(), "resolved text does not read back");
     (void)uri.getPath();
     (void)uri.getQuery();
     return 0;

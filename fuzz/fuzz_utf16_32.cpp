@@ -36,24 +36,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
     fuzz::Reader reader(data, size);
     switch (reader.byte() % 6) {
-    case 0:
-        exercise<fuzz::BTCUTF16LE, fuzz::CTBUTF16LE>(reader, true);
-        break;
-    case 1:
-        exercise<fuzz::BTCUTF16BE, fuzz::CTBUTF16BE>(reader, true);
-        break;
-    case 2:
-        exercise<fuzz::BTCUTF16, fuzz::CTBUTF16>(reader, false);
-        break;
-    case 3:
-        exercise<fuzz::BTCUTF32LE, fuzz::CTBUTF32LE>(reader, true);
-        break;
-    case 4:
-        exercise<fuzz::BTCUTF32BE, fuzz::CTBUTF32BE>(reader, true);
-        break;
-    default:
-        exercise<fuzz::BTCUTF32, fuzz::CTBUTF32>(reader, false);
-        break;
+    case 0: exercise<fuzz::BTCUTF16LE, fuzz::CTBUTF16LE>(reader, true); break;
+    case 1: exercise<fuzz::BTCUTF16BE, fuzz::CTBUTF16BE>(reader, true); break;
+    case 2: exercise<fuzz::BTCUTF16, fuzz::CTBUTF16>(reader, false); break;
+    case 3: exercise<fuzz::BTCUTF32LE, fuzz::CTBUTF32LE>(reader, true); break;
+    case 4: exercise<fuzz::BTCUTF32BE, fuzz::CTBUTF32BE>(reader, true); break;
+    default: exercise<fuzz::BTCUTF32, fuzz::CTBUTF32>(reader, false); break;
     }
     return 0;
 }

@@ -25,8 +25,8 @@ void runtimeCore()
     try {
         qv::Class::forName(u"qv::NoSuchThing");
     } catch (const qv::ClassNotFoundException& e) {
-        std::printf("unknown class: ClassNotFoundException(\"%s\"), code 0x%08X\n",
-                    e.getDescription().toUtf8().c_str(), static_cast<unsigned>(e.getResult()));
+        std::printf("unknown class: ClassNotFoundException(\"%s\"), code 0x%08X\n", e.getDescription().toUtf8().c_str(),
+                    static_cast<unsigned>(e.getResult()));
     }
 
     section("Exceptions become result codes at component boundaries");
@@ -57,8 +57,8 @@ void strings()
     copy.trim().toUpper();
     std::printf("original: [%s]\ntrimmed and upper-cased copy: [%s]\n", greeting.toUtf8().c_str(),
                 copy.toUtf8().c_str());
-    std::printf("indexOf(\"привет\", ignoring case) = %d, hashCode = 0x%08X\n",
-                copy.indexOf(u"привет", 0, true), copy.hashCode());
+    std::printf("indexOf(\"привет\", ignoring case) = %d, hashCode = 0x%08X\n", copy.indexOf(u"привет", 0, true),
+                copy.hashCode());
 
     section("Formatting and valueOf");
     qv::String line;
@@ -91,8 +91,8 @@ void numbers()
                 factorial.toString(16).toUtf8().c_str());
     qv::math::BigInteger two(2);
     std::printf("2^200    = %s\n", two.pow(200).toString().toUtf8().c_str());
-    qv::math::BigDecimal price(qv::String(u"19.99")), third = qv::math::BigDecimal(1).divide(
-        qv::math::BigDecimal(3), 10, qv::math::BigDecimal::ROUND_HALF_EVEN);
+    qv::math::BigDecimal price(qv::String(u"19.99")),
+        third = qv::math::BigDecimal(1).divide(qv::math::BigDecimal(3), 10, qv::math::BigDecimal::ROUND_HALF_EVEN);
     std::printf("19.99 * 3 = %s, 1/3 to 10 places = %s\n",
                 price.multiply(qv::math::BigDecimal(3)).toString().toUtf8().c_str(), third.toString().toUtf8().c_str());
 

@@ -149,7 +149,8 @@ QVCORE3_API QVRESULT QVEventDestroy(QVHANDLE handle) QVCORE3_NOEXCEPT;
 
 /* Counting semaphore. Wait, TryWait, Post and GetValue also accept a handle
    from QVNamedSemOpen. */
-QVCORE3_API QVRESULT QVSemaphoreCreate(uint32_t initialCount, const char* name, uint32_t flags, QVHANDLE* handle) QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVSemaphoreCreate(uint32_t initialCount, const char* name, uint32_t flags,
+                                       QVHANDLE* handle) QVCORE3_NOEXCEPT;
 QVCORE3_API QVRESULT QVSemaphoreWait(QVHANDLE handle) QVCORE3_NOEXCEPT;
 QVCORE3_API QVRESULT QVSemaphoreTryWait(QVHANDLE handle) QVCORE3_NOEXCEPT;
 QVCORE3_API QVRESULT QVSemaphorePost(QVHANDLE handle) QVCORE3_NOEXCEPT;
@@ -203,8 +204,8 @@ typedef struct STRUCT_QV_PROCESS_PIPES {
    rules; may be null. directory and environment (null-terminated array of
    "NAME=value") may be null to inherit. Never runs a shell. */
 QVCORE3_API QVRESULT QVProcessCreate(const char16_t* program, const char16_t* arguments, const char16_t* directory,
-                                     const char16_t* const* environment, uint32_t flags,
-                                     STRUCT_QV_PROCESS_PIPES* pipes, QVHANDLE* handle) QVCORE3_NOEXCEPT;
+                                     const char16_t* const* environment, uint32_t flags, STRUCT_QV_PROCESS_PIPES* pipes,
+                                     QVHANDLE* handle) QVCORE3_NOEXCEPT;
 /* Blocks until the child ends; the handle is then gone. A child killed by a
    signal reports 128 + the signal number. exitCode is optional. */
 QVCORE3_API QVRESULT QVProcessJoin(QVHANDLE handle, int32_t* exitCode) QVCORE3_NOEXCEPT;
@@ -257,7 +258,8 @@ QVCORE3_API QVRESULT QVModuleLibClose(QVHANDLE library) QVCORE3_NOEXCEPT;
    region at its size. Names of shared memory and named semaphores get a
    leading '/' when they lack one and may hold no other '/'. Unmapping when
    not mapped gives QV_E_ILLEGAL_METHOD_CALL; closing unmaps. */
-QVCORE3_API QVRESULT QVSharedMemOpen(const char* name, uint32_t size, uint32_t flags, QVHANDLE* handle) QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVSharedMemOpen(const char* name, uint32_t size, uint32_t flags,
+                                     QVHANDLE* handle) QVCORE3_NOEXCEPT;
 QVCORE3_API QVRESULT QVSharedMemMap(QVHANDLE handle, void** address) QVCORE3_NOEXCEPT;
 QVCORE3_API QVRESULT QVSharedMemUnmap(QVHANDLE handle) QVCORE3_NOEXCEPT;
 /* The bytes a map covers: the region's size when it was opened. */
@@ -355,10 +357,10 @@ QVCORE3_API int32_t QVSocketLayerShutdown(void) QVCORE3_NOEXCEPT;
 
 #define QV_FILE_READ 0x01u
 #define QV_FILE_WRITE 0x02u
-#define QV_FILE_CREATE 0x04u     /* create when missing (mode 0666 less the umask) */
-#define QV_FILE_TRUNCATE 0x08u   /* empty an existing file */
-#define QV_FILE_APPEND 0x10u     /* every write goes to the current end */
-#define QV_FILE_EXCLUSIVE 0x20u  /* with QV_FILE_CREATE: fail when it exists */
+#define QV_FILE_CREATE 0x04u    /* create when missing (mode 0666 less the umask) */
+#define QV_FILE_TRUNCATE 0x08u  /* empty an existing file */
+#define QV_FILE_APPEND 0x10u    /* every write goes to the current end */
+#define QV_FILE_EXCLUSIVE 0x20u /* with QV_FILE_CREATE: fail when it exists */
 
 /* Opens a file (never a directory: that is 0x80070015, EISDIR) with the
    descriptor closed on exec. Without QV_FILE_WRITE it is opened for reading. */
@@ -377,10 +379,10 @@ QVCORE3_API QVRESULT QVFileSeek(int32_t fd, int64_t offset, int32_t origin, int6
 #define QV_FILE_TYPE_PIPE 4u
 #define QV_FILE_TYPE_SOCKET 5u
 typedef struct STRUCT_QV_FILE_STATUS {
-    int64_t size;          /* bytes, for regular files */
-    int64_t modified;      /* seconds since the POSIX epoch */
-    uint32_t type;         /* QV_FILE_TYPE_... */
-    uint32_t permissions;  /* the nine rwx bits */
+    int64_t size;         /* bytes, for regular files */
+    int64_t modified;     /* seconds since the POSIX epoch */
+    uint32_t type;        /* QV_FILE_TYPE_... */
+    uint32_t permissions; /* the nine rwx bits */
 } STRUCT_QV_FILE_STATUS;
 QVCORE3_API QVRESULT QVFileGetStatus(int32_t fd, STRUCT_QV_FILE_STATUS* status) QVCORE3_NOEXCEPT;
 
@@ -493,8 +495,8 @@ QVCORE3_API QVRESULT QVRegistryCloseKey(QVHANDLE key) QVCORE3_NOEXCEPT;
 QVCORE3_API QVRESULT QVRegistryDeleteKey(QVHANDLE parent, const char16_t* subKey) QVCORE3_NOEXCEPT;
 /* String values. name null or empty: the key's default value. length -1: value
    is NUL-terminated; otherwise it may hold NULs. At most 16M units. */
-QVCORE3_API QVRESULT QVRegistrySetValue(QVHANDLE key, const char16_t* name, const char16_t* value, int32_t length)
-    QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVRegistrySetValue(QVHANDLE key, const char16_t* name, const char16_t* value,
+                                        int32_t length) QVCORE3_NOEXCEPT;
 /* Copies the value and a NUL into buffer (capacity units). When it does not
    fit, QV_E_BUFFER_TOO_SMALL and nothing is copied; *length (optional) is
    the value's length without the NUL either way. buffer may be null with
@@ -541,16 +543,16 @@ QVCORE3_API QVRESULT QVComClassIDFromProgID(const char16_t* progId, GUID* clsid)
    module's own code (QV_E_CLASSNOTAVAILABLE when it lacks the class). */
 QVCORE3_API QVRESULT QVModuleComCreateObject(QVHANDLE module, const GUID* clsid, void* outer, const GUID* iid,
                                              void** object) QVCORE3_NOEXCEPT;
-QVCORE3_API QVRESULT QVComCreateObjectByProgID(const char16_t* progId, void* outer, const GUID* iid, void** object)
-    QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVComCreateObjectByProgID(const char16_t* progId, void* outer, const GUID* iid,
+                                               void** object) QVCORE3_NOEXCEPT;
 /* Unloads every module that QVModuleComCreateObject loaded and whose
    DllCanUnloadNow now returns 0; nothing is ever unloaded otherwise. *freed
    (optional): how many went. */
 QVCORE3_API QVRESULT QVComFreeUnusedLibraries(uint32_t* freed) QVCORE3_NOEXCEPT;
 /* The file of a module handle (from QVModuleGetHandle), NUL-terminated, with
    the QV_E_BUFFER_TOO_SMALL rule of QVRegistryGetValue. */
-QVCORE3_API QVRESULT QVModuleGetFileName(QVHANDLE module, char16_t* path, int32_t capacity, int32_t* length)
-    QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVModuleGetFileName(QVHANDLE module, char16_t* path, int32_t capacity,
+                                         int32_t* length) QVCORE3_NOEXCEPT;
 /* ---- files by path ------------------------------------------------------- */
 /* Paths are narrow text as the file system takes it; files are opened with
    QVFileOpen and forced to disk with QVFileSync above. */
@@ -561,7 +563,6 @@ typedef struct {
     uint32_t mode;               /* permission bits */
     int32_t isDirectory;
 } STRUCT_QV_PATH_STATUS;
-
 
 /* Follows symbolic links. */
 QVCORE3_API QVRESULT QVPathGetStatus(const char* path, STRUCT_QV_PATH_STATUS* status) QVCORE3_NOEXCEPT;

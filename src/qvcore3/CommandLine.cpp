@@ -2,7 +2,6 @@
 
 #include <cstddef>
 
-
 namespace {
 
 bool IsSeparator(char16_t unit) noexcept
@@ -106,7 +105,8 @@ extern "C" QVRESULT QVCommandLineSplit(const char16_t* commandLine, char16_t*** 
     if (!block) {
         return QV_E_OUTOFMEMORY;
     }
-    Writer writer{static_cast<char16_t**>(block), reinterpret_cast<char16_t*>(static_cast<char*>(block) + pointerBytes)};
+    Writer writer{static_cast<char16_t**>(block),
+                  reinterpret_cast<char16_t*>(static_cast<char*>(block) + pointerBytes)};
     Walk(commandLine, writer);
     writer.pointers[counter.arguments] = nullptr;
     *argv = writer.pointers;

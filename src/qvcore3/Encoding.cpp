@@ -40,10 +40,8 @@ size_t EncodedSize(Narrow narrow, char32_t cp) noexcept
     }
     switch (narrow) {
     case Narrow::Utf8: return static_cast<size_t>(qvutf::utf8Length(cp));
-    case Narrow::Latin1:
-        return cp <= 0xFF ? 1 : 0;
-    case Narrow::Ascii:
-        break;
+    case Narrow::Latin1: return cp <= 0xFF ? 1 : 0;
+    case Narrow::Ascii: break;
     }
     return cp < 0x80 ? 1 : 0;
 }

@@ -116,4 +116,3 @@ extern "C" QVRESULT QVFileClose(int32_t fd) noexcept
     }
     return qvcore3::FaultCheck(qvcore3::FaultOp::QVFileClose);
 }
-

@@ -24,8 +24,8 @@ constexpr unsigned kGenerationShift = 41;
 
 constexpr uint64_t MakeWord(uint32_t generation, Kind kind, bool alive) noexcept
 {
-    return (static_cast<uint64_t>(generation) << kGenerationShift) |
-           (static_cast<uint64_t>(kind) << kKindShift) | (alive ? kAlive : 0);
+    return (static_cast<uint64_t>(generation) << kGenerationShift) | (static_cast<uint64_t>(kind) << kKindShift) |
+           (alive ? kAlive : 0);
 }
 constexpr uint32_t WordGeneration(uint64_t word) noexcept
 {
@@ -225,8 +225,7 @@ HandleRef::HandleRef(QVHANDLE handle, uint32_t kindMask) noexcept
         if (!(word & kAlive) || WordGeneration(word) != generation || !((1u << WordKind(word)) & kindMask)) {
             return;
         }
-        if (slot->word.compare_exchange_weak(word, word + 1, std::memory_order_acquire,
-                                             std::memory_order_acquire)) {
+        if (slot->word.compare_exchange_weak(word, word + 1, std::memory_order_acquire, std::memory_order_acquire)) {
             break;
         }
     }

@@ -5,8 +5,8 @@
 
 #include <dlfcn.h>
 #include <limits.h>
-#include <stdlib.h>
 #include <pthread.h>
+#include <stdlib.h>
 #include <sys/stat.h>
 #include <unistd.h>
 

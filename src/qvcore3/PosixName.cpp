@@ -13,8 +13,8 @@ QVRESULT MakePosixName(const char* name, PosixName* out) noexcept
         ++name;
     }
     const size_t length = std::strlen(name);
-    if (length == 0 || length > kPosixNameMax || std::strchr(name, '/') != nullptr ||
-        std::strcmp(name, ".") == 0 || std::strcmp(name, "..") == 0) {
+    if (length == 0 || length > kPosixNameMax || std::strchr(name, '/') != nullptr || std::strcmp(name, ".") == 0 ||
+        std::strcmp(name, "..") == 0) {
         return QV_E_INVALIDARG;
     }
     out->text[0] = '/';

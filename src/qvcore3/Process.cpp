@@ -275,8 +275,8 @@ bool ValidEnvironment(const char16_t* const* environment, size_t* count) noexcep
 // emptied and every signal disposition reset to the default, so a parent that
 // ignores SIGPIPE does not pass that on.
 extern "C" QVRESULT QVProcessCreate(const char16_t* program, const char16_t* arguments, const char16_t* directory,
-                                    const char16_t* const* environment, uint32_t flags,
-                                    STRUCT_QV_PROCESS_PIPES* pipes, QVHANDLE* handle) noexcept
+                                    const char16_t* const* environment, uint32_t flags, STRUCT_QV_PROCESS_PIPES* pipes,
+                                    QVHANDLE* handle) noexcept
 {
     if (!program || !handle || ((flags & kPipeFlags) != 0 && !pipes)) {
         return QV_E_POINTER;
@@ -287,8 +287,7 @@ extern "C" QVRESULT QVProcessCreate(const char16_t* program, const char16_t* arg
     size_t environmentCount = 0;
     const bool mergeError = (flags & QV_PROCESS_MERGE_STDERR) != 0;
     if ((flags & ~(kPipeFlags | QV_PROCESS_MERGE_STDERR)) != 0 || (mergeError && (flags & QV_PROCESS_PIPE_STDERR)) ||
-        *program == 0 ||
-        (environment && !ValidEnvironment(environment, &environmentCount))) {
+        *program == 0 || (environment && !ValidEnvironment(environment, &environmentCount))) {
         return QV_E_INVALIDARG;
     }
     QV_FAULT_POINT(QVProcessCreate);

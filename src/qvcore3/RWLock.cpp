@@ -93,12 +93,14 @@ extern "C" QVRESULT QVRWLockCreate(const char* name, uint32_t flags, QVHANDLE* h
 
 extern "C" QVRESULT QVRWLockAcquireRead(QVHANDLE handle) noexcept
 {
-    return OnLock(handle, FaultOp::QVRWLockAcquireRead, [](RWLockObject& lock) { return lock.acquired(pthread_rwlock_rdlock(&lock.m_lock), false); });
+    return OnLock(handle, FaultOp::QVRWLockAcquireRead,
+                  [](RWLockObject& lock) { return lock.acquired(pthread_rwlock_rdlock(&lock.m_lock), false); });
 }
 
 extern "C" QVRESULT QVRWLockTryAcquireRead(QVHANDLE handle) noexcept
 {
-    return OnLock(handle, FaultOp::QVRWLockTryAcquireRead, [](RWLockObject& lock) { return lock.acquired(pthread_rwlock_tryrdlock(&lock.m_lock), false); });
+    return OnLock(handle, FaultOp::QVRWLockTryAcquireRead,
+                  [](RWLockObject& lock) { return lock.acquired(pthread_rwlock_tryrdlock(&lock.m_lock), false); });
 }
 
 extern "C" QVRESULT QVRWLockReleaseRead(QVHANDLE handle) noexcept
@@ -108,12 +110,14 @@ extern "C" QVRESULT QVRWLockReleaseRead(QVHANDLE handle) noexcept
 
 extern "C" QVRESULT QVRWLockAcquireWrite(QVHANDLE handle) noexcept
 {
-    return OnLock(handle, FaultOp::QVRWLockAcquireWrite, [](RWLockObject& lock) { return lock.acquired(pthread_rwlock_wrlock(&lock.m_lock), true); });
+    return OnLock(handle, FaultOp::QVRWLockAcquireWrite,
+                  [](RWLockObject& lock) { return lock.acquired(pthread_rwlock_wrlock(&lock.m_lock), true); });
 }
 
 extern "C" QVRESULT QVRWLockTryAcquireWrite(QVHANDLE handle) noexcept
 {
-    return OnLock(handle, FaultOp::QVRWLockTryAcquireWrite, [](RWLockObject& lock) { return lock.acquired(pthread_rwlock_trywrlock(&lock.m_lock), true); });
+    return OnLock(handle, FaultOp::QVRWLockTryAcquireWrite,
+                  [](RWLockObject& lock) { return lock.acquired(pthread_rwlock_trywrlock(&lock.m_lock), true); });
 }
 
 extern "C" QVRESULT QVRWLockReleaseWrite(QVHANDLE handle) noexcept

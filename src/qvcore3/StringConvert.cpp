@@ -35,7 +35,6 @@ bool IsSpace(char16_t unit) noexcept
     return unit == u' ' || (unit >= u'\t' && unit <= u'\r');
 }
 
-
 // Made once, never freed: strtod_l may run from other libraries' static
 // destructors.
 locale_t CLocale() noexcept

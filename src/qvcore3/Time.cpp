@@ -80,19 +80,14 @@ extern "C" QVRESULT QVTimeFormat(const STRUCT_QV_TIME* time, int32_t part, char*
     }
     const char* format = nullptr;
     switch (part) {
-    case QV_TIME_FORMAT_TIME:
-        format = "%X";
-        break;
-    case QV_TIME_FORMAT_SHORTDATE:
-        format = "%x";
-        break;
+    case QV_TIME_FORMAT_TIME: format = "%X"; break;
+    case QV_TIME_FORMAT_SHORTDATE: format = "%x"; break;
     case QV_TIME_FORMAT_LONGDATE:
         // The C library has no long date of the locale; this form takes the
         // locale's names for the weekday and the month.
         format = "%A, %d %B %Y";
         break;
-    default:
-        return QV_E_INVALIDARG;
+    default: return QV_E_INVALIDARG;
     }
     QV_FAULT_POINT(QVTimeFormat);
     tm broken{};

@@ -29,7 +29,6 @@ std::u16string encoderName(const char16_t* name)
     return CharToByteConverter::getConverter(name)->getEncodingName();
 }
 
-
 constexpr Result kFail = static_cast<Result>(0x80004005u);
 constexpr Result kInvalidArg = static_cast<Result>(0x80070057u);
 constexpr Result kTooSmall = static_cast<Result>(0x80004009u);
@@ -112,8 +111,7 @@ public:
     int32_t convert(const signed char*, int32_t*, int32_t, char16_t*, int32_t*, int32_t) override { return 0; }
 };
 
-class WrongDirection : public BTCASCII {
-};
+class WrongDirection : public BTCASCII {};
 
 } // namespace
 
@@ -161,8 +159,8 @@ TEST(EncodingInfo, LooksUpByCodePageAndName)
     EXPECT_EQ(std::u16string(info.name), u"EUCJP");
 
     const std::pair<const char16_t*, uint32_t> names[] = {
-        {u"utf-8", 65001},  {u"cp437", 437},   {u"WINDOWS-1250", 1250}, {u"windows-1258", 1258},
-        {u"MS932", 932},    {u"EUC-JP", 20932}, {u"euc_jp", 20932},     {u"ascii", 20127}};
+        {u"utf-8", 65001}, {u"cp437", 437},    {u"WINDOWS-1250", 1250}, {u"windows-1258", 1258},
+        {u"MS932", 932},   {u"EUC-JP", 20932}, {u"euc_jp", 20932},      {u"ascii", 20127}};
     for (const auto& name : names) {
         ASSERT_EQ(QVGetEncInfoByName(name.first, &info), 0) << String(name.first).toUtf8();
         EXPECT_EQ(info.codePage, name.second);

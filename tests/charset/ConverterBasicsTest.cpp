@@ -110,11 +110,11 @@ TEST(CharsetBasics, NamesAndSizesDescribeTheEncoding)
 TEST(CharsetBasics, ConvertersAreRegisteredLibraryObjects)
 {
     const std::pair<const char16_t*, const char16_t*> creatable[] = {
-        {u"BTCUTF8", u"UTF-8"},        {u"CTBUTF8", u"UTF-8"},         {u"BTCUTF16LE", u"UTF-16LE"},
-        {u"CTBUTF16BE", u"UTF-16BE"},  {u"BTCUTF16", u"UTF-16"},       {u"CTBUTF32LE", u"UTF-32LE"},
-        {u"BTCUTF32BE", u"UTF-32BE"},  {u"CTBUTF32", u"UTF-32"},       {u"BTCASCII", u"ASCII"},
-        {u"CTBISO8859_1", u"ISO8859_1"}, {u"BTCCP437", u"CP437"},      {u"CTBCP1252", u"CP1252"},
-        {u"BTCAMP7", u"AMP-7"},        {u"CTBAMP7", u"AMP-7"},
+        {u"BTCUTF8", u"UTF-8"},          {u"CTBUTF8", u"UTF-8"},   {u"BTCUTF16LE", u"UTF-16LE"},
+        {u"CTBUTF16BE", u"UTF-16BE"},    {u"BTCUTF16", u"UTF-16"}, {u"CTBUTF32LE", u"UTF-32LE"},
+        {u"BTCUTF32BE", u"UTF-32BE"},    {u"CTBUTF32", u"UTF-32"}, {u"BTCASCII", u"ASCII"},
+        {u"CTBISO8859_1", u"ISO8859_1"}, {u"BTCCP437", u"CP437"},  {u"CTBCP1252", u"CP1252"},
+        {u"BTCAMP7", u"AMP-7"},          {u"CTBAMP7", u"AMP-7"},
     };
     for (const auto& c : creatable) {
         const Text name = Text(u"qv::text::charset::") + c.first;
@@ -128,8 +128,7 @@ TEST(CharsetBasics, ConvertersAreRegisteredLibraryObjects)
         EXPECT_TRUE(Text(decoder ? decoder->getEncodingName() : encoder->getEncodingName()) == c.second);
     }
     // The code pages need their number and the bases are abstract.
-    EXPECT_THROW(qv::Class::forName(u"qv::text::charset::BTCCodePage")->createInstance(),
-                 qv::IllegalAccessException);
+    EXPECT_THROW(qv::Class::forName(u"qv::text::charset::BTCCodePage")->createInstance(), qv::IllegalAccessException);
     EXPECT_THROW(qv::Class::forName(u"qv::text::charset::ByteToCharConverter")->createInstance(),
                  qv::IllegalAccessException);
     BTCCodePage cp866(866);

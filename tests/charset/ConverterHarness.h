@@ -144,8 +144,7 @@ inline Text utf16(std::initializer_list<char32_t> cps)
     return t;
 }
 
-struct Codec
-{
+struct Codec {
     std::string name;
     std::function<std::unique_ptr<ByteToCharConverter>()> decoder;
     std::function<std::unique_ptr<CharToByteConverter>()> encoder;
@@ -155,16 +154,14 @@ struct Codec
 std::vector<Codec> allCodecs();
 
 // The code pages converted through iconv, with the names iconv knows them by.
-struct CodePageName
-{
+struct CodePageName {
     uint32_t codePage;
     const char* iconvName;
 };
 const std::vector<CodePageName>& codePageNames();
 
 // glibc's iconv as an independent oracle.
-class IconvOracle
-{
+class IconvOracle {
 public:
     IconvOracle(const char* from, const char* to);
     ~IconvOracle();

@@ -27,8 +27,7 @@ Text fromUtf16le(const std::string& bytes)
     return text;
 }
 
-struct LegacyCodec
-{
+struct LegacyCodec {
     std::string iconvName;
     Codec codec;
     bool byTable;
@@ -48,11 +47,11 @@ std::vector<LegacyCodec> legacyCodecs()
     }
     for (const CodePageName& cp : codePageNames()) {
         const uint32_t number = cp.codePage;
-        result.push_back({cp.iconvName,
-                          Codec{cp.iconvName,
-                                [number] { return std::unique_ptr<ByteToCharConverter>(new BTCCodePage(number)); },
-                                [number] { return std::unique_ptr<CharToByteConverter>(new CTBCodePage(number)); }},
-                          false});
+        result.push_back(
+            {cp.iconvName,
+             Codec{cp.iconvName, [number] { return std::unique_ptr<ByteToCharConverter>(new BTCCodePage(number)); },
+                   [number] { return std::unique_ptr<CharToByteConverter>(new CTBCodePage(number)); }},
+             false});
     }
     return result;
 }

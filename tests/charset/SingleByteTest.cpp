@@ -9,7 +9,8 @@ namespace {
 TEST(CharsetSingleByte, UndefinedBytesFollowTheSubstitutionRules)
 {
     BTCCP1252 decoder;
-    const Bytes bytes = "a\x81" "b\x9D";
+    const Bytes bytes = "a\x81"
+                        "b\x9D";
     EXPECT_TRUE(decodeAll(decoder, bytes) == u"a\uFFFDb\uFFFD");
 
     decoder.setSubstitutionChars(u"?", 1);
@@ -45,7 +46,10 @@ TEST(CharsetSingleByte, UnmappableCharactersFollowTheSubstitutionRulesAndAPairIs
 
     const signed char sub[] = {0x1A};
     encoder.setSubstitutionBytes(sub, 1);
-    EXPECT_EQ("a\x1A" "b\x1A" "c", encodeAll(encoder, text));
+    EXPECT_EQ("a\x1A"
+              "b\x1A"
+              "c",
+              encodeAll(encoder, text));
     const signed char two[] = {'<', '>'};
     encoder.setSubstitutionBytes(two, 2);
     EXPECT_EQ("abc", encodeAll(encoder, text));
@@ -107,7 +111,9 @@ TEST(CharsetSingleByte, LoneSurrogatesAreMalformedEvenWithSubstitutionOn)
     CTBCP437 encoder;
     EXPECT_THROW(encodeAll(encoder, u"a\xDC00"), InvalidCharacterException);
     encoder.reset();
-    EXPECT_THROW(encodeAll(encoder, u"a\xD800" "b"), InvalidCharacterException);
+    EXPECT_THROW(encodeAll(encoder, u"a\xD800"
+                                    "b"),
+                 InvalidCharacterException);
     encoder.reset();
     EXPECT_THROW(encodeAll(encoder, u"a\xD800"), InvalidCharacterException);
 }

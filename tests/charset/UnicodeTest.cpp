@@ -223,8 +223,10 @@ TEST(CharsetUnicodeEncoders, LoneSurrogatesAreMalformedInEveryUnicodeForm)
         }
         SCOPED_TRACE(codec.name);
         auto encoder = codec.encoder();
-        for (const Text& text : {Text(u"a\xDC00"), Text(u"\xD800" "b"), Text(u"\xD800\xD800\xDC00"),
-                                 Text(u"\xDBFF\U0001F389")}) {
+        for (const Text& text : {Text(u"a\xDC00"),
+                                 Text(u"\xD800"
+                                      "b"),
+                                 Text(u"\xD800\xD800\xDC00"), Text(u"\xDBFF\U0001F389")}) {
             for (int step : {INT_MAX, 1}) {
                 encoder->reset();
                 EXPECT_THROW(encodeAll(*encoder, text, step), InvalidCharacterException);

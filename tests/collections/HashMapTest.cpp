@@ -419,9 +419,9 @@ TEST(CollectionClasses, RegisteredByName)
     HashMap* map = dynamic_cast<HashMap*>(made);
     ASSERT_NE(map, nullptr);
     EXPECT_EQ(map->getCapacity(), 101);
-    for (const char16_t* name : {u"qv::collections::qvcom::ArrayList", u"qv::collections::qvcom::LinkedList",
-                                 u"qv::collections::qvcom::HashSet", u"qv::collections::StringHashMap",
-                                 u"qv::collections::Str1HashMapLC"}) {
+    for (const char16_t* name :
+         {u"qv::collections::qvcom::ArrayList", u"qv::collections::qvcom::LinkedList",
+          u"qv::collections::qvcom::HashSet", u"qv::collections::StringHashMap", u"qv::collections::Str1HashMapLC"}) {
         Reference<Object> object(Class::forName(name)->createInstance());
         EXPECT_EQ(String(Class::forName(name)->getName()), String(name));
         EXPECT_TRUE(Class::forName(name)->isInstance(*object));

@@ -2,7 +2,6 @@
 
 #include <qvcore3/qvcore3.h>
 
-
 namespace qvtest {
 
 QV_BEGIN_INTERFACE_MAP(FailingComparator)

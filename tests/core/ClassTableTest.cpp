@@ -19,8 +19,7 @@ namespace {
 std::string demangled(const std::type_info& type)
 {
     int status = 0;
-    std::unique_ptr<char, void (*)(void*)> name(abi::__cxa_demangle(type.name(), nullptr, nullptr, &status),
-                                                std::free);
+    std::unique_ptr<char, void (*)(void*)> name(abi::__cxa_demangle(type.name(), nullptr, nullptr, &status), std::free);
     return status == 0 ? std::string(name.get()) : std::string(type.name());
 }
 
@@ -30,8 +29,7 @@ TEST(ClassTable, EveryRowNamesItsOwnTypeAndIsRegisteredFirstWins)
 {
     std::set<std::string> seen;
     int rows = 0;
-    for (const qv::detail::ClassTableRow* const* fragment = qv::detail::g_classTableFragments; *fragment;
-         ++fragment) {
+    for (const qv::detail::ClassTableRow* const* fragment = qv::detail::g_classTableFragments; *fragment; ++fragment) {
         for (const qv::detail::ClassTableRow* row = *fragment; row->type; ++row, ++rows) {
             std::string name = qv::String(row->name).toUtf8();
             std::string typeName = demangled(*row->type);

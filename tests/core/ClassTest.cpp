@@ -11,8 +11,7 @@
 
 namespace {
 
-class Unregistered : public qv::Object {
-};
+class Unregistered : public qv::Object {};
 
 qv::Object* makeObject()
 {
@@ -107,8 +106,8 @@ TEST(Object, IdentityComparisonHashAndText)
 TEST(Class, LibraryClassesAreRegisteredUnderTheirQualifiedNames)
 {
     // Classes from several areas: typedef'd template instances included.
-    const char16_t* names[] = {u"qv::String", u"qv::util::RWCharBuffer", u"qv::util::MTByteBuffer",
-                               u"qv::sync::Mutex", u"qv::io::UnexpectedEOFException"};
+    const char16_t* names[] = {u"qv::String", u"qv::util::RWCharBuffer", u"qv::util::MTByteBuffer", u"qv::sync::Mutex",
+                               u"qv::io::UnexpectedEOFException"};
     for (const char16_t* name : names) {
         const qv::Class* cls = qv::Class::forName(name);
         qv::Reference<qv::Object> made(cls->createInstance());

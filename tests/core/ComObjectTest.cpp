@@ -48,17 +48,16 @@ public:
 };
 
 QV_BEGIN_INTERFACE_MAP(Widget)
-QV_INTERFACE_ENTRY(Widget, IFirst)
-{&kByFunction, reinterpret_cast<uintptr_t>(&answerWithSecond), qv::qvcom::interfaceOffset<Widget, ISecond>()},
+QV_INTERFACE_ENTRY(Widget, IFirst){&kByFunction, reinterpret_cast<uintptr_t>(&answerWithSecond),
+                                   qv::qvcom::interfaceOffset<Widget, ISecond>()},
     {&kFailingFunction, reinterpret_cast<uintptr_t>(&failWith), static_cast<uintptr_t>(0x80070057u)},
     // A chaining row that fails must not stop the walk...
     {nullptr, reinterpret_cast<uintptr_t>(&failWith), static_cast<uintptr_t>(0x80004005u)},
     QV_INTERFACE_ENTRY(Widget, ISecond)
     // ...and the base's rows are still reached after it.
-    QV_INTERFACE_CHAIN(qv::Object)
-QV_END_INTERFACE_MAP()
+    QV_INTERFACE_CHAIN(qv::Object) QV_END_INTERFACE_MAP()
 
-class Bare : public qv::ComObject {
+        class Bare : public qv::ComObject {
 public:
     static const qv::qvcom::InterfaceData* GetComIntfMap()
     {

@@ -22,8 +22,7 @@ using qv::Reference;
 using qv::exec::Process;
 
 std::unique_ptr<Process> startChild(const std::string& arguments, unsigned flags = Process::PIPE_ALL,
-                                    const char16_t* const* environment = nullptr,
-                                    const char16_t* directory = nullptr)
+                                    const char16_t* const* environment = nullptr, const char16_t* directory = nullptr)
 {
     return std::make_unique<Process>(childProgram().c_str(), utf16(arguments).c_str(), directory, environment, flags);
 }
@@ -165,8 +164,7 @@ TEST(ProcessStreams, WritingToAChildThatEndedThrowsWriteError)
     EXPECT_EQ(gone.type, "IoException");
     EXPECT_EQ(gone.message, "stream write error");
     child->getOutputStream()->close();
-    EXPECT_EQ(thrownBy([&] { child->getOutputStream()->write(static_cast<signed char>(1)); }).message,
-              "stream closed");
+    EXPECT_EQ(thrownBy([&] { child->getOutputStream()->write(static_cast<signed char>(1)); }).message, "stream closed");
     EXPECT_EQ(thrownBy([&] { child->getOutputStream()->write("x", -1); }).code, code(0x80070057));
     child->getOutputStream()->write("", 0); // nothing to write: no error, even closed
 }

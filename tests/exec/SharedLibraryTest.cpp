@@ -20,8 +20,8 @@ TEST(SharedLibrary, LoadsAnObjectAndFindsItsSymbols)
         Answer answer = reinterpret_cast<Answer>(library.getSymbol(u"qvTestPluginAnswer"));
         ASSERT_NE(answer, nullptr);
         EXPECT_EQ(answer(), 42);
-        const unsigned short name[] = {'q', 'v', 'T', 'e', 's', 't', 'P', 'l', 'u', 'g', 'i', 'n',
-                                       'A', 'n', 's', 'w', 'e', 'r', 0};
+        const unsigned short name[] = {'q', 'v', 'T', 'e', 's', 't', 'P', 'l', 'u', 'g',
+                                       'i', 'n', 'A', 'n', 's', 'w', 'e', 'r', 0};
         EXPECT_EQ(library.getSymbol(name), reinterpret_cast<void*>(answer));
 
         auto missing = thrownBy([&] { library.getSymbol(u"qvNoSuchSymbol"); });

@@ -29,8 +29,7 @@ class WatchedRunnable : public Runnable {
 public:
     WatchedRunnable(std::function<void()> body, std::atomic<bool>* destroyed)
         : Runnable(std::move(body)), m_destroyed(destroyed)
-    {
-    }
+    {}
     ~WatchedRunnable() override { m_destroyed->store(true); }
 
 private:

@@ -84,9 +84,10 @@ TEST(SharedMemory, ParentAndChildCountUnderTheSemaphoreWithoutLosingAnIncrement)
     volatile long* counter = static_cast<volatile long*>(memory.getAddress());
     const long times = 100000;
 
-    qv::exec::Process child(childProgram().c_str(),
-                            utf16("count " + semaphoreName + " " + memoryName.name + " " + std::to_string(times)).c_str(),
-                            nullptr, nullptr, 0);
+    qv::exec::Process child(
+        childProgram().c_str(),
+        utf16("count " + semaphoreName + " " + memoryName.name + " " + std::to_string(times)).c_str(), nullptr, nullptr,
+        0);
     for (long i = 0; i < times; ++i) {
         lock.wait();
         *counter = *counter + 1;

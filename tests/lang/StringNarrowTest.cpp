@@ -23,7 +23,6 @@ std::string bytesOf(const String& text, const char16_t* encoding)
     return std::string(reinterpret_cast<const char*>(buffer.GetData()), static_cast<size_t>(buffer.GetLength()));
 }
 
-
 constexpr qv::Result kTooSmall = static_cast<qv::Result>(0x80004009u);
 
 } // namespace
@@ -31,7 +30,8 @@ constexpr qv::Result kTooSmall = static_cast<qv::Result>(0x80004009u);
 TEST(StringNarrow, RoundTripsThroughEncodings)
 {
     const String mixed(u"Grüße, Ελλάδα \U0001F600");
-    const char utf8[] = "Gr\xC3\xBC\xC3\x9F" "e, \xCE\x95\xCE\xBB\xCE\xBB\xCE\xAC\xCE\xB4\xCE\xB1 \xF0\x9F\x98\x80";
+    const char utf8[] = "Gr\xC3\xBC\xC3\x9F"
+                        "e, \xCE\x95\xCE\xBB\xCE\xBB\xCE\xAC\xCE\xB4\xCE\xB1 \xF0\x9F\x98\x80";
     EXPECT_EQ(bytesOf(mixed, u"UTF-8"), std::string(utf8));
     EXPECT_EQ(String(utf8, -1, u"utf-8"), mixed);
 
@@ -84,7 +84,8 @@ TEST(StringNarrow, BadInputThrowsAndKeepsTheText)
     EXPECT_EQ(kept, String(u"kept"));
     EXPECT_THROW(kept.getBytes(u"no-such"), UnknownEncodingException);
 
-    String lone(u"a\xD800" u"b");
+    String lone(u"a\xD800"
+                u"b");
     qv::util::RWByteBuffer buffer("previous", 8);
     EXPECT_THROW(lone.getBytes(&buffer, u"UTF-8"), InvalidCharacterException);
     EXPECT_EQ(buffer.GetLength(), 8);
@@ -96,7 +97,8 @@ TEST(StringNarrow, UnmappableCharactersAreSubstituted)
     String euro(u"a€b");
     EXPECT_STREQ(euro.getBytes(u"ISO8859_1"), "a?b");
     EXPECT_STREQ(euro.getBytes(u"ASCII"), "a?b");
-    EXPECT_STREQ(euro.getBytes(u"CP1252"), "a\x80" "b");
+    EXPECT_STREQ(euro.getBytes(u"CP1252"), "a\x80"
+                                           "b");
     EXPECT_EQ(bytesOf(String(u"a\U0001F600b"), u"CP1251"), std::string("a?b"));
 
     EXPECT_EQ(String("a\x81z", -1, u"CP1252"), String(u"a\xFFFDz"));

@@ -99,9 +99,16 @@ TEST(BigDecimal, ParsesSignFractionAndExponent)
         const char* unscaled;
         int32_t scale;
     };
-    const Case cases[] = {{"12.340", "12340", 3}, {"1.2E+3", "12", -2}, {"-.5", "-5", 1},      {"+7.", "7", 0},
-                          {"0.00", "0", 2},       {"1e-2", "1", 2},     {"-0", "0", 0},        {"123E2", "123", -2},
-                          {"1.5e-2147483646", "15", 2147483647}, {"1e2147483648", "1", -2147483647 - 1}};
+    const Case cases[] = {{"12.340", "12340", 3},
+                          {"1.2E+3", "12", -2},
+                          {"-.5", "-5", 1},
+                          {"+7.", "7", 0},
+                          {"0.00", "0", 2},
+                          {"1e-2", "1", 2},
+                          {"-0", "0", 0},
+                          {"123E2", "123", -2},
+                          {"1.5e-2147483646", "15", 2147483647},
+                          {"1e2147483648", "1", -2147483647 - 1}};
     for (const Case& c : cases) {
         BigDecimal d = dec(c.text);
         EXPECT_EQ(d.unscaledValue().toStdString(), c.unscaled) << c.text;
@@ -153,7 +160,8 @@ TEST(BigDecimal, DivisionExactAndRounded)
     EXPECT_EQ(plain(dec("-2").divide(dec("3"), 0, BigDecimal::ROUND_FLOOR)), "-1");
     EXPECT_EQ(plain(dec("1.50").divide(dec("7"), BigDecimal::ROUND_DOWN)), "0.21");
     EXPECT_EQ(plain(dec("12345").divide(dec("1"), -2, BigDecimal::ROUND_HALF_EVEN)), "12300");
-    for (auto f : {+[] { dec("1").divide(dec("0")); }, +[] { dec("1").divide(dec("0.00"), 2, BigDecimal::ROUND_UP); }}) {
+    for (auto f :
+         {+[] { dec("1").divide(dec("0")); }, +[] { dec("1").divide(dec("0.00"), 2, BigDecimal::ROUND_UP); }}) {
         try {
             f();
             ADD_FAILURE() << "division by zero accepted";

@@ -86,7 +86,8 @@ TEST(BigInteger, ConstructsFromDoublesByTruncation)
     EXPECT_EQ(BigInteger(std::ldexp(1.0, 200)), BigInteger(1) << 200);
     EXPECT_EQ(BigInteger(-std::numeric_limits<double>::max()).bitLength(), 1024);
     for (double bad : {std::nan(""), std::numeric_limits<double>::infinity(), -std::numeric_limits<double>::infinity()})
-        EXPECT_EQ(resultMessage([&] { BigInteger b(bad); }, INVALID_ARGUMENT), "NaN or infinity has no exact number value");
+        EXPECT_EQ(resultMessage([&] { BigInteger b(bad); }, INVALID_ARGUMENT),
+                  "NaN or infinity has no exact number value");
 }
 
 TEST(BigInteger, ParsesEveryRadixAndRejectsMalformedText)
@@ -104,7 +105,8 @@ TEST(BigInteger, ParsesEveryRadixAndRejectsMalformedText)
     EXPECT_EQ(resultMessage([&] { BigInteger b(qv::String(nonAscii, 2)); }, INVALID_ARGUMENT), "Malformed number text");
     for (int radix : {-10, 0, 1, 37})
         EXPECT_EQ(resultMessage([&] { big("1", radix); }, INVALID_ARGUMENT), "Radix out of range: must be 2 to 36");
-    EXPECT_EQ(resultMessage([&] { BigInteger(5).toString(37); }, INVALID_ARGUMENT), "Radix out of range: must be 2 to 36");
+    EXPECT_EQ(resultMessage([&] { BigInteger(5).toString(37); }, INVALID_ARGUMENT),
+              "Radix out of range: must be 2 to 36");
 }
 
 TEST(BigInteger, PrintsInLowerCaseInAnyRadix)
@@ -177,8 +179,10 @@ TEST(BigInteger, PowersAndModularArithmetic)
     EXPECT_EQ(BigInteger(-3).modInverse(7), BigInteger(2));
     EXPECT_EQ(resultMessage([] { BigInteger(2).modPow(3, 0); }, INVALID_ARGUMENT), "Modulus not positive");
     EXPECT_EQ(resultMessage([] { BigInteger(2).modInverse(-5); }, INVALID_ARGUMENT), "Modulus not positive");
-    EXPECT_EQ(rangeMessage([] { BigInteger(2).modInverse(4); }), "Value not invertible: it shares a factor with the modulus");
-    EXPECT_EQ(rangeMessage([] { BigInteger(6).modPow(-1, 9); }), "Value not invertible: it shares a factor with the modulus");
+    EXPECT_EQ(rangeMessage([] { BigInteger(2).modInverse(4); }),
+              "Value not invertible: it shares a factor with the modulus");
+    EXPECT_EQ(rangeMessage([] { BigInteger(6).modPow(-1, 9); }),
+              "Value not invertible: it shares a factor with the modulus");
     EXPECT_EQ(BigInteger(-12).gcd(18), BigInteger(6));
     EXPECT_EQ(BigInteger(0).gcd(0), BigInteger(0));
     EXPECT_EQ(BigInteger(0).gcd(-5), BigInteger(5));

@@ -32,10 +32,14 @@ std::string text(const Dec& d)
 
 Rounding mode(const std::string& name)
 {
-    static const std::map<std::string, Rounding> modes = {
-        {"UP", Rounding::Up},           {"DOWN", Rounding::Down},           {"CEILING", Rounding::Ceiling},
-        {"FLOOR", Rounding::Floor},     {"HALF_UP", Rounding::HalfUp},      {"HALF_DOWN", Rounding::HalfDown},
-        {"HALF_EVEN", Rounding::HalfEven}, {"UNNECESSARY", Rounding::Unnecessary}};
+    static const std::map<std::string, Rounding> modes = {{"UP", Rounding::Up},
+                                                          {"DOWN", Rounding::Down},
+                                                          {"CEILING", Rounding::Ceiling},
+                                                          {"FLOOR", Rounding::Floor},
+                                                          {"HALF_UP", Rounding::HalfUp},
+                                                          {"HALF_DOWN", Rounding::HalfDown},
+                                                          {"HALF_EVEN", Rounding::HalfEven},
+                                                          {"UNNECESSARY", Rounding::Unnecessary}};
     return modes.at(name);
 }
 

@@ -59,8 +59,16 @@ private:
 
 TEST(WideMath, PortableHalvesAgreeWithTheNativeOnes)
 {
-    const Limb edges[] = {0, 1, 2, 0xFFFFFFFFu, 0x100000000ULL, 0x7FFFFFFFFFFFFFFFULL, 0x8000000000000000ULL,
-                          ~Limb(0), ~Limb(0) - 1, 0x8000000000000001ULL};
+    const Limb edges[] = {0,
+                          1,
+                          2,
+                          0xFFFFFFFFu,
+                          0x100000000ULL,
+                          0x7FFFFFFFFFFFFFFFULL,
+                          0x8000000000000000ULL,
+                          ~Limb(0),
+                          ~Limb(0) - 1,
+                          0x8000000000000001ULL};
     std::vector<Limb> values(std::begin(edges), std::end(edges));
     for (int i = 0; i < 2000; ++i)
         values.push_back(rng() >> (rng() % 64));

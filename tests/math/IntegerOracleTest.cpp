@@ -58,9 +58,8 @@ oracle::Checker runCases(const std::string& data)
             b = hex(y);
             continue;
         }
-        if (op == "add" || op == "sub" || op == "mul" || op == "divt" || op == "remt" || op == "divf" ||
-            op == "modf" || op == "mod" || op == "gcd" || op == "and" || op == "or" || op == "xor" ||
-            op == "andnot" || op == "not") {
+        if (op == "add" || op == "sub" || op == "mul" || op == "divt" || op == "remt" || op == "divf" || op == "modf" ||
+            op == "mod" || op == "gcd" || op == "and" || op == "or" || op == "xor" || op == "andnot" || op == "not") {
             f >> x;
             Int r;
             if (op == "add")

@@ -12,8 +12,8 @@ namespace oracle {
 // an empty string when it could not be run.
 inline std::string run(const char* script, const char* seed, const char* scale, const char* more)
 {
-    std::string command = std::string(QVCL3_PYTHON) + " " + QVCL3_MATH_TEST_DIR + "/" + script + " " + seed + " " +
-                          scale + " " + more;
+    std::string command =
+        std::string(QVCL3_PYTHON) + " " + QVCL3_MATH_TEST_DIR + "/" + script + " " + seed + " " + scale + " " + more;
     FILE* pipe = popen(command.c_str(), "r");
     if (!pipe)
         return std::string();

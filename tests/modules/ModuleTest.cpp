@@ -62,8 +62,10 @@ Result flakyFactory(qv::qvcom::Module* module, uintptr_t context, const GUID& ii
 // A Widget row made by flakyFactory.
 ClassData flakyWidgetRow()
 {
-    return {&Widget::clsid, reinterpret_cast<uintptr_t>(&qv::qvcom::ComCreator<Widget>::CreateInstance), flakyFactory,
-            nullptr, nullptr, nullptr, nullptr, nullptr};
+    return {&Widget::clsid, reinterpret_cast<uintptr_t>(&qv::qvcom::ComCreator<Widget>::CreateInstance),
+            flakyFactory,   nullptr,
+            nullptr,        nullptr,
+            nullptr,        nullptr};
 }
 
 // Records the outer object it was given.

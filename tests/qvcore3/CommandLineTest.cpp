@@ -35,13 +35,13 @@ TEST(CommandLine, SplitsByWindowsRules)
         {u"  lead  trail  ", {u"lead", u"trail"}},
         {u"\"a b\" c", {u"a b", u"c"}},
         {u"\"a b\"c\" d\"", {u"a bc d"}},
-        {u"a\\b c\\\\d", {u"a\\b", u"c\\\\d"}},          // backslashes not before a quote
-        {u"a\\\"b", {u"a\"b"}},                          // 1 backslash, quote: literal quote
-        {u"a\\\\\"b c\"", {u"a\\b c"}},                  // 2 backslashes, quote: one backslash, quote opens
-        {u"a\\\\\\\"b", {u"a\\\"b"}},                    // 3 backslashes, quote
-        {u"\"a\\\\\\\\\" b", {u"a\\\\", u"b"}},          // 4 backslashes then closing quote
-        {u"\"x\"\"y\" z", {u"x\"y", u"z"}},              // "" inside quotes
-        {u"\"\"", {u""}},                                // empty argument
+        {u"a\\b c\\\\d", {u"a\\b", u"c\\\\d"}}, // backslashes not before a quote
+        {u"a\\\"b", {u"a\"b"}},                 // 1 backslash, quote: literal quote
+        {u"a\\\\\"b c\"", {u"a\\b c"}},         // 2 backslashes, quote: one backslash, quote opens
+        {u"a\\\\\\\"b", {u"a\\\"b"}},           // 3 backslashes, quote
+        {u"\"a\\\\\\\\\" b", {u"a\\\\", u"b"}}, // 4 backslashes then closing quote
+        {u"\"x\"\"y\" z", {u"x\"y", u"z"}},     // "" inside quotes
+        {u"\"\"", {u""}},                       // empty argument
         {u"a \"\" b", {u"a", u"", u"b"}},
         {u"\"unterminated arg", {u"unterminated arg"}},
         {u"trailing\\", {u"trailing\\"}},
@@ -49,7 +49,8 @@ TEST(CommandLine, SplitsByWindowsRules)
         {u"\u00e9t\u00e9 \u4e2d", {u"\u00e9t\u00e9", u"\u4e2d"}},
     };
     for (const Case& c : cases) {
-        EXPECT_EQ(Split(c.line), c.expected) << std::string(c.line, c.line + std::char_traits<char16_t>::length(c.line));
+        EXPECT_EQ(Split(c.line), c.expected)
+            << std::string(c.line, c.line + std::char_traits<char16_t>::length(c.line));
     }
 }
 

@@ -117,7 +117,9 @@ TEST(Process, ArgumentsEnvironmentAndDirectoryReachTheChild)
 {
     STRUCT_QV_PROCESS_PIPES pipes{};
     QVHANDLE child = QV_INVALID_HANDLE;
-    ASSERT_EQ(RunChild(uR"(args plain "two words" a\"b c:\dir\ "" "x""y" )" u"\u00fc", QV_PROCESS_PIPE_STDOUT, &pipes, &child),
+    ASSERT_EQ(RunChild(uR"(args plain "two words" a\"b c:\dir\ "" "x""y" )"
+                       u"\u00fc",
+                       QV_PROCESS_PIPE_STDOUT, &pipes, &child),
               QV_S_OK);
     EXPECT_EQ(ReadAll(pipes.stdoutRead), "[plain]\n[two words]\n[a\"b]\n[c:\\dir\\]\n[]\n[x\"y]\n[\xC3\xBC]\n");
     ASSERT_EQ(QVProcessJoin(child, nullptr), QV_S_OK);

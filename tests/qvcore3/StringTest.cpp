@@ -17,11 +17,11 @@ struct CasePair {
 TEST(String, CaseMappingCoversEachBlock)
 {
     const CasePair pairs[] = {
-        {u'A', u'a'},         {u'Z', u'z'},         {0x00C0, 0x00E0}, {0x00DE, 0x00FE}, {0x00C6, 0x00E6}, // Latin-1
-        {0x0178, 0x00FF},     {0x0100, 0x0101},     {0x0141, 0x0142}, {0x017D, 0x017E}, {0x0152, 0x0153}, // Ext-A
-        {0x0182, 0x0183},     {0x01C4, 0x01C6},     {0x0218, 0x0219}, {0x0187, 0x0188}, {0x01F1, 0x01F3}, // Ext-B
-        {0x0391, 0x03B1},     {0x03A9, 0x03C9},     {0x0386, 0x03AC}, {0x03A3, 0x03C3}, {0x03AB, 0x03CB}, // Greek
-        {0x0410, 0x0430},     {0x042F, 0x044F},     {0x0401, 0x0451}, {0x0462, 0x0463}, {0x0490, 0x0491}, // Cyrillic
+        {u'A', u'a'},     {u'Z', u'z'},     {0x00C0, 0x00E0}, {0x00DE, 0x00FE}, {0x00C6, 0x00E6}, // Latin-1
+        {0x0178, 0x00FF}, {0x0100, 0x0101}, {0x0141, 0x0142}, {0x017D, 0x017E}, {0x0152, 0x0153}, // Ext-A
+        {0x0182, 0x0183}, {0x01C4, 0x01C6}, {0x0218, 0x0219}, {0x0187, 0x0188}, {0x01F1, 0x01F3}, // Ext-B
+        {0x0391, 0x03B1}, {0x03A9, 0x03C9}, {0x0386, 0x03AC}, {0x03A3, 0x03C3}, {0x03AB, 0x03CB}, // Greek
+        {0x0410, 0x0430}, {0x042F, 0x044F}, {0x0401, 0x0451}, {0x0462, 0x0463}, {0x0490, 0x0491}, // Cyrillic
         {0x0500, 0x0501},
     };
     for (const CasePair& pair : pairs) {
@@ -44,8 +44,8 @@ TEST(String, IrregularLetters)
     EXPECT_EQ(QVToUpperW(0x0131), u'I');
     EXPECT_EQ(QVToUpperW(u'i'), u'I');
     EXPECT_EQ(QVToLowerW(u'I'), u'i');
-    for (char16_t unchanged : {u'0', u'@', u'[', char16_t(0x00D7), char16_t(0x00F7), char16_t(0x00AA),
-                               char16_t(0x4E2D), char16_t(0xD800), char16_t(0xFFFF), char16_t(0)}) {
+    for (char16_t unchanged : {u'0', u'@', u'[', char16_t(0x00D7), char16_t(0x00F7), char16_t(0x00AA), char16_t(0x4E2D),
+                               char16_t(0xD800), char16_t(0xFFFF), char16_t(0)}) {
         EXPECT_EQ(QVToUpperW(unchanged), unchanged) << std::hex << unchanged;
         EXPECT_EQ(QVToLowerW(unchanged), unchanged) << std::hex << unchanged;
     }
@@ -126,14 +126,28 @@ struct UlCase {
 TEST(String, StrToULWLikeStrtoul)
 {
     const UlCase cases[] = {
-        {u"0x1A", 0, 26, 4},          {u"0X1a", 16, 26, 4},      {u"1a", 16, 26, 2},
-        {u"017", 0, 15, 3},           {u"0", 0, 0, 1},           {u"0x", 0, 0, 1},
-        {u"0xg", 16, 0, 1},           {u"Zz", 36, 1295, 2},      {u"101", 2, 5, 3},
-        {u"12", 2, 1, 1},             {u"  +12 ", 10, 12, 5},    {u"-1", 10, 0xFFFFFFFFu, 2},
-        {u"-0x10", 0, 0xFFFFFFF0u, 5}, {u"4294967295", 10, 0xFFFFFFFFu, 10},
-        {u"4294967296", 10, 0xFFFFFFFFu, 10}, {u"-4294967296", 10, 0xFFFFFFFFu, 11},
-        {u"-4294967295", 10, 1, 11},  {u"xyz", 10, 0, 0},        {u"  -", 10, 0, 0},
-        {u"12", 1, 0, 0},             {u"12", 37, 0, 0},         {u"12", -2, 0, 0},
+        {u"0x1A", 0, 26, 4},
+        {u"0X1a", 16, 26, 4},
+        {u"1a", 16, 26, 2},
+        {u"017", 0, 15, 3},
+        {u"0", 0, 0, 1},
+        {u"0x", 0, 0, 1},
+        {u"0xg", 16, 0, 1},
+        {u"Zz", 36, 1295, 2},
+        {u"101", 2, 5, 3},
+        {u"12", 2, 1, 1},
+        {u"  +12 ", 10, 12, 5},
+        {u"-1", 10, 0xFFFFFFFFu, 2},
+        {u"-0x10", 0, 0xFFFFFFF0u, 5},
+        {u"4294967295", 10, 0xFFFFFFFFu, 10},
+        {u"4294967296", 10, 0xFFFFFFFFu, 10},
+        {u"-4294967296", 10, 0xFFFFFFFFu, 11},
+        {u"-4294967295", 10, 1, 11},
+        {u"xyz", 10, 0, 0},
+        {u"  -", 10, 0, 0},
+        {u"12", 1, 0, 0},
+        {u"12", 37, 0, 0},
+        {u"12", -2, 0, 0},
     };
     for (const UlCase& c : cases) {
         const char16_t* end = nullptr;

@@ -63,9 +63,8 @@ inline QVRESULT RunChild(const std::u16string& arguments, uint32_t flags, STRUCT
     return QVProcessCreate(program.c_str(), arguments.c_str(), directory, environment, flags, pipes, handle);
 }
 
-inline QVRESULT RunChild(const std::string& arguments, uint32_t flags, STRUCT_QV_PROCESS_PIPES* pipes,
-                         QVHANDLE* handle, const char16_t* const* environment = nullptr,
-                         const char16_t* directory = nullptr)
+inline QVRESULT RunChild(const std::string& arguments, uint32_t flags, STRUCT_QV_PROCESS_PIPES* pipes, QVHANDLE* handle,
+                         const char16_t* const* environment = nullptr, const char16_t* directory = nullptr)
 {
     return RunChild(Utf16(arguments), flags, pipes, handle, environment, directory);
 }

@@ -54,16 +54,22 @@ TEST(Time, NowMatchesTheClock)
 TEST(SocketError, ErrnoTable)
 {
     const std::pair<int, int32_t> table[] = {
-        {EINTR, 10004}, {EBADF, 10009}, {EACCES, 10013}, {EFAULT, 10014}, {EINVAL, 10022}, {EMFILE, 10024},
-        {EWOULDBLOCK, 10035}, {EAGAIN, 10035}, {EINPROGRESS, 10036}, {EALREADY, 10037}, {ENOTSOCK, 10038},
-        {EDESTADDRREQ, 10039}, {EMSGSIZE, 10040}, {EPROTOTYPE, 10041}, {ENOPROTOOPT, 10042},
-        {EPROTONOSUPPORT, 10043}, {ESOCKTNOSUPPORT, 10044}, {EOPNOTSUPP, 10045}, {EPFNOSUPPORT, 10046},
-        {EAFNOSUPPORT, 10047}, {EADDRINUSE, 10048}, {EADDRNOTAVAIL, 10049}, {ENETDOWN, 10050},
-        {ENETUNREACH, 10051}, {ENETRESET, 10052}, {ECONNABORTED, 10053}, {ECONNRESET, 10054},
-        {ENOBUFS, 10055}, {EISCONN, 10056}, {ENOTCONN, 10057}, {ESHUTDOWN, 10058}, {ETOOMANYREFS, 10059},
-        {ETIMEDOUT, 10060}, {ECONNREFUSED, 10061}, {ELOOP, 10062}, {ENAMETOOLONG, 10063}, {EHOSTDOWN, 10064},
-        {EHOSTUNREACH, 10065}, {ENOTEMPTY, 10066}, {EUSERS, 10068}, {EDQUOT, 10069}, {ESTALE, 10070},
-        {EREMOTE, 10071}, {ECANCELED, 10103}, {0, 0}, {ENOENT, ENOENT}, {EPIPE, EPIPE},
+        {EINTR, 10004},           {EBADF, 10009},           {EACCES, 10013},
+        {EFAULT, 10014},          {EINVAL, 10022},          {EMFILE, 10024},
+        {EWOULDBLOCK, 10035},     {EAGAIN, 10035},          {EINPROGRESS, 10036},
+        {EALREADY, 10037},        {ENOTSOCK, 10038},        {EDESTADDRREQ, 10039},
+        {EMSGSIZE, 10040},        {EPROTOTYPE, 10041},      {ENOPROTOOPT, 10042},
+        {EPROTONOSUPPORT, 10043}, {ESOCKTNOSUPPORT, 10044}, {EOPNOTSUPP, 10045},
+        {EPFNOSUPPORT, 10046},    {EAFNOSUPPORT, 10047},    {EADDRINUSE, 10048},
+        {EADDRNOTAVAIL, 10049},   {ENETDOWN, 10050},        {ENETUNREACH, 10051},
+        {ENETRESET, 10052},       {ECONNABORTED, 10053},    {ECONNRESET, 10054},
+        {ENOBUFS, 10055},         {EISCONN, 10056},         {ENOTCONN, 10057},
+        {ESHUTDOWN, 10058},       {ETOOMANYREFS, 10059},    {ETIMEDOUT, 10060},
+        {ECONNREFUSED, 10061},    {ELOOP, 10062},           {ENAMETOOLONG, 10063},
+        {EHOSTDOWN, 10064},       {EHOSTUNREACH, 10065},    {ENOTEMPTY, 10066},
+        {EUSERS, 10068},          {EDQUOT, 10069},          {ESTALE, 10070},
+        {EREMOTE, 10071},         {ECANCELED, 10103},       {0, 0},
+        {ENOENT, ENOENT},         {EPIPE, EPIPE},
     };
     for (const auto& entry : table) {
         EXPECT_EQ(QVSocketErrorFromErrno(entry.first), entry.second) << entry.first;
@@ -77,9 +83,12 @@ TEST(SocketError, ErrnoTable)
 TEST(SocketError, ResolverTable)
 {
     const std::pair<int, int32_t> table[] = {
-        {EAI_MEMORY, 2008}, {EAI_BADFLAGS, 12022}, {EAI_SOCKTYPE, 12044}, {EAI_FAMILY, 12047},
-        {EAI_SERVICE, 12109}, {EAI_NONAME, 13001}, {EAI_AGAIN, 13002}, {EAI_FAIL, 13003},
-        {EAI_NODATA, 14001}, {0, 0}, {EAI_OVERFLOW, EAI_OVERFLOW},
+        {EAI_MEMORY, 2008},           {EAI_BADFLAGS, 12022},
+        {EAI_SOCKTYPE, 12044},        {EAI_FAMILY, 12047},
+        {EAI_SERVICE, 12109},         {EAI_NONAME, 13001},
+        {EAI_AGAIN, 13002},           {EAI_FAIL, 13003},
+        {EAI_NODATA, 14001},          {0, 0},
+        {EAI_OVERFLOW, EAI_OVERFLOW},
     };
     for (const auto& entry : table) {
         EXPECT_EQ(QVSocketErrorFromEai(entry.first), entry.second) << entry.first;

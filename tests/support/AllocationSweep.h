@@ -69,8 +69,7 @@ int sweepAllocations(Operation&& operation, Check&& unchanged, int limit = 10000
         } catch (const qv::Exception& e) {
             QVFaultDisarmAll();
             ADD_FAILURE() << "allocation " << n << " failed as " << typeid(e).name() << " (0x" << std::hex
-                          << static_cast<uint32_t>(e.getResult()) << std::dec << ") "
-                          << e.getDescription().toUtf8();
+                          << static_cast<uint32_t>(e.getResult()) << std::dec << ") " << e.getDescription().toUtf8();
             return failures;
         } catch (...) {
             QVFaultDisarmAll();

@@ -86,4 +86,3 @@ void operator delete[](void* block, const std::nothrow_t&) noexcept
 {
     std::free(block);
 }
-

@@ -38,10 +38,7 @@ public:
 
     private:
         friend class KeyedHashMap;
-        Entry(Key key, IQVUnknown* value, uint32_t keyHash) : m_key(std::move(key)), m_value(value)
-        {
-            hash = keyHash;
-        }
+        Entry(Key key, IQVUnknown* value, uint32_t keyHash) : m_key(std::move(key)), m_value(value) { hash = keyHash; }
         Key m_key;
         Reference<IQVUnknown> m_value;
     };
@@ -64,8 +61,7 @@ public:
 
     explicit KeyedHashMap(int32_t capacity = DEFAULT_CAPACITY, float load = DEFAULT_LOAD)
         : m_table(capacity, load, &destroyEntry, keyOrder())
-    {
-    }
+    {}
     // A new object (unreferenced) with calcCapacity(other's size) buckets and
     // other's load factor.
     KeyedHashMap(const KeyedHashMap& other)

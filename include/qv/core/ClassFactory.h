@@ -84,14 +84,11 @@ struct ComCreator {
 // supplies GetComProgID, GetComVersionIndependentProgID, GetComDescription and
 // GetComObjectVersion (ComObject's give none).
 #define QV_CLASS_DATA_ENTRY(Class, clsid)                                                                              \
-    {&(clsid),                                                                                                         \
-     reinterpret_cast<uintptr_t>(&::qv::qvcom::ComCreator<Class>::CreateInstance),                                     \
-     &::qv::qvcom::ClassFactory::CreateFactory,                                                                        \
-     &Class::GetComProgID,                                                                                             \
-     &Class::GetComVersionIndependentProgID,                                                                           \
-     &Class::GetComDescription,                                                                                        \
-     &Class::GetComObjectVersion,                                                                                      \
-     nullptr}
+    {                                                                                                                  \
+        &(clsid), reinterpret_cast<uintptr_t>(&::qv::qvcom::ComCreator<Class>::CreateInstance),                        \
+            &::qv::qvcom::ClassFactory::CreateFactory, &Class::GetComProgID, &Class::GetComVersionIndependentProgID,   \
+            &Class::GetComDescription, &Class::GetComObjectVersion, nullptr                                            \
+    }
 #define QV_CLASS_DATA_END                                                                                              \
     {                                                                                                                  \
         nullptr, 0, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr                                               \

@@ -104,15 +104,21 @@ private:
 // Declares, inside a class body, the class's interface map and the three
 // IQVUnknown operations answered from it. Needed by every class that adds an
 // interface base, so that all of its interface tables share one count.
-#define QV_DECLARE_INTERFACE_MAP()                                                                                    \
+#define QV_DECLARE_INTERFACE_MAP()                                                                                     \
 public:                                                                                                                \
     static const ::qv::qvcom::InterfaceData* GetComIntfMap();                                                          \
     ::qv::Result QueryInterface(const GUID& iid_, void** ppv_) override                                                \
     {                                                                                                                  \
-        return ::qv::qvcom::QueryInterfaceMap(GetComIntfMap(), static_cast<::qv::ComObject*>(this), iid_, ppv_);      \
+        return ::qv::qvcom::QueryInterfaceMap(GetComIntfMap(), static_cast<::qv::ComObject*>(this), iid_, ppv_);       \
     }                                                                                                                  \
-    uint32_t AddRef() const override { return ::qv::ComObject::AddRef(); }                                             \
-    uint32_t Release() const override { return ::qv::ComObject::Release(); }
+    uint32_t AddRef() const override                                                                                   \
+    {                                                                                                                  \
+        return ::qv::ComObject::AddRef();                                                                              \
+    }                                                                                                                  \
+    uint32_t Release() const override                                                                                  \
+    {                                                                                                                  \
+        return ::qv::ComObject::Release();                                                                             \
+    }
 
 // Defines a map in a source file:
 //   QV_BEGIN_INTERFACE_MAP(Class)
@@ -128,10 +134,11 @@ public:                                                                         
     {&Interface::iid, ::qv::qvcom::OFFSET_ROW, ::qv::qvcom::interfaceOffset<Class, Interface>()},
 #define QV_INTERFACE_ENTRY_IID(Iid, Class, Interface)                                                                  \
     {&(Iid), ::qv::qvcom::OFFSET_ROW, ::qv::qvcom::interfaceOffset<Class, Interface>()},
-#define QV_INTERFACE_CHAIN(Base)                                                                                       \
-    {nullptr, reinterpret_cast<uintptr_t>(&::qv::qvcom::chainInterfaceMap<Base>), 0},
+#define QV_INTERFACE_CHAIN(Base) {nullptr, reinterpret_cast<uintptr_t>(&::qv::qvcom::chainInterfaceMap<Base>), 0},
 #define QV_END_INTERFACE_MAP()                                                                                         \
-    {nullptr, 0, 0}                                                                                                    \
+    {                                                                                                                  \
+        nullptr, 0, 0                                                                                                  \
+    }                                                                                                                  \
     }                                                                                                                  \
     ;                                                                                                                  \
     (void)sizeof(MapOwner_);                                                                                           \

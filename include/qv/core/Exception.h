@@ -30,7 +30,7 @@ private:
 // The constructors every message-carrying exception class declares.
 #define QV_EXCEPTION_CONSTRUCTORS(Name)                                                                                \
     Name();                                                                                                            \
-    explicit Name(const ::qv::String& message);                                                                       \
+    explicit Name(const ::qv::String& message);                                                                        \
     Name(const Name& other);                                                                                           \
     Name& operator=(const Name& other);                                                                                \
     ~Name() override;

@@ -30,8 +30,7 @@ public:
     }
     template <class U, class = std::enable_if_t<std::is_convertible<U*, T*>::value>>
     Reference(Reference<U>&& other) noexcept : m_object(other.detach())
-    {
-    }
+    {}
     ~Reference() { releaseHeld(); }
 
     Reference& operator=(const Reference& other) noexcept

@@ -77,12 +77,10 @@ public:
         TextRef(const String& text);
         TextRef(const char16_t* text, int32_t length = -1) noexcept
             : m_text(text), m_length(text ? (length < 0 ? QVStrLenW(text) : length) : 0)
-        {
-        }
+        {}
         TextRef(const unsigned short* text, int32_t length = -1) noexcept
             : TextRef(reinterpret_cast<const char16_t*>(text), length)
-        {
-        }
+        {}
         const char16_t* data() const noexcept { return m_text; }
         int32_t length() const noexcept { return m_length; }
 
@@ -148,8 +146,7 @@ public:
     static String CQVString(AcquireMode mode, const char16_t* text, int32_t length = -1, int32_t capacity = 0);
     static String CQVString(AcquireMode mode, const unsigned short* text, int32_t length = -1, int32_t capacity = 0);
     static String CQVString(const char* bytes, int32_t length, const char16_t* encoding, int32_t capacity = 0);
-    static String CQVString(const signed char* bytes, int32_t length, const char16_t* encoding,
-                            int32_t capacity = 0);
+    static String CQVString(const signed char* bytes, int32_t length, const char16_t* encoding, int32_t capacity = 0);
 
     // "true" or "false", wrapping constant text.
     static String valueOf(bool value);
@@ -187,8 +184,7 @@ public:
     String& setAddRef(const String& other);
 
     // Every editing operation below is one call of the general replace.
-    String& replace(int32_t start, int32_t count, const char16_t* text, int32_t textLength = -1,
-                    int32_t textStart = 0);
+    String& replace(int32_t start, int32_t count, const char16_t* text, int32_t textLength = -1, int32_t textStart = 0);
     String& replace(int32_t start, int32_t count, const unsigned short* text, int32_t textLength = -1,
                     int32_t textStart = 0);
     String& replace(int32_t start, int32_t count, const String& text, int32_t textStart = 0);
@@ -284,8 +280,8 @@ public:
                        bool ignoreCase = false) const;
     bool regionMatches(int32_t start, int32_t count, const char16_t* text, int32_t textLength, int32_t textStart,
                        bool ignoreCase = false) const;
-    bool regionMatches(int32_t start, int32_t count, const unsigned short* text, int32_t textLength,
-                       int32_t textStart, bool ignoreCase = false) const;
+    bool regionMatches(int32_t start, int32_t count, const unsigned short* text, int32_t textLength, int32_t textStart,
+                       bool ignoreCase = false) const;
     int32_t regionCompare(int32_t start, int32_t count, TextRef text, int32_t textStart = 0,
                           bool ignoreCase = false) const;
     int32_t regionCompare(int32_t start, int32_t count, const char16_t* text, int32_t textLength, int32_t textStart,
@@ -471,8 +467,8 @@ inline void String::dropNarrow() const noexcept
 // Inline, with the buffer's count changed without a virtual call when it is
 // one of our own: copying is the String's most frequent operation.
 inline String::String(const String& other) noexcept
-    : util::AbstractCharBuffer(), m_buffer(other.m_buffer), m_narrow(nullptr), m_reserved(nullptr),
-      m_own(other.m_own), m_exclusive(false)
+    : util::AbstractCharBuffer(), m_buffer(other.m_buffer), m_narrow(nullptr), m_reserved(nullptr), m_own(other.m_own),
+      m_exclusive(false)
 {
     if (m_own)
         m_own->util::RWCharBuffer::AddRef();

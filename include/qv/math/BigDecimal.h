@@ -34,14 +34,14 @@ struct DecRef;
 class QV_EXPORT BigDecimal : public Object {
 public:
     enum RoundingMode {
-        ROUND_UP,          // away from zero
-        ROUND_DOWN,        // toward zero
-        ROUND_CEILING,     // toward positive infinity
-        ROUND_FLOOR,       // toward negative infinity
-        ROUND_HALF_UP,     // nearest, ties away from zero
-        ROUND_HALF_DOWN,   // nearest, ties toward zero
-        ROUND_HALF_EVEN,   // nearest, ties to the even neighbour
-        ROUND_UNNECESSARY  // exact, or throw
+        ROUND_UP,         // away from zero
+        ROUND_DOWN,       // toward zero
+        ROUND_CEILING,    // toward positive infinity
+        ROUND_FLOOR,      // toward negative infinity
+        ROUND_HALF_UP,    // nearest, ties away from zero
+        ROUND_HALF_DOWN,  // nearest, ties toward zero
+        ROUND_HALF_EVEN,  // nearest, ties to the even neighbour
+        ROUND_UNNECESSARY // exact, or throw
     };
 
     BigDecimal() noexcept;
@@ -143,14 +143,38 @@ private:
     int32_t m_scale;
 };
 
-inline BigDecimal operator+(const BigDecimal& a, const BigDecimal& b) { return a.add(b); }
-inline BigDecimal operator-(const BigDecimal& a, const BigDecimal& b) { return a.subtract(b); }
-inline BigDecimal operator*(const BigDecimal& a, const BigDecimal& b) { return a.multiply(b); }
-inline BigDecimal operator-(const BigDecimal& a) { return a.negate(); }
-inline bool operator<(const BigDecimal& a, const BigDecimal& b) { return a.compareTo(b) < 0; }
-inline bool operator<=(const BigDecimal& a, const BigDecimal& b) { return a.compareTo(b) <= 0; }
-inline bool operator>(const BigDecimal& a, const BigDecimal& b) { return a.compareTo(b) > 0; }
-inline bool operator>=(const BigDecimal& a, const BigDecimal& b) { return a.compareTo(b) >= 0; }
+inline BigDecimal operator+(const BigDecimal& a, const BigDecimal& b)
+{
+    return a.add(b);
+}
+inline BigDecimal operator-(const BigDecimal& a, const BigDecimal& b)
+{
+    return a.subtract(b);
+}
+inline BigDecimal operator*(const BigDecimal& a, const BigDecimal& b)
+{
+    return a.multiply(b);
+}
+inline BigDecimal operator-(const BigDecimal& a)
+{
+    return a.negate();
+}
+inline bool operator<(const BigDecimal& a, const BigDecimal& b)
+{
+    return a.compareTo(b) < 0;
+}
+inline bool operator<=(const BigDecimal& a, const BigDecimal& b)
+{
+    return a.compareTo(b) <= 0;
+}
+inline bool operator>(const BigDecimal& a, const BigDecimal& b)
+{
+    return a.compareTo(b) > 0;
+}
+inline bool operator>=(const BigDecimal& a, const BigDecimal& b)
+{
+    return a.compareTo(b) >= 0;
+}
 
 } // namespace math
 } // namespace qv

@@ -155,25 +155,82 @@ private:
     int32_t m_signum;
 };
 
-inline BigInteger operator+(const BigInteger& a, const BigInteger& b) { return a.add(b); }
-inline BigInteger operator-(const BigInteger& a, const BigInteger& b) { return a.subtract(b); }
-inline BigInteger operator*(const BigInteger& a, const BigInteger& b) { return a.multiply(b); }
-inline BigInteger operator/(const BigInteger& a, const BigInteger& b) { return a.divide(b); }
-inline BigInteger operator%(const BigInteger& a, const BigInteger& b) { return a.remainder(b); }
-inline BigInteger operator-(const BigInteger& a) { return a.negate(); }
-inline BigInteger operator+(const BigInteger& a) { return a; }
-inline BigInteger operator<<(const BigInteger& a, int32_t n) { return a.shiftLeft(n); }
-inline BigInteger operator>>(const BigInteger& a, int32_t n) { return a.shiftRight(n); }
-inline BigInteger operator&(const BigInteger& a, const BigInteger& b) { return a.bitAnd(b); }
-inline BigInteger operator|(const BigInteger& a, const BigInteger& b) { return a.bitOr(b); }
-inline BigInteger operator^(const BigInteger& a, const BigInteger& b) { return a.bitXor(b); }
-inline BigInteger operator~(const BigInteger& a) { return a.bitNot(); }
-inline bool operator==(const BigInteger& a, const BigInteger& b) noexcept { return a.equals(b); }
-inline bool operator!=(const BigInteger& a, const BigInteger& b) noexcept { return !a.equals(b); }
-inline bool operator<(const BigInteger& a, const BigInteger& b) noexcept { return a.compareTo(b) < 0; }
-inline bool operator<=(const BigInteger& a, const BigInteger& b) noexcept { return a.compareTo(b) <= 0; }
-inline bool operator>(const BigInteger& a, const BigInteger& b) noexcept { return a.compareTo(b) > 0; }
-inline bool operator>=(const BigInteger& a, const BigInteger& b) noexcept { return a.compareTo(b) >= 0; }
+inline BigInteger operator+(const BigInteger& a, const BigInteger& b)
+{
+    return a.add(b);
+}
+inline BigInteger operator-(const BigInteger& a, const BigInteger& b)
+{
+    return a.subtract(b);
+}
+inline BigInteger operator*(const BigInteger& a, const BigInteger& b)
+{
+    return a.multiply(b);
+}
+inline BigInteger operator/(const BigInteger& a, const BigInteger& b)
+{
+    return a.divide(b);
+}
+inline BigInteger operator%(const BigInteger& a, const BigInteger& b)
+{
+    return a.remainder(b);
+}
+inline BigInteger operator-(const BigInteger& a)
+{
+    return a.negate();
+}
+inline BigInteger operator+(const BigInteger& a)
+{
+    return a;
+}
+inline BigInteger operator<<(const BigInteger& a, int32_t n)
+{
+    return a.shiftLeft(n);
+}
+inline BigInteger operator>>(const BigInteger& a, int32_t n)
+{
+    return a.shiftRight(n);
+}
+inline BigInteger operator&(const BigInteger& a, const BigInteger& b)
+{
+    return a.bitAnd(b);
+}
+inline BigInteger operator|(const BigInteger& a, const BigInteger& b)
+{
+    return a.bitOr(b);
+}
+inline BigInteger operator^(const BigInteger& a, const BigInteger& b)
+{
+    return a.bitXor(b);
+}
+inline BigInteger operator~(const BigInteger& a)
+{
+    return a.bitNot();
+}
+inline bool operator==(const BigInteger& a, const BigInteger& b) noexcept
+{
+    return a.equals(b);
+}
+inline bool operator!=(const BigInteger& a, const BigInteger& b) noexcept
+{
+    return !a.equals(b);
+}
+inline bool operator<(const BigInteger& a, const BigInteger& b) noexcept
+{
+    return a.compareTo(b) < 0;
+}
+inline bool operator<=(const BigInteger& a, const BigInteger& b) noexcept
+{
+    return a.compareTo(b) <= 0;
+}
+inline bool operator>(const BigInteger& a, const BigInteger& b) noexcept
+{
+    return a.compareTo(b) > 0;
+}
+inline bool operator>=(const BigInteger& a, const BigInteger& b) noexcept
+{
+    return a.compareTo(b) >= 0;
+}
 
 } // namespace math
 } // namespace qv

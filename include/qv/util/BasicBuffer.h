@@ -62,9 +62,9 @@ public:
 
     bool isEmpty() const { return getLength() == 0; }
 
+    using InterfaceType::EnsureCapacity;
     using InterfaceType::GetReadLock;
     using InterfaceType::GetWriteLock;
-    using InterfaceType::EnsureCapacity;
 
     int32_t GetLength() const override;
     const E* GetData() const override;
@@ -91,8 +91,7 @@ public:
     BasicROBuffer(const E* data, int32_t length, int32_t capacity = 0);
     BasicROBuffer(const Alternate* data, int32_t length, int32_t capacity = 0)
         : BasicROBuffer(reinterpret_cast<const E*>(data), length, capacity)
-    {
-    }
+    {}
     // Shallow: the copy points at the same memory.
     BasicROBuffer(const BasicROBuffer& other) noexcept;
     BasicROBuffer& operator=(const BasicROBuffer& other) noexcept;
@@ -142,8 +141,7 @@ public:
     BasicRWBuffer(const E* data, int32_t length, int32_t capacity = 0);
     BasicRWBuffer(const Alternate* data, int32_t length, int32_t capacity = 0)
         : BasicRWBuffer(reinterpret_cast<const E*>(data), length, capacity)
-    {
-    }
+    {}
     explicit BasicRWBuffer(int32_t capacity);
     // Same capacity and contents; the source is read without its lock.
     BasicRWBuffer(const BasicRWBuffer& other);
@@ -207,8 +205,7 @@ public:
     BasicMTBuffer(const E* data, int32_t length, int32_t capacity = 0);
     BasicMTBuffer(const Alternate* data, int32_t length, int32_t capacity = 0)
         : BasicMTBuffer(reinterpret_cast<const E*>(data), length, capacity)
-    {
-    }
+    {}
     explicit BasicMTBuffer(int32_t capacity);
     BasicMTBuffer(const BasicMTBuffer& other);
     BasicMTBuffer& operator=(const BasicMTBuffer& other);

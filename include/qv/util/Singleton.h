@@ -38,10 +38,7 @@ public:
         return instance;
     }
 
-    static void freeInstance()
-    {
-        delete m_instance.exchange(nullptr, std::memory_order_acq_rel);
-    }
+    static void freeInstance() { delete m_instance.exchange(nullptr, std::memory_order_acq_rel); }
 
     static bool hasInstance() noexcept { return m_instance.load(std::memory_order_acquire) != nullptr; }
 

@@ -7,8 +7,7 @@ namespace qv {
 
 Class::Class(const char16_t* name, const std::type_info* type, CreateFunction creator, InstanceTest test) noexcept
     : m_name(name), m_type(type), m_creator(creator), m_instanceTest(test)
-{
-}
+{}
 
 Class::~Class() = default;
 

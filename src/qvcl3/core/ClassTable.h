@@ -54,10 +54,17 @@ Object* createInstanceOf()
 // can't. The registered name is spelled from the type itself, relative to
 // namespace qv, so the two can never disagree.
 #define QV_CLASS_ROW(Type)                                                                                             \
-    {u"qv::" #Type, &typeid(::qv::Type), &::qv::detail::createInstanceOf<::qv::Type>,                                  \
-     &::qv::Class::instanceTestFor<::qv::Type>}
+    {                                                                                                                  \
+        u"qv::" #Type, &typeid(::qv::Type), &::qv::detail::createInstanceOf<::qv::Type>,                               \
+            &::qv::Class::instanceTestFor<::qv::Type>                                                                  \
+    }
 #define QV_CLASS_ROW_NO_CREATOR(Type)                                                                                  \
-    {u"qv::" #Type, &typeid(::qv::Type), nullptr, &::qv::Class::instanceTestFor<::qv::Type>}
-#define QV_CLASS_TABLE_END {nullptr, nullptr, nullptr, nullptr}
+    {                                                                                                                  \
+        u"qv::" #Type, &typeid(::qv::Type), nullptr, &::qv::Class::instanceTestFor<::qv::Type>                         \
+    }
+#define QV_CLASS_TABLE_END                                                                                             \
+    {                                                                                                                  \
+        nullptr, nullptr, nullptr, nullptr                                                                             \
+    }
 
 #endif

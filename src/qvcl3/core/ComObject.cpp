@@ -40,8 +40,7 @@ Result QueryInterfaceMap(const InterfaceData* map, ComObject* pThis, const GUID&
 
 ComObject::ComObject(const ComObject& other) noexcept
     : IQVUnknown(), m_refCount(other.m_refCount.load(std::memory_order_relaxed)), m_module(other.m_module)
-{
-}
+{}
 
 ComObject& ComObject::operator=(const ComObject& other) noexcept
 {

@@ -52,8 +52,7 @@ Result ResultException::getResult() const
 OutOfMemoryException::OutOfMemoryException() noexcept = default;
 OutOfMemoryException::OutOfMemoryException(const OutOfMemoryException& other) noexcept
     : Exception(other), std::bad_alloc(other)
-{
-}
+{}
 
 OutOfMemoryException& OutOfMemoryException::operator=(const OutOfMemoryException& other) noexcept
 {

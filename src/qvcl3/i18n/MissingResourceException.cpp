@@ -8,13 +8,11 @@ MissingResourceException::MissingResourceException() = default;
 MissingResourceException::MissingResourceException(const String& bundle, const String& key)
     : Exception(String(u"no text for key '").append(key).append(u"' in bundle '").append(bundle).append(u"'")),
       m_bundle(bundle), m_key(key)
-{
-}
+{}
 
 MissingResourceException::MissingResourceException(const String& message, const String& bundle, const String& key)
     : Exception(message), m_bundle(bundle), m_key(key)
-{
-}
+{}
 
 MissingResourceException::MissingResourceException(const MissingResourceException& other) = default;
 

@@ -43,8 +43,7 @@ Str1::Str1() noexcept : m_data(g_emptyText), m_length(0), m_capacity(0), m_fixed
 
 Str1::Str1(char16_t* storage, int32_t capacity) noexcept
     : m_data(storage), m_length(0), m_capacity(capacity), m_fixed(true)
-{
-}
+{}
 
 Str1::Str1(const char16_t* text, int32_t length) : Str1()
 {

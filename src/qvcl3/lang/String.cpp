@@ -67,8 +67,7 @@ String::String(const char16_t* text, int32_t length, int32_t capacity)
 
 String::String(const unsigned short* text, int32_t length, int32_t capacity)
     : String(reinterpret_cast<const char16_t*>(text), length, capacity)
-{
-}
+{}
 
 String::String(char16_t c, int32_t count, int32_t capacity)
     : m_buffer(nullptr), m_narrow(nullptr), m_reserved(nullptr), m_own(nullptr), m_exclusive(false)
@@ -102,8 +101,7 @@ String::String(AcquireMode mode, const char16_t* text, int32_t length, int32_t c
 
 String::String(AcquireMode mode, const unsigned short* text, int32_t length, int32_t capacity)
     : String(mode, reinterpret_cast<const char16_t*>(text), length, capacity)
-{
-}
+{}
 
 String::String(AcquireMode mode, const String& source, int32_t begin, int32_t end, int32_t capacity)
     : m_buffer(nullptr), m_narrow(nullptr), m_reserved(nullptr), m_own(nullptr), m_exclusive(false)
@@ -126,9 +124,7 @@ String::String(AcquireMode mode, util::ICharBuffer* buffer)
         buffer->AddRef();
         hold(buffer, nullptr);
         break;
-    case ACQUIRE_WRAP:
-        holdWrap(buffer->GetData(), buffer->GetLength());
-        break;
+    case ACQUIRE_WRAP: holdWrap(buffer->GetData(), buffer->GetLength()); break;
     default: {
         const char16_t* units = nullptr;
         qvcom::throwIfFailed(buffer->GetReadLock(&units));
@@ -377,8 +373,7 @@ void String::copyOnWrite(int32_t capacity)
 // put) and the text after start + count. The held buffer, and any text
 // taken from it, stays intact until the new buffer replaces it.
 template <class Put>
-void String::rebuild(int32_t length, int32_t start, int32_t count, int32_t inserted, int32_t newLength,
-                     const Put& put)
+void String::rebuild(int32_t length, int32_t start, int32_t count, int32_t inserted, int32_t newLength, const Put& put)
 {
     const char16_t* units = nullptr;
     qvcom::throwIfFailed(m_buffer->GetReadLock(&units));
@@ -509,8 +504,7 @@ String& String::replace(int32_t start, int32_t count, const char16_t* text, int3
     return replaceRun(start, count, text ? text + textStart : nullptr, textLength - textStart);
 }
 
-String& String::replace(int32_t start, int32_t count, const unsigned short* text, int32_t textLength,
-                        int32_t textStart)
+String& String::replace(int32_t start, int32_t count, const unsigned short* text, int32_t textLength, int32_t textStart)
 {
     return replace(start, count, reinterpret_cast<const char16_t*>(text), textLength, textStart);
 }

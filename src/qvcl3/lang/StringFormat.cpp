@@ -160,8 +160,7 @@ void String::formatWith(NextArgument& next)
             break;
         Argument argument{text, QVStrLenW(text)};
         arguments.push(argument);
-        finalLength += static_cast<int64_t>(counts[static_cast<size_t>(n)]) *
-                       (argument.length - placeholderLength(n));
+        finalLength += static_cast<int64_t>(counts[static_cast<size_t>(n)]) * (argument.length - placeholderLength(n));
     }
     const int32_t taken = static_cast<int32_t>(arguments.size());
     if (taken == 0)

@@ -113,8 +113,7 @@ String::String(const char* bytes, int32_t length, const char16_t* encoding, int3
 
 String::String(const signed char* bytes, int32_t length, const char16_t* encoding, int32_t capacity)
     : String(reinterpret_cast<const char*>(bytes), length, encoding, capacity)
-{
-}
+{}
 
 String String::CQVString(const char* bytes, int32_t length, const char16_t* encoding, int32_t capacity)
 {

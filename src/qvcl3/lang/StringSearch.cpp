@@ -183,9 +183,7 @@ int32_t findInSet(const char16_t* data, int32_t length, int32_t from, const char
     const bool member = wanted == Membership::InSet;
     detail::UnitScratch scratch(ignoreCase ? setLength : 0);
     const char16_t* set = prepareNeedle(setText, setLength, ignoreCase, scratch);
-    auto test = [&](char16_t unit) {
-        return inSet(ignoreCase ? QVToLowerW(unit) : unit, set, setLength) == member;
-    };
+    auto test = [&](char16_t unit) { return inSet(ignoreCase ? QVToLowerW(unit) : unit, set, setLength) == member; };
     if (direction == Direction::TowardsEnd) {
         for (int32_t i = from < 0 ? 0 : from; i < length; ++i) {
             if (test(data[i]))
@@ -204,8 +202,8 @@ int32_t findInSet(const char16_t* data, int32_t length, int32_t from, const char
 
 } // namespace
 
-int32_t String::regionCompare(int32_t start, int32_t count, const char16_t* text, int32_t textLength,
-                              int32_t textStart, bool ignoreCase) const
+int32_t String::regionCompare(int32_t start, int32_t count, const char16_t* text, int32_t textLength, int32_t textStart,
+                              bool ignoreCase) const
 {
     if (textLength == -1)
         textLength = QVStrLenW(text);
@@ -242,8 +240,8 @@ int32_t String::regionCompare(int32_t start, int32_t count, TextRef text, int32_
     return regionCompare(start, count, text.data(), text.length(), textStart, ignoreCase);
 }
 
-bool String::regionMatches(int32_t start, int32_t count, const char16_t* text, int32_t textLength,
-                           int32_t textStart, bool ignoreCase) const
+bool String::regionMatches(int32_t start, int32_t count, const char16_t* text, int32_t textLength, int32_t textStart,
+                           bool ignoreCase) const
 {
     return regionCompare(start, count, text, textLength, textStart, ignoreCase) == 0;
 }

@@ -39,18 +39,14 @@ BigInteger::BigInteger(const String& text, int32_t radix) : BigInteger(parse(tex
 
 BigInteger::BigInteger(const char* text, int32_t radix)
     : BigInteger(intParse(text ? text : "", text ? std::strlen(text) : 0, radix))
-{
-}
+{}
 
 BigInteger::BigInteger(const std::string& text, int32_t radix) : BigInteger(intParse(text.data(), text.size(), radix))
-{
-}
+{}
 
 // Copies and assignments carry the value only: a copy starts with a
 // reference count of its own, and assignment leaves the count alone.
-BigInteger::BigInteger(const BigInteger& other) : Object(), m_magnitude(other.m_magnitude), m_signum(other.m_signum)
-{
-}
+BigInteger::BigInteger(const BigInteger& other) : Object(), m_magnitude(other.m_magnitude), m_signum(other.m_signum) {}
 
 BigInteger::BigInteger(BigInteger&& other) noexcept
     : Object(), m_magnitude(std::move(other.m_magnitude)), m_signum(other.m_signum)

@@ -45,22 +45,14 @@ bool isZero(IntRef a) noexcept
 bool roundsAway(Rounding mode, int resultSign, int half, bool qOdd)
 {
     switch (mode) {
-    case Rounding::Up:
-        return true;
-    case Rounding::Down:
-        return false;
-    case Rounding::Ceiling:
-        return resultSign > 0;
-    case Rounding::Floor:
-        return resultSign < 0;
-    case Rounding::HalfUp:
-        return half >= 0;
-    case Rounding::HalfDown:
-        return half > 0;
-    case Rounding::HalfEven:
-        return half > 0 || (half == 0 && qOdd);
-    case Rounding::Unnecessary:
-        break;
+    case Rounding::Up: return true;
+    case Rounding::Down: return false;
+    case Rounding::Ceiling: return resultSign > 0;
+    case Rounding::Floor: return resultSign < 0;
+    case Rounding::HalfUp: return half >= 0;
+    case Rounding::HalfDown: return half > 0;
+    case Rounding::HalfEven: return half > 0 || (half == 0 && qOdd);
+    case Rounding::Unnecessary: break;
     }
     raise(MathError::RoundingNecessary);
 }
@@ -531,8 +523,8 @@ double decToDouble(DecRef a)
     // Enough quotient bits (at least 56) that the rounding sees the true
     // half-way point; the remainder is the sticky bit.
     const Int den = powerOfTen(static_cast<uint64_t>(a.scale));
-    const int64_t shift = std::max<int64_t>(
-        0, 58 + static_cast<int64_t>(magBitLength(den.mag)) - static_cast<int64_t>(magBitLength(a.unscaled.mag)));
+    const int64_t shift = std::max<int64_t>(0, 58 + static_cast<int64_t>(magBitLength(den.mag)) -
+                                                   static_cast<int64_t>(magBitLength(a.unscaled.mag)));
     Mag q, r;
     magDivMod(magShiftLeft(a.unscaled.mag, static_cast<uint64_t>(shift)), den.mag, &q, &r);
     return roundToDouble(negative, q, -shift, !r.empty());

@@ -318,8 +318,7 @@ void magDivMod(const Mag& a, const Mag& b, Mag* q, Mag* r)
         remainder = a;
     } else if (b.size() == 1) {
         remainder = magFromU64(magDivModSmall(a, b[0], &quotient));
-    } else if (b.size() >= thresholds().recursiveDivision &&
-               a.size() - b.size() >= thresholds().recursiveDivision) {
+    } else if (b.size() >= thresholds().recursiveDivision && a.size() - b.size() >= thresholds().recursiveDivision) {
         divRecursive(a, b, quotient, remainder);
     } else {
         unsigned s = static_cast<unsigned>(leadingZeros(b.back()));

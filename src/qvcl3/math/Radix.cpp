@@ -59,8 +59,8 @@ private:
 };
 
 const char DIGIT_PAIRS[] = "00010203040506070809101112131415161718192021222324252627282930313233343536373839"
-                          "40414243444546474849505152535455565758596061626364656667686970717273747576777879"
-                          "8081828384858687888990919293949596979899";
+                           "40414243444546474849505152535455565758596061626364656667686970717273747576777879"
+                           "8081828384858687888990919293949596979899";
 
 // Writes the bb.digits digits of chunk (with leading zeros) ending just
 // before end. Decimal gets constant divisors, which compile to
@@ -135,8 +135,8 @@ void digitsRecursive(const Mag& x, char* end, size_t width, const BigBase& bb, P
 std::string powerOfTwoToString(const Mag& a, int bitsPerDigit)
 {
     const uint64_t bits = magBitLength(a);
-    const size_t n = static_cast<size_t>((bits + static_cast<uint64_t>(bitsPerDigit) - 1) /
-                                         static_cast<uint64_t>(bitsPerDigit));
+    const size_t n =
+        static_cast<size_t>((bits + static_cast<uint64_t>(bitsPerDigit) - 1) / static_cast<uint64_t>(bitsPerDigit));
     std::string s(n, '0');
     const Limb mask = (Limb(1) << bitsPerDigit) - 1;
     for (size_t i = 0; i < n; ++i) {

@@ -19,12 +19,29 @@ inline int leadingZeros(Limb x) noexcept
     if (x == 0)
         return 64;
     int n = 0;
-    if (!(x >> 32)) { n += 32; x <<= 32; }
-    if (!(x >> 48)) { n += 16; x <<= 16; }
-    if (!(x >> 56)) { n += 8; x <<= 8; }
-    if (!(x >> 60)) { n += 4; x <<= 4; }
-    if (!(x >> 62)) { n += 2; x <<= 2; }
-    if (!(x >> 63)) { n += 1; }
+    if (!(x >> 32)) {
+        n += 32;
+        x <<= 32;
+    }
+    if (!(x >> 48)) {
+        n += 16;
+        x <<= 16;
+    }
+    if (!(x >> 56)) {
+        n += 8;
+        x <<= 8;
+    }
+    if (!(x >> 60)) {
+        n += 4;
+        x <<= 4;
+    }
+    if (!(x >> 62)) {
+        n += 2;
+        x <<= 2;
+    }
+    if (!(x >> 63)) {
+        n += 1;
+    }
     return n;
 }
 
@@ -33,12 +50,29 @@ inline int trailingZeros(Limb x) noexcept
     if (x == 0)
         return 64;
     int n = 0;
-    if (!(x & 0xFFFFFFFFu)) { n += 32; x >>= 32; }
-    if (!(x & 0xFFFFu)) { n += 16; x >>= 16; }
-    if (!(x & 0xFFu)) { n += 8; x >>= 8; }
-    if (!(x & 0xFu)) { n += 4; x >>= 4; }
-    if (!(x & 0x3u)) { n += 2; x >>= 2; }
-    if (!(x & 0x1u)) { n += 1; }
+    if (!(x & 0xFFFFFFFFu)) {
+        n += 32;
+        x >>= 32;
+    }
+    if (!(x & 0xFFFFu)) {
+        n += 16;
+        x >>= 16;
+    }
+    if (!(x & 0xFFu)) {
+        n += 8;
+        x >>= 8;
+    }
+    if (!(x & 0xFu)) {
+        n += 4;
+        x >>= 4;
+    }
+    if (!(x & 0x3u)) {
+        n += 2;
+        x >>= 2;
+    }
+    if (!(x & 0x1u)) {
+        n += 1;
+    }
     return n;
 }
 

@@ -9,8 +9,7 @@ using qvcom::throwIfFailed;
 
 ReaderWriterLock::ReaderWriterLock(const char* name, unsigned flags)
     : m_handle(createHandle(QVRWLockCreate, name, flags))
-{
-}
+{}
 ReaderWriterLock::~ReaderWriterLock() noexcept(false)
 {
     throwIfFailed(QVRWLockDestroy(m_handle));

@@ -9,8 +9,7 @@ using qvcom::throwIfFailed;
 
 Semaphore::Semaphore(unsigned long initialCount, const char* name, unsigned flags)
     : m_handle(createHandle(QVSemaphoreCreate, static_cast<uint32_t>(initialCount), name, flags))
-{
-}
+{}
 Semaphore::~Semaphore() noexcept(false)
 {
     // A named semaphore's subclass closes its own handle and leaves none here.

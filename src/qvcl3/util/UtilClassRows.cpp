@@ -1,9 +1,9 @@
 #include "core/ClassTable.h"
 
 #include <qv/util/BasicBuffer.h>
-#include <qv/util/FilePath.h>
 #include <qv/util/CmdLineException.h>
 #include <qv/util/CmdLineParser.h>
+#include <qv/util/FilePath.h>
 #include <qv/util/IniFile.h>
 #include <qv/util/IniFileException.h>
 #include <qv/util/IniFileIterator.h>

@@ -56,8 +56,7 @@ int Ipc(const char* semaphoreName, const char* memoryName)
     uint32_t* words = static_cast<uint32_t*>(address);
     words[1] = words[0] + 1;
     std::strcpy(reinterpret_cast<char*>(words + 2), "from child");
-    const bool ok = QVSemaphorePost(semaphore) == 0 && QVNamedSemClose(semaphore) == 0 &&
-                    QVSharedMemClose(memory) == 0;
+    const bool ok = QVSemaphorePost(semaphore) == 0 && QVNamedSemClose(semaphore) == 0 && QVSharedMemClose(memory) == 0;
     return ok ? 0 : 4;
 }
 

@@ -89,7 +89,10 @@ private:
 // The Collection operations of an interface derived from Collection (List,
 // Set), answered by AbstractCollection's.
 #define QV_COLLECTION_OPERATIONS_FROM(Base)                                                                            \
-    ::qv::Result GetSize(int32_t* size) const override { return Base::GetSize(size); }                                 \
+    ::qv::Result GetSize(int32_t* size) const override                                                                 \
+    {                                                                                                                  \
+        return Base::GetSize(size);                                                                                    \
+    }                                                                                                                  \
     ::qv::Result Contains(const IQVUnknown* element, bool* result) const override                                      \
     {                                                                                                                  \
         return Base::Contains(element, result);                                                                        \
@@ -98,12 +101,18 @@ private:
     {                                                                                                                  \
         return Base::ContainsAll(other, result);                                                                       \
     }                                                                                                                  \
-    ::qv::Result Add(IQVUnknown* element, bool* changed) override { return Base::Add(element, changed); }              \
+    ::qv::Result Add(IQVUnknown* element, bool* changed) override                                                      \
+    {                                                                                                                  \
+        return Base::Add(element, changed);                                                                            \
+    }                                                                                                                  \
     ::qv::Result AddAll(const ::qv::collections::qvcom::Collection* other, bool* changed) override                     \
     {                                                                                                                  \
         return Base::AddAll(other, changed);                                                                           \
     }                                                                                                                  \
-    ::qv::Result Remove(const IQVUnknown* element, bool* changed) override { return Base::Remove(element, changed); }  \
+    ::qv::Result Remove(const IQVUnknown* element, bool* changed) override                                             \
+    {                                                                                                                  \
+        return Base::Remove(element, changed);                                                                         \
+    }                                                                                                                  \
     ::qv::Result RemoveAll(const ::qv::collections::qvcom::Collection* other, bool* changed) override                  \
     {                                                                                                                  \
         return Base::RemoveAll(other, changed);                                                                        \
@@ -112,7 +121,10 @@ private:
     {                                                                                                                  \
         return Base::RetainAll(other, changed);                                                                        \
     }                                                                                                                  \
-    ::qv::Result Clear() override { return Base::Clear(); }                                                            \
+    ::qv::Result Clear() override                                                                                      \
+    {                                                                                                                  \
+        return Base::Clear();                                                                                          \
+    }                                                                                                                  \
     ::qv::Result CreateIterator(::qv::collections::qvcom::Iterator** iterator) override                                \
     {                                                                                                                  \
         return Base::CreateIterator(iterator);                                                                         \

@@ -17,8 +17,7 @@ namespace qvcom {
 template <class T>
 class CollectionHold {
 public:
-    explicit CollectionHold(T* collection) noexcept
-        : m_collection(collection), m_counted(collection->GetRefCount() > 0)
+    explicit CollectionHold(T* collection) noexcept : m_collection(collection), m_counted(collection->GetRefCount() > 0)
     {
         if (m_counted)
             m_collection->AddRef();

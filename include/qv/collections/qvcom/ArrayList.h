@@ -45,8 +45,7 @@ public:
     explicit ArrayList(const Collection& other, const IQVComparator* comparator = nullptr);
     explicit ArrayList(const AbstractCollection& other, const IQVComparator* comparator = nullptr)
         : ArrayList(other.asCollection(), comparator)
-    {
-    }
+    {}
     ArrayList(const ArrayList& other);
     ArrayList& operator=(const ArrayList&) = delete;
     ~ArrayList() override;

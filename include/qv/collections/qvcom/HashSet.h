@@ -21,8 +21,7 @@ public:
     explicit HashSet(const Collection& other, const IQVComparator* comparator = nullptr);
     explicit HashSet(const AbstractCollection& other, const IQVComparator* comparator = nullptr)
         : HashSet(other.asCollection(), comparator)
-    {
-    }
+    {}
     HashSet(const HashSet& other);
     HashSet& operator=(const HashSet&) = delete;
     ~HashSet() override;

@@ -19,8 +19,7 @@ public:
     explicit LinkedList(const Collection& other, const IQVComparator* comparator = nullptr);
     explicit LinkedList(const AbstractCollection& other, const IQVComparator* comparator = nullptr)
         : LinkedList(other.asCollection(), comparator)
-    {
-    }
+    {}
     LinkedList(const LinkedList& other);
     LinkedList& operator=(const LinkedList&) = delete;
     ~LinkedList() override;

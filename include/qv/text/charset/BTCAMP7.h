@@ -15,8 +15,7 @@ namespace charset {
 // a run, leftover bits that are non-zero or make up a whole base64 digit,
 // printable US-ASCII encoded in base64, lone surrogates and a run still open
 // at the end of the input.
-class QV_EXPORT BTCAMP7 : public ByteToCharConverter
-{
+class QV_EXPORT BTCAMP7 : public ByteToCharConverter {
 public:
     BTCAMP7();
 
@@ -31,11 +30,10 @@ public:
     int getMaxCharsPerByte() const override;
 
 private:
-    struct State
-    {
-        bool inBase64;      // between "&" and "-"
-        bool justShifted;   // "&" seen and nothing after it yet
-        uint8_t bitCount;   // bits of a unit not yet complete
+    struct State {
+        bool inBase64;    // between "&" and "-"
+        bool justShifted; // "&" seen and nothing after it yet
+        uint8_t bitCount; // bits of a unit not yet complete
         uint32_t bits;
         char16_t high; // high surrogate waiting for its low half
     };

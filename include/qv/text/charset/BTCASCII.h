@@ -8,8 +8,7 @@ namespace text {
 namespace charset {
 
 // US-ASCII decoder; bytes 0x80-0xFF are unmappable.
-class QV_EXPORT BTCASCII : public BTCSingleByte
-{
+class QV_EXPORT BTCASCII : public BTCSingleByte {
 public:
     BTCASCII();
 };

@@ -9,8 +9,7 @@ namespace charset {
 
 // Code page 1252 (Windows Western) decoder; bytes 0x81, 0x8D, 0x8F, 0x90
 // and 0x9D are undefined and unmappable.
-class QV_EXPORT BTCCP1252 : public BTCSingleByte
-{
+class QV_EXPORT BTCCP1252 : public BTCSingleByte {
 public:
     BTCCP1252();
 };

@@ -8,8 +8,7 @@ namespace text {
 namespace charset {
 
 // Code page 437 decoder (the original PC character set).
-class QV_EXPORT BTCCP437 : public BTCSingleByte
-{
+class QV_EXPORT BTCCP437 : public BTCSingleByte {
 public:
     BTCCP437();
 };

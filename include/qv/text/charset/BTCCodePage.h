@@ -12,7 +12,7 @@ namespace charset {
 namespace detail {
 class Iconv;
 struct CodePageInfo;
-}
+} // namespace detail
 
 // Decoder for a legacy code page, converted by the C library's iconv:
 // 1250, 1251, 1253-1258, 737, 775, 850, 852, 855, 857, 858, 862, 866, 932
@@ -23,8 +23,7 @@ struct CodePageInfo;
 // a call that has already made progress stops just before such a byte and
 // the next call throws, so the exception always leaves positions and state
 // where the call found them.
-class QV_EXPORT BTCCodePage : public ByteToCharConverter
-{
+class QV_EXPORT BTCCodePage : public ByteToCharConverter {
 public:
     explicit BTCCodePage(uint32_t codePage);
     ~BTCCodePage() override;
@@ -44,9 +43,8 @@ public:
     uint32_t getCodePage() const;
 
 private:
-    struct State
-    {
-        uint8_t pendingCount;  // bytes of a character split across calls
+    struct State {
+        uint8_t pendingCount; // bytes of a character split across calls
         uint8_t pending[8];
     };
     const detail::CodePageInfo* m_info;

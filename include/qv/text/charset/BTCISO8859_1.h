@@ -8,8 +8,7 @@ namespace text {
 namespace charset {
 
 // ISO 8859-1 (Latin-1) decoder: byte n is U+00nn.
-class QV_EXPORT BTCISO8859_1 : public BTCSingleByte
-{
+class QV_EXPORT BTCISO8859_1 : public BTCSingleByte {
 public:
     BTCISO8859_1();
 };

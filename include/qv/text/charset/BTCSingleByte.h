@@ -14,8 +14,7 @@ struct SingleByteCode;
 // The table-driven single-byte decoders: BTCASCII, BTCISO8859_1, BTCCP437
 // and BTCCP1252. A byte the code page leaves undefined is unmappable. The
 // family is implemented in BTCSingleByte.cpp.
-class QV_EXPORT BTCSingleByte : public ByteToCharConverter
-{
+class QV_EXPORT BTCSingleByte : public ByteToCharConverter {
 public:
     using ByteToCharConverter::convert;
     using ByteToCharConverter::flush;

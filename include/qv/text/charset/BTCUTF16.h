@@ -8,8 +8,7 @@ namespace text {
 namespace charset {
 
 // UTF-16 decoder, byte-order-neutral (see BTCUTF16Base).
-class QV_EXPORT BTCUTF16 : public BTCUTF16Base
-{
+class QV_EXPORT BTCUTF16 : public BTCUTF16Base {
 public:
     BTCUTF16();
     const char16_t* getEncodingName() const override;

@@ -8,8 +8,7 @@ namespace text {
 namespace charset {
 
 // UTF-16 decoder, big-endian.
-class QV_EXPORT BTCUTF16BE : public BTCUTF16Base
-{
+class QV_EXPORT BTCUTF16BE : public BTCUTF16Base {
 public:
     BTCUTF16BE();
     const char16_t* getEncodingName() const override;

@@ -10,8 +10,7 @@ namespace charset {
 // The UTF-16 decoders: BTCUTF16LE, BTCUTF16BE and the byte-order-neutral
 // BTCUTF16. A lone surrogate and an odd byte at the end of the input throw
 // InvalidCharacterException. The family is implemented in BTCUTF16Base.cpp.
-class QV_EXPORT BTCUTF16Base : public ByteToCharConverter
-{
+class QV_EXPORT BTCUTF16Base : public ByteToCharConverter {
 public:
     using ByteToCharConverter::convert;
     using ByteToCharConverter::flush;
@@ -29,10 +28,9 @@ protected:
     explicit BTCUTF16Base(ByteOrder order);
 
 private:
-    struct State
-    {
+    struct State {
         ByteOrder order;
-        bool hasByte;   // first byte of a unit split across calls
+        bool hasByte; // first byte of a unit split across calls
         uint8_t byte;
         char16_t high; // high surrogate waiting for its low half
     };

@@ -8,8 +8,7 @@ namespace text {
 namespace charset {
 
 // UTF-16 decoder, little-endian.
-class QV_EXPORT BTCUTF16LE : public BTCUTF16Base
-{
+class QV_EXPORT BTCUTF16LE : public BTCUTF16Base {
 public:
     BTCUTF16LE();
     const char16_t* getEncodingName() const override;

@@ -8,8 +8,7 @@ namespace text {
 namespace charset {
 
 // UTF-32 decoder, byte-order-neutral (see BTCUTF32Base).
-class QV_EXPORT BTCUTF32 : public BTCUTF32Base
-{
+class QV_EXPORT BTCUTF32 : public BTCUTF32Base {
 public:
     BTCUTF32();
     const char16_t* getEncodingName() const override;

@@ -8,8 +8,7 @@ namespace text {
 namespace charset {
 
 // UTF-32 decoder, big-endian.
-class QV_EXPORT BTCUTF32BE : public BTCUTF32Base
-{
+class QV_EXPORT BTCUTF32BE : public BTCUTF32Base {
 public:
     BTCUTF32BE();
     const char16_t* getEncodingName() const override;

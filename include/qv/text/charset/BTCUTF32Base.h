@@ -11,8 +11,7 @@ namespace charset {
 // BTCUTF32. Values above U+10FFFF, surrogate code points and a partial unit
 // at the end of the input throw InvalidCharacterException. The family is
 // implemented in BTCUTF32Base.cpp.
-class QV_EXPORT BTCUTF32Base : public ByteToCharConverter
-{
+class QV_EXPORT BTCUTF32Base : public ByteToCharConverter {
 public:
     using ByteToCharConverter::convert;
     using ByteToCharConverter::flush;
@@ -30,10 +29,9 @@ protected:
     explicit BTCUTF32Base(ByteOrder order);
 
 private:
-    struct State
-    {
+    struct State {
         ByteOrder order;
-        uint8_t byteCount;  // bytes of a unit split across calls
+        uint8_t byteCount; // bytes of a unit split across calls
         uint8_t bytes[4];
     };
     ByteOrder m_initialOrder;

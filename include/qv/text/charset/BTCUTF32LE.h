@@ -8,8 +8,7 @@ namespace text {
 namespace charset {
 
 // UTF-32 decoder, little-endian.
-class QV_EXPORT BTCUTF32LE : public BTCUTF32Base
-{
+class QV_EXPORT BTCUTF32LE : public BTCUTF32Base {
 public:
     BTCUTF32LE();
     const char16_t* getEncodingName() const override;

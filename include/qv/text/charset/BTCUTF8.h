@@ -10,8 +10,7 @@ namespace charset {
 // Strict UTF-8 decoder: overlong forms, encoded surrogates, values above
 // U+10FFFF, stray continuation bytes and truncated sequences all throw
 // InvalidCharacterException. A byte order mark is ordinary text (U+FEFF).
-class QV_EXPORT BTCUTF8 : public ByteToCharConverter
-{
+class QV_EXPORT BTCUTF8 : public ByteToCharConverter {
 public:
     BTCUTF8();
 
@@ -26,11 +25,10 @@ public:
     int getMaxCharsPerByte() const override;
 
 private:
-    struct State
-    {
-        uint32_t bits;  // value bits of a sequence split across calls
-        uint8_t need;   // its continuation bytes still to come
-        uint8_t low;    // allowed range of the next continuation byte
+    struct State {
+        uint32_t bits; // value bits of a sequence split across calls
+        uint8_t need;  // its continuation bytes still to come
+        uint8_t low;   // allowed range of the next continuation byte
         uint8_t high;
     };
     State m_state;

@@ -29,8 +29,7 @@ namespace charset {
 // "unmappable": with substitution off it throws UnmappableCharacterException;
 // with substitution on a one-unit substitution is written in its place and any
 // other substitution length drops it.
-class QV_EXPORT ByteToCharConverter : public Object
-{
+class QV_EXPORT ByteToCharConverter : public Object {
 public:
     ByteToCharConverter();
     ByteToCharConverter(const ByteToCharConverter& other);

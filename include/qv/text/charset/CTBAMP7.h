@@ -11,8 +11,7 @@ namespace charset {
 // is closed by the next printable character or by flush(), so the output is
 // complete only after flush(). Lone surrogates throw
 // InvalidCharacterException.
-class QV_EXPORT CTBAMP7 : public CharToByteConverter
-{
+class QV_EXPORT CTBAMP7 : public CharToByteConverter {
 public:
     CTBAMP7();
 
@@ -26,10 +25,9 @@ public:
     int getMaxCharsPerByte() const override;
 
 private:
-    struct State
-    {
+    struct State {
         bool inBase64;
-        uint8_t bitCount;  // bits not yet written as a base64 digit (fewer than 6)
+        uint8_t bitCount; // bits not yet written as a base64 digit (fewer than 6)
         uint32_t bits;
         char16_t high; // high surrogate waiting for its low half
     };

@@ -8,8 +8,7 @@ namespace text {
 namespace charset {
 
 // US-ASCII encoder; characters above U+007F are unmappable.
-class QV_EXPORT CTBASCII : public CTBSingleByte
-{
+class QV_EXPORT CTBASCII : public CTBSingleByte {
 public:
     CTBASCII();
 };

@@ -8,8 +8,7 @@ namespace text {
 namespace charset {
 
 // Code page 1252 (Windows Western) encoder.
-class QV_EXPORT CTBCP1252 : public CTBSingleByte
-{
+class QV_EXPORT CTBCP1252 : public CTBSingleByte {
 public:
     CTBCP1252();
 };

@@ -8,8 +8,7 @@ namespace text {
 namespace charset {
 
 // Code page 437 encoder (the original PC character set).
-class QV_EXPORT CTBCP437 : public CTBSingleByte
-{
+class QV_EXPORT CTBCP437 : public CTBSingleByte {
 public:
     CTBCP437();
 };

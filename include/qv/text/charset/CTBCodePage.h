@@ -12,7 +12,7 @@ namespace charset {
 namespace detail {
 class Iconv;
 struct CodePageInfo;
-}
+} // namespace detail
 
 // Encoder for a legacy code page, converted by the C library's iconv; the
 // code pages of BTCCodePage. A character the code page lacks (a surrogate
@@ -20,8 +20,7 @@ struct CodePageInfo;
 // has already made progress stops just before either and the next call
 // throws, so the exception always leaves positions and state where the
 // call found them.
-class QV_EXPORT CTBCodePage : public CharToByteConverter
-{
+class QV_EXPORT CTBCodePage : public CharToByteConverter {
 public:
     explicit CTBCodePage(uint32_t codePage);
     ~CTBCodePage() override;
@@ -40,8 +39,7 @@ public:
     uint32_t getCodePage() const;
 
 private:
-    struct State
-    {
+    struct State {
         char16_t high; // high surrogate waiting for its low half
     };
     const detail::CodePageInfo* m_info;

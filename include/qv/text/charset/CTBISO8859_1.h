@@ -8,8 +8,7 @@ namespace text {
 namespace charset {
 
 // ISO 8859-1 (Latin-1) encoder; characters above U+00FF are unmappable.
-class QV_EXPORT CTBISO8859_1 : public CTBSingleByte
-{
+class QV_EXPORT CTBISO8859_1 : public CTBSingleByte {
 public:
     CTBISO8859_1();
 };

@@ -15,8 +15,7 @@ struct SingleByteCode;
 // and CTBCP1252. A character outside the code page, including any surrogate
 // pair, is one unmappable element; a lone surrogate is malformed. The family
 // is implemented in CTBSingleByte.cpp.
-class QV_EXPORT CTBSingleByte : public CharToByteConverter
-{
+class QV_EXPORT CTBSingleByte : public CharToByteConverter {
 public:
     using CharToByteConverter::convert;
     int32_t convert(const char16_t* in, int32_t* inPos, int32_t inEnd, signed char* out, int32_t* outPos,
@@ -32,7 +31,7 @@ protected:
 
 private:
     const detail::SingleByteCode* m_code;
-    char16_t m_high;  // high surrogate waiting for its low half
+    char16_t m_high; // high surrogate waiting for its low half
 };
 
 } // namespace charset

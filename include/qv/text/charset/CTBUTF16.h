@@ -8,8 +8,7 @@ namespace text {
 namespace charset {
 
 // UTF-16 encoder with a byte order mark, big-endian (see CTBUTF16Base).
-class QV_EXPORT CTBUTF16 : public CTBUTF16Base
-{
+class QV_EXPORT CTBUTF16 : public CTBUTF16Base {
 public:
     CTBUTF16();
     const char16_t* getEncodingName() const override;

@@ -8,8 +8,7 @@ namespace text {
 namespace charset {
 
 // UTF-16 encoder, big-endian.
-class QV_EXPORT CTBUTF16BE : public CTBUTF16Base
-{
+class QV_EXPORT CTBUTF16BE : public CTBUTF16Base {
 public:
     CTBUTF16BE();
     const char16_t* getEncodingName() const override;

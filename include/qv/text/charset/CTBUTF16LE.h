@@ -8,8 +8,7 @@ namespace text {
 namespace charset {
 
 // UTF-16 encoder, little-endian.
-class QV_EXPORT CTBUTF16LE : public CTBUTF16Base
-{
+class QV_EXPORT CTBUTF16LE : public CTBUTF16Base {
 public:
     CTBUTF16LE();
     const char16_t* getEncodingName() const override;

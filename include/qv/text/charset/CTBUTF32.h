@@ -8,8 +8,7 @@ namespace text {
 namespace charset {
 
 // UTF-32 encoder with a byte order mark, big-endian (see CTBUTF32Base).
-class QV_EXPORT CTBUTF32 : public CTBUTF32Base
-{
+class QV_EXPORT CTBUTF32 : public CTBUTF32Base {
 public:
     CTBUTF32();
     const char16_t* getEncodingName() const override;

@@ -8,8 +8,7 @@ namespace text {
 namespace charset {
 
 // UTF-32 encoder, big-endian.
-class QV_EXPORT CTBUTF32BE : public CTBUTF32Base
-{
+class QV_EXPORT CTBUTF32BE : public CTBUTF32Base {
 public:
     CTBUTF32BE();
     const char16_t* getEncodingName() const override;

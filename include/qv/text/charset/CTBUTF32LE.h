@@ -8,8 +8,7 @@ namespace text {
 namespace charset {
 
 // UTF-32 encoder, little-endian.
-class QV_EXPORT CTBUTF32LE : public CTBUTF32Base
-{
+class QV_EXPORT CTBUTF32LE : public CTBUTF32Base {
 public:
     CTBUTF32LE();
     const char16_t* getEncodingName() const override;

@@ -9,8 +9,7 @@ namespace charset {
 
 // UTF-8 encoder: a surrogate pair becomes one four-byte sequence, a lone
 // surrogate throws InvalidCharacterException. No byte order mark is written.
-class QV_EXPORT CTBUTF8 : public CharToByteConverter
-{
+class QV_EXPORT CTBUTF8 : public CharToByteConverter {
 public:
     CTBUTF8();
 
@@ -24,8 +23,7 @@ public:
     int getMaxCharsPerByte() const override;
 
 private:
-    struct State
-    {
+    struct State {
         char16_t high; // high surrogate waiting for its low half, 0 when none
     };
     State m_state;

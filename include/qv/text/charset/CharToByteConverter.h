@@ -23,8 +23,7 @@ namespace charset {
 // when it began. A lone surrogate is malformed (InvalidCharacterException); a
 // character the encoding cannot represent is unmappable and follows the
 // substitution mode (default: the single byte '?').
-class QV_EXPORT CharToByteConverter : public Object
-{
+class QV_EXPORT CharToByteConverter : public Object {
 public:
     CharToByteConverter();
     CharToByteConverter(const CharToByteConverter& other);

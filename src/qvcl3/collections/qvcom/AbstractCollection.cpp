@@ -42,12 +42,11 @@ QV_END_INTERFACE_MAP()
 
 AbstractCollection::AbstractCollection(const IQVComparator* comparator)
     : m_comparator(comparator ? comparator : GetDefaultComparator())
-{
-}
+{}
 
-AbstractCollection::AbstractCollection(const AbstractCollection& other) : Object(), Collection(), m_comparator(other.m_comparator)
-{
-}
+AbstractCollection::AbstractCollection(const AbstractCollection& other)
+    : Object(), Collection(), m_comparator(other.m_comparator)
+{}
 
 AbstractCollection::~AbstractCollection() = default;
 

@@ -19,15 +19,12 @@ QV_INTERFACE_CHAIN(Object)
 QV_END_INTERFACE_MAP()
 
 AbstractMap::AbstractMap(const IQVComparator* keys, const IQVComparator* values)
-    : m_keyComparator(keys ? keys : GetDefaultComparator()),
-      m_valueComparator(values ? values : GetDefaultComparator())
-{
-}
+    : m_keyComparator(keys ? keys : GetDefaultComparator()), m_valueComparator(values ? values : GetDefaultComparator())
+{}
 
 AbstractMap::AbstractMap(const AbstractMap& other)
     : Object(), Map(), m_keyComparator(other.m_keyComparator), m_valueComparator(other.m_valueComparator)
-{
-}
+{}
 
 AbstractMap::~AbstractMap() = default;
 

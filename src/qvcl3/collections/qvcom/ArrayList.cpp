@@ -187,8 +187,7 @@ Reference<AbstractIterator> ArrayList::createConstIterator() const
 
 ArrayListIterator::ArrayListIterator(ArrayList* list, bool readOnly)
     : m_list(list), m_expectedModCount(list->getModCount()), m_readOnly(readOnly)
-{
-}
+{}
 
 ArrayListIterator::~ArrayListIterator() = default;
 

@@ -85,7 +85,8 @@ bool EntryWalk::next(Reference<IQVUnknown>& key, Reference<IQVUnknown>& value)
         throwIfFailed(m_foreign->Next(element.put()));
     }
     if (!readEntry(element.get(), key, value))
-        throw ResultException(results::NOINTERFACE, QV_STR(u"a map's entry walk gave an element that is not a map entry"));
+        throw ResultException(results::NOINTERFACE,
+                              QV_STR(u"a map's entry walk gave an element that is not a map entry"));
     return true;
 }
 

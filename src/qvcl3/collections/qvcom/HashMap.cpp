@@ -55,8 +55,7 @@ HashMap::HashMap(int32_t capacity, float load) : HashMap(nullptr, nullptr, capac
 
 HashMap::HashMap(const IQVComparator* keys, const IQVComparator* values, int32_t capacity, float load)
     : AbstractMap(keys, values), m_table(capacity, load, &destroyEntry)
-{
-}
+{}
 
 HashMap::HashMap(const Map& other, float load) : HashMap(other, nullptr, nullptr, load) {}
 
@@ -135,9 +134,8 @@ Reference<IQVUnknown> HashMap::put(IQVUnknown* key, IQVUnknown* value)
 
 Reference<IQVUnknown> HashMap::remove(const IQVUnknown* key)
 {
-    HashNode* node = m_table.detach(getKeyHashCode(key), [&](HashNode* candidate) {
-        return keysEqual(key, entryOf(candidate)->m_key.get());
-    });
+    HashNode* node = m_table.detach(
+        getKeyHashCode(key), [&](HashNode* candidate) { return keysEqual(key, entryOf(candidate)->m_key.get()); });
     if (!node)
         return nullptr;
     Reference<HashMapEntry> entry;
@@ -187,8 +185,7 @@ Reference<HashMapIterator> HashMap::createEntryIterator()
 
 HashMapIterator::HashMapIterator(HashMap* map, int32_t kind, bool readOnly)
     : m_map(map), m_kind(kind), m_readOnly(readOnly), m_cursor(map->m_table)
-{
-}
+{}
 
 HashMapIterator::~HashMapIterator() = default;
 
@@ -206,12 +203,9 @@ Reference<IQVUnknown> HashMapIterator::next()
 {
     HashMapEntry* entry = nextEntry();
     switch (m_kind) {
-    case KEYS:
-        return entry->m_key;
-    case VALUES:
-        return entry->m_value;
-    default:
-        return Reference<IQVUnknown>(entry->GetUnknown());
+    case KEYS: return entry->m_key;
+    case VALUES: return entry->m_value;
+    default: return Reference<IQVUnknown>(entry->GetUnknown());
     }
 }
 

@@ -27,8 +27,7 @@ HashSet::HashSet(int32_t capacity, float load) : HashSet(nullptr, capacity, load
 
 HashSet::HashSet(const IQVComparator* comparator, int32_t capacity, float load)
     : AbstractSet(comparator), m_map(makeReference<HashMap>(comparator, nullptr, capacity, load))
-{
-}
+{}
 
 HashSet::HashSet(const Collection& other, const IQVComparator* comparator)
     : AbstractSet(comparator), m_map(makeReference<HashMap>(comparator, nullptr, HashMap::calcCapacity(sizeOf(other))))

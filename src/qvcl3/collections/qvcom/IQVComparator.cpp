@@ -33,7 +33,8 @@ const String* stringOf(const IQVUnknown* element)
 {
     const String* text = dynamic_cast<const String*>(element);
     if (!text)
-        throw ResultException(results::INVALIDARG, QV_STR(u"the string comparator was given an element that is not a String"));
+        throw ResultException(results::INVALIDARG,
+                              QV_STR(u"the string comparator was given an element that is not a String"));
     return text;
 }
 

@@ -185,8 +185,7 @@ Reference<AbstractIterator> LinkedList::createConstIterator() const
 
 LinkedListIterator::LinkedListIterator(LinkedList* list, bool readOnly)
     : m_list(list), m_expectedModCount(list->getModCount()), m_next(list->m_header.next), m_readOnly(readOnly)
-{
-}
+{}
 
 LinkedListIterator::~LinkedListIterator() = default;
 

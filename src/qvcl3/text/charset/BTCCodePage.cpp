@@ -35,20 +35,15 @@ void dropPending(State& s, int count)
     detail::throwUnmappableCharacter(message);
 }
 
-struct Call
-{
+struct Call {
     int32_t ip;
     int32_t op;
     int32_t ipStart;
     int32_t opStart;
-    bool progress() const
-    {
-        return ip != ipStart || op != opStart;
-    }
+    bool progress() const { return ip != ipStart || op != opStart; }
 };
 
-struct Substitution
-{
+struct Substitution {
     bool mode;
     int32_t count;
     char16_t unit;
@@ -58,8 +53,8 @@ struct Substitution
 // input while it stays incomplete (atEnd: there is no more). False when the
 // call has to stop here.
 template <typename State>
-bool convertPending(Iconv& iconv, State& s, const uint8_t* in, int32_t inEnd, bool atEnd, char16_t* out,
-                    int32_t outEnd, Call& call, const Substitution& sub, const char* label)
+bool convertPending(Iconv& iconv, State& s, const uint8_t* in, int32_t inEnd, bool atEnd, char16_t* out, int32_t outEnd,
+                    Call& call, const Substitution& sub, const char* label)
 {
     int appended = 0;
     while (s.pendingCount > 0) {

@@ -6,14 +6,12 @@
 #include <cstdio>
 
 #include "ConverterSupport.h"
-#include "SingleByteCodes.h"
 #include "Simd.h"
+#include "SingleByteCodes.h"
 
 namespace qv::text::charset {
 
-BTCSingleByte::BTCSingleByte(const detail::SingleByteCode& code) : m_code(&code)
-{
-}
+BTCSingleByte::BTCSingleByte(const detail::SingleByteCode& code) : m_code(&code) {}
 
 int32_t BTCSingleByte::convert(const signed char* inBytes, int32_t* inPos, int32_t inEnd, char16_t* out,
                                int32_t* outPos, int32_t outEnd)
@@ -98,9 +96,7 @@ int32_t BTCSingleByte::flush(char16_t* out, int32_t* outPos, int32_t outEnd)
     return 0;
 }
 
-void BTCSingleByte::reset()
-{
-}
+void BTCSingleByte::reset() {}
 
 const char16_t* BTCSingleByte::getEncodingName() const
 {
@@ -117,20 +113,12 @@ int BTCSingleByte::getMaxCharsPerByte() const
     return 1;
 }
 
-BTCASCII::BTCASCII() : BTCSingleByte(detail::asciiCode)
-{
-}
+BTCASCII::BTCASCII() : BTCSingleByte(detail::asciiCode) {}
 
-BTCISO8859_1::BTCISO8859_1() : BTCSingleByte(detail::latin1Code)
-{
-}
+BTCISO8859_1::BTCISO8859_1() : BTCSingleByte(detail::latin1Code) {}
 
-BTCCP437::BTCCP437() : BTCSingleByte(detail::cp437Code)
-{
-}
+BTCCP437::BTCCP437() : BTCSingleByte(detail::cp437Code) {}
 
-BTCCP1252::BTCCP1252() : BTCSingleByte(detail::cp1252Code)
-{
-}
+BTCCP1252::BTCCP1252() : BTCSingleByte(detail::cp1252Code) {}
 
 } // namespace qv::text::charset

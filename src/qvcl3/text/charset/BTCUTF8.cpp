@@ -166,14 +166,12 @@ inline bool decodeThreeByteQuad(const uint8_t* in, char16_t* out)
     // Sequences 0 and 1 in the low quadword, 2 and 3 in the high one, each
     // pair turned into two 16-bit values by shifts and masks.
     const __m128i w = _mm_unpacklo_epi64(v, _mm_srli_si128(v, 6));
-    const __m128i first = _mm_or_si128(
-        _mm_or_si128(_mm_and_si128(_mm_slli_epi64(w, 12), _mm_set1_epi64x(0xF000)),
-                     _mm_and_si128(_mm_srli_epi64(w, 2), _mm_set1_epi64x(0x0FC0))),
-        _mm_and_si128(_mm_srli_epi64(w, 16), _mm_set1_epi64x(0x003F)));
-    const __m128i second = _mm_or_si128(
-        _mm_or_si128(_mm_and_si128(_mm_slli_epi64(w, 4), _mm_set1_epi64x(0xF0000000)),
-                     _mm_and_si128(_mm_srli_epi64(w, 10), _mm_set1_epi64x(0x0FC00000))),
-        _mm_and_si128(_mm_srli_epi64(w, 24), _mm_set1_epi64x(0x003F0000)));
+    const __m128i first = _mm_or_si128(_mm_or_si128(_mm_and_si128(_mm_slli_epi64(w, 12), _mm_set1_epi64x(0xF000)),
+                                                    _mm_and_si128(_mm_srli_epi64(w, 2), _mm_set1_epi64x(0x0FC0))),
+                                       _mm_and_si128(_mm_srli_epi64(w, 16), _mm_set1_epi64x(0x003F)));
+    const __m128i second = _mm_or_si128(_mm_or_si128(_mm_and_si128(_mm_slli_epi64(w, 4), _mm_set1_epi64x(0xF0000000)),
+                                                     _mm_and_si128(_mm_srli_epi64(w, 10), _mm_set1_epi64x(0x0FC00000))),
+                                        _mm_and_si128(_mm_srli_epi64(w, 24), _mm_set1_epi64x(0x003F0000)));
     const __m128i units = _mm_shuffle_epi32(_mm_or_si128(first, second), _MM_SHUFFLE(3, 1, 2, 0));
     // Overlong forms have top five bits 00000, surrogates 11011.
     const __m128i top = _mm_srli_epi16(units, 11);

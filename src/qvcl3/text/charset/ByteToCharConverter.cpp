@@ -8,8 +8,7 @@ namespace charset {
 
 ByteToCharConverter::ByteToCharConverter()
     : substitutionMode(true), substitutionChars{u'\uFFFD', 0, 0}, substitutionCount(1)
-{
-}
+{}
 
 ByteToCharConverter::ByteToCharConverter(const ByteToCharConverter& other) = default;
 

@@ -33,8 +33,8 @@ CTBCodePage::CTBCodePage(uint32_t codePage) : m_info(detail::findCodePage(codePa
 
 CTBCodePage::~CTBCodePage() = default;
 
-int32_t CTBCodePage::convert(const char16_t* in, int32_t* inPos, int32_t inEnd, signed char* outBytes,
-                             int32_t* outPos, int32_t outEnd)
+int32_t CTBCodePage::convert(const char16_t* in, int32_t* inPos, int32_t inEnd, signed char* outBytes, int32_t* outPos,
+                             int32_t outEnd)
 {
     const uint8_t* inBytes = reinterpret_cast<const uint8_t*>(in);
     uint8_t* out = reinterpret_cast<uint8_t*>(outBytes);

@@ -6,14 +6,12 @@
 #include <cstdio>
 
 #include "ConverterSupport.h"
-#include "SingleByteCodes.h"
 #include "Simd.h"
+#include "SingleByteCodes.h"
 
 namespace qv::text::charset {
 
-CTBSingleByte::CTBSingleByte(const detail::SingleByteCode& code) : m_code(&code), m_high(0)
-{
-}
+CTBSingleByte::CTBSingleByte(const detail::SingleByteCode& code) : m_code(&code), m_high(0) {}
 
 int32_t CTBSingleByte::convert(const char16_t* in, int32_t* inPos, int32_t inEnd, signed char* outBytes,
                                int32_t* outPos, int32_t outEnd)
@@ -125,20 +123,12 @@ int CTBSingleByte::getMaxCharsPerByte() const
     return 1;
 }
 
-CTBASCII::CTBASCII() : CTBSingleByte(detail::asciiCode)
-{
-}
+CTBASCII::CTBASCII() : CTBSingleByte(detail::asciiCode) {}
 
-CTBISO8859_1::CTBISO8859_1() : CTBSingleByte(detail::latin1Code)
-{
-}
+CTBISO8859_1::CTBISO8859_1() : CTBSingleByte(detail::latin1Code) {}
 
-CTBCP437::CTBCP437() : CTBSingleByte(detail::cp437Code)
-{
-}
+CTBCP437::CTBCP437() : CTBSingleByte(detail::cp437Code) {}
 
-CTBCP1252::CTBCP1252() : CTBSingleByte(detail::cp1252Code)
-{
-}
+CTBCP1252::CTBCP1252() : CTBSingleByte(detail::cp1252Code) {}
 
 } // namespace qv::text::charset

@@ -56,8 +56,7 @@ inline int encodeTwoByteQuad(const char16_t* in, uint8_t* out, int32_t& op)
     for (int k = 0; k < 4; ++k) {
         const uint32_t c = static_cast<uint32_t>(units >> (16 * k)) & 0xFFFF;
         const uint32_t wide = c >= 0x80 ? 1 : 0;
-        const uint16_t bytes =
-            static_cast<uint16_t>(wide != 0 ? (0xC0 | (c >> 6)) | ((0x80 | (c & 0x3F)) << 8) : c);
+        const uint16_t bytes = static_cast<uint16_t>(wide != 0 ? (0xC0 | (c >> 6)) | ((0x80 | (c & 0x3F)) << 8) : c);
         std::memcpy(out + op, &bytes, 2);
         op += 1 + static_cast<int32_t>(wide);
         twoByte += static_cast<int>(wide);
@@ -130,19 +129,17 @@ inline int encodePairBlock(const char16_t* in, uint8_t* out, int32_t& op)
     const __m128i zero = _mm_setzero_si128();
     const __m128i a = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in));
     const __m128i b = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in + 8));
-    auto lanes = [](__m128i x, __m128i y) {
-        return static_cast<uint32_t>(_mm_movemask_epi8(_mm_packs_epi16(x, y)));
-    };
+    auto lanes = [](__m128i x, __m128i y) { return static_cast<uint32_t>(_mm_movemask_epi8(_mm_packs_epi16(x, y))); };
     const __m128i nonAscii = _mm_set1_epi16(static_cast<short>(0xFF80));
     const __m128i tenBits = _mm_set1_epi16(static_cast<short>(0xFC00));
     const __m128i highTag = _mm_set1_epi16(static_cast<short>(0xD800));
     const __m128i lowTag = _mm_set1_epi16(static_cast<short>(0xDC00));
-    const uint32_t ascii = lanes(_mm_cmpeq_epi16(_mm_and_si128(a, nonAscii), zero),
-                                 _mm_cmpeq_epi16(_mm_and_si128(b, nonAscii), zero));
-    const uint32_t highs = lanes(_mm_cmpeq_epi16(_mm_and_si128(a, tenBits), highTag),
-                                 _mm_cmpeq_epi16(_mm_and_si128(b, tenBits), highTag));
-    const uint32_t lows = lanes(_mm_cmpeq_epi16(_mm_and_si128(a, tenBits), lowTag),
-                                _mm_cmpeq_epi16(_mm_and_si128(b, tenBits), lowTag));
+    const uint32_t ascii =
+        lanes(_mm_cmpeq_epi16(_mm_and_si128(a, nonAscii), zero), _mm_cmpeq_epi16(_mm_and_si128(b, nonAscii), zero));
+    const uint32_t highs =
+        lanes(_mm_cmpeq_epi16(_mm_and_si128(a, tenBits), highTag), _mm_cmpeq_epi16(_mm_and_si128(b, tenBits), highTag));
+    const uint32_t lows =
+        lanes(_mm_cmpeq_epi16(_mm_and_si128(a, tenBits), lowTag), _mm_cmpeq_epi16(_mm_and_si128(b, tenBits), lowTag));
     const uint32_t second = highs & (highs - 1);
     if ((ascii | highs | lows) != 0xFFFF || lows != highs << 1 || (second & (second - 1)) != 0) {
         return -1;
@@ -161,7 +158,8 @@ inline int encodePairBlock(const char16_t* in, uint8_t* out, int32_t& op)
         const uint32_t plane = (in[j[k]] & 0x3FFu) + 0x40;
         const uint32_t low = in[j[k] + 1];
         const uint32_t bytes = (0xF0 | (plane >> 8)) | ((0x80 | ((plane >> 2) & 0x3F)) << 8) |
-                               ((0x80 | ((plane & 3) << 4) | ((low >> 6) & 0x0F)) << 16) | ((0x80 | (low & 0x3F)) << 24);
+                               ((0x80 | ((plane & 3) << 4) | ((low >> 6) & 0x0F)) << 16) |
+                               ((0x80 | (low & 0x3F)) << 24);
         std::memcpy(o + j[k] + 2 * k, &bytes, 4);
         asciiRun(in + j[k] + 2, o + j[k] + 2 * k + 4);
     }

@@ -8,8 +8,7 @@ namespace charset {
 
 CharToByteConverter::CharToByteConverter()
     : substitutionMode(true), substitutionBytes{0x3F, 0, 0, 0, 0, 0, 0}, substitutionCount(1)
-{
-}
+{}
 
 CharToByteConverter::CharToByteConverter(const CharToByteConverter& other) = default;
 

@@ -8,7 +8,10 @@ namespace charset {
 
 #define QV_DEFINE_RESULT_EXCEPTION(Name, code)                                                                         \
     QV_DEFINE_EXCEPTION(Name, Exception)                                                                               \
-    Result Name::getResult() const { return code; }
+    Result Name::getResult() const                                                                                     \
+    {                                                                                                                  \
+        return code;                                                                                                   \
+    }
 
 QV_DEFINE_RESULT_EXCEPTION(InvalidCharacterException, results::INVALID_CHARACTER)
 QV_DEFINE_RESULT_EXCEPTION(UnmappableCharacterException, results::UNMAPPABLE_CHARACTER)

@@ -6,13 +6,12 @@
 namespace qv::text::charset::detail {
 
 // The code pages converted through iconv.
-struct CodePageInfo
-{
+struct CodePageInfo {
     uint32_t codePage;
     const char16_t* name;
-    const char* label;      // the name again, for messages
+    const char* label; // the name again, for messages
     const char* iconvName;
-    int maxBytesPerChar;    // per UTF-16 code unit
+    int maxBytesPerChar; // per UTF-16 code unit
 };
 
 // Null for a code page that is not in the table.

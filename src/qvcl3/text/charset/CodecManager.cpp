@@ -50,8 +50,7 @@ CodecClasses* classesOf(const Reference<IQVUnknown>& value) noexcept
 
 CodecClasses::CodecClasses(const Class* encoderClass, const Class* decoderClass) noexcept
     : m_encoder(encoderClass), m_decoder(decoderClass)
-{
-}
+{}
 
 CodecClasses::~CodecClasses() = default;
 

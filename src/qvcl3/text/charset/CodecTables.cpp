@@ -5,7 +5,9 @@
 namespace qv::text::charset::detail {
 
 #define QV_CODEC(name, codePage, canonical, classSuffix)                                                               \
-    {name, codePage, canonical, u"qv::text::charset::CTB" classSuffix, u"qv::text::charset::BTC" classSuffix}
+    {                                                                                                                  \
+        name, codePage, canonical, u"qv::text::charset::CTB" classSuffix, u"qv::text::charset::BTC" classSuffix        \
+    }
 
 // "ASCII" is deliberately a further name of itself as well; the registry
 // keeps the first registration, so the second row changes nothing.
@@ -61,11 +63,10 @@ const CodecTableRow g_codecTable[] = {
 #undef QV_CODEC
 
 const CodePageTableRow g_codePageTable[] = {
-    {u"CP1250", 1250, 0}, {u"CP1251", 1251, 0}, {u"CP1253", 1253, 0}, {u"CP1254", 1254, 0},
-    {u"CP1255", 1255, 0}, {u"CP1256", 1256, 0}, {u"CP1257", 1257, 0}, {u"CP1258", 1258, 0},
-    {u"CP737", 737, 0},   {u"CP775", 775, 0},   {u"CP850", 850, 0},   {u"CP852", 852, 0},
-    {u"CP855", 855, 0},   {u"CP857", 857, 0},   {u"CP858", 858, 0},   {u"CP862", 862, 0},
-    {u"CP866", 866, 0},   {u"CP932", 932, 0},   {u"EUCJP", 20932, 0}, {nullptr, 0, 0},
+    {u"CP1250", 1250, 0}, {u"CP1251", 1251, 0}, {u"CP1253", 1253, 0}, {u"CP1254", 1254, 0}, {u"CP1255", 1255, 0},
+    {u"CP1256", 1256, 0}, {u"CP1257", 1257, 0}, {u"CP1258", 1258, 0}, {u"CP737", 737, 0},   {u"CP775", 775, 0},
+    {u"CP850", 850, 0},   {u"CP852", 852, 0},   {u"CP855", 855, 0},   {u"CP857", 857, 0},   {u"CP858", 858, 0},
+    {u"CP862", 862, 0},   {u"CP866", 866, 0},   {u"CP932", 932, 0},   {u"EUCJP", 20932, 0}, {nullptr, 0, 0},
 };
 
 const CodePageAlias g_codePageAliases[] = {

@@ -60,8 +60,8 @@ void throwHighSurrogateAtEnd()
     throwInvalidCharacter("Invalid UTF-16: high surrogate at end of input");
 }
 
-void checkConvertArguments(const void* in, const int32_t* inPos, int32_t inEnd, const void* out,
-                           const int32_t* outPos, int32_t outEnd)
+void checkConvertArguments(const void* in, const int32_t* inPos, int32_t inEnd, const void* out, const int32_t* outPos,
+                           int32_t outEnd)
 {
     if (inPos == nullptr || outPos == nullptr) {
         throwRangeError("convert: null position pointer");

@@ -21,8 +21,8 @@ namespace detail {
 
 // Rejects null position pointers, positions outside [0, end] and a null
 // buffer behind a non-empty range before any element is touched.
-void checkConvertArguments(const void* in, const int32_t* inPos, int32_t inEnd, const void* out,
-                           const int32_t* outPos, int32_t outEnd);
+void checkConvertArguments(const void* in, const int32_t* inPos, int32_t inEnd, const void* out, const int32_t* outPos,
+                           int32_t outEnd);
 void checkFlushArguments(const void* out, const int32_t* outPos, int32_t outEnd);
 
 using qvutf::combineSurrogates;

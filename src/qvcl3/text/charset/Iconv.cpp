@@ -22,12 +22,9 @@ Iconv::Status statusOf(size_t result)
         return Iconv::Status::Done;
     }
     switch (errno) {
-    case E2BIG:
-        return Iconv::Status::OutputFull;
-    case EINVAL:
-        return Iconv::Status::Incomplete;
-    default:
-        return Iconv::Status::Invalid;
+    case E2BIG: return Iconv::Status::OutputFull;
+    case EINVAL: return Iconv::Status::Incomplete;
+    default: return Iconv::Status::Invalid;
     }
 }
 

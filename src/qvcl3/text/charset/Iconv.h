@@ -11,8 +11,7 @@ namespace qv::text::charset::detail {
 // call, so it may live here rather than in the platform layer; keeping it in
 // one class keeps the code-page converters free of it and leaves a single
 // spot to replace on a platform without iconv.
-class Iconv
-{
+class Iconv {
 public:
     enum class Status { Done, OutputFull, Incomplete, Invalid };
 

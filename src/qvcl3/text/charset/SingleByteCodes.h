@@ -8,14 +8,13 @@ namespace qv::text::charset::detail {
 // One single-byte code page, both directions. Bytes below identityBelow
 // stand for the code point of the same value, which lets the converters
 // move them in blocks.
-struct SingleByteCode
-{
+struct SingleByteCode {
     const char16_t* name;
-    const char* label;  // the name again, for messages
+    const char* label; // the name again, for messages
     uint32_t identityBelow;
-    char16_t toUnicode[256];  // U+FFFD where the byte is undefined
+    char16_t toUnicode[256]; // U+FFFD where the byte is undefined
     int reverseCount;
-    uint32_t reverse[128];  // (code point << 8) | byte for bytes from identityBelow on, ascending
+    uint32_t reverse[128]; // (code point << 8) | byte for bytes from identityBelow on, ascending
 };
 
 extern const SingleByteCode asciiCode;

@@ -10,12 +10,10 @@ namespace util {
 
 template <class E>
 QV_BEGIN_INTERFACE_MAP(BasicAbstractBuffer<E>)
-QV_INTERFACE_ENTRY(BasicAbstractBuffer, InterfaceType)
-QV_INTERFACE_CHAIN(Object)
-QV_END_INTERFACE_MAP()
+QV_INTERFACE_ENTRY(BasicAbstractBuffer, InterfaceType) QV_INTERFACE_CHAIN(Object) QV_END_INTERFACE_MAP()
 
-template <class E>
-int32_t BasicAbstractBuffer<E>::GetLength() const
+    template <class E>
+    int32_t BasicAbstractBuffer<E>::GetLength() const
 {
     Result r = qvcom::guardBoundary([&] { return getLength(); });
     return r < 0 ? 0 : r;
@@ -84,11 +82,11 @@ Result BasicAbstractBuffer<E>::FreeExtra()
 
 template <class E>
 BasicROBuffer<E>::BasicROBuffer() noexcept : m_data(nullptr), m_length(0)
-{
-}
+{}
 
 template <class E>
-BasicROBuffer<E>::BasicROBuffer(const E* data, int32_t length, int32_t) : m_data(data), m_length(length < 0 ? 0 : length)
+BasicROBuffer<E>::BasicROBuffer(const E* data, int32_t length, int32_t)
+    : m_data(data), m_length(length < 0 ? 0 : length)
 {
     if (!data && length > 0)
         throw ResultException(results::INVALIDARG);
@@ -97,8 +95,7 @@ BasicROBuffer<E>::BasicROBuffer(const E* data, int32_t length, int32_t) : m_data
 template <class E>
 BasicROBuffer<E>::BasicROBuffer(const BasicROBuffer& other) noexcept
     : BasicAbstractBuffer<E>(other), m_data(other.m_data), m_length(other.m_length)
-{
-}
+{}
 
 template <class E>
 BasicROBuffer<E>& BasicROBuffer<E>::operator=(const BasicROBuffer& other) noexcept
@@ -131,8 +128,7 @@ const E* BasicROBuffer<E>::getReadLock() const
 
 template <class E>
 void BasicROBuffer<E>::releaseReadLock() const
-{
-}
+{}
 
 template <class E>
 bool BasicROBuffer<E>::isWritable() const
@@ -160,8 +156,7 @@ void BasicROBuffer<E>::releaseWriteLock(int32_t)
 
 template <class E>
 void BasicROBuffer<E>::freeExtra()
-{
-}
+{}
 
 template <class E>
 int32_t BasicROBuffer<E>::GetLength() const
@@ -226,8 +221,7 @@ Result BasicROBuffer<E>::FreeExtra()
 
 template <class E>
 BasicRWBuffer<E>::BasicRWBuffer() noexcept : m_data(nullptr), m_capacity(0), m_length(0)
-{
-}
+{}
 
 template <class E>
 BasicRWBuffer<E>::BasicRWBuffer(const E* data, int32_t length, int32_t capacity)
@@ -354,8 +348,7 @@ const E* BasicRWBuffer<E>::getReadLock() const
 
 template <class E>
 void BasicRWBuffer<E>::releaseReadLock() const
-{
-}
+{}
 
 template <class E>
 bool BasicRWBuffer<E>::isWritable() const
@@ -385,24 +378,20 @@ void BasicRWBuffer<E>::freeExtra()
 
 template <class E>
 BasicMTBuffer<E>::BasicMTBuffer() : m_lock(nullptr, 0)
-{
-}
+{}
 
 template <class E>
 BasicMTBuffer<E>::BasicMTBuffer(const E* data, int32_t length, int32_t capacity)
     : BasicRWBuffer<E>(data, length, capacity), m_lock(nullptr, 0)
-{
-}
+{}
 
 template <class E>
 BasicMTBuffer<E>::BasicMTBuffer(int32_t capacity) : BasicRWBuffer<E>(capacity), m_lock(nullptr, 0)
-{
-}
+{}
 
 template <class E>
 BasicMTBuffer<E>::BasicMTBuffer(const BasicMTBuffer& other) : BasicRWBuffer<E>(other), m_lock(nullptr, 0)
-{
-}
+{}
 
 template <class E>
 BasicMTBuffer<E>& BasicMTBuffer<E>::operator=(const BasicMTBuffer& other)
