@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Writes the seed corpora of the fuzz targets (fuzz/seeds/<target>/): valid
-and nearly valid inputs laid out as each target reads its input. Run again
+"""Writes the starting inputs of each fuzz target into fuzz/seeds/<target>/:
+well-formed and almost well-formed inputs, laid out as the target reads them. Run again
 after changing a target's input layout; the files are committed."""
 import os
 import shutil
