@@ -9,16 +9,18 @@ namespace qv {
 
 namespace {
 
-// -1, 0 or 1 by the first differing unit, as unsigned 16-bit numbers. Equal
-// runs are the common case, so memcmp decides that first; only unequal runs
-// are walked again to find where they differ.
+// -1, 0 or 1 by the first differing unit, as unsigned 16-bit numbers. Short
+// runs (map keys, names) are walked four units a step; long equal runs are
+// the common case there, so memcmp decides those first.
 int compareUnits(const char16_t* a, const char16_t* b, int32_t n) noexcept
 {
     if (a == b || n <= 0)
         return 0;
-    if (std::memcmp(a, b, static_cast<size_t>(n) * sizeof(char16_t)) == 0)
-        return 0;
     int32_t i = 0;
+    if (n >= 64) {
+        if (std::memcmp(a, b, static_cast<size_t>(n) * sizeof(char16_t)) == 0)
+            return 0;
+    }
     for (; i + 4 <= n; i += 4) {
         uint64_t x;
         uint64_t y;
@@ -498,7 +500,11 @@ bool operator==(const String& a, const char16_t* b)
 
 bool operator<(const String& a, const String& b)
 {
-    return a.compare(b) < 0;
+    const String::TextRef left(a);
+    const String::TextRef right(b);
+    const int32_t shorter = left.length() < right.length() ? left.length() : right.length();
+    const int r = compareUnits(left.data(), right.data(), shorter);
+    return r != 0 ? r < 0 : left.length() < right.length();
 }
 
 } // namespace qv

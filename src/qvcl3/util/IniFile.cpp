@@ -12,6 +12,7 @@
 
 #include <cctype>
 #include <cstring>
+#include <optional>
 #include <string>
 
 namespace qv {
@@ -69,6 +70,99 @@ String decode(ByteToCharConverter& decoder, const char* bytes, size_t length)
     for (size_t i = 0; i < length; ++i)
         text.append(static_cast<char16_t>(static_cast<unsigned char>(bytes[i])));
     return text;
+}
+
+// Whether the decoder reads every byte below 0x80 as the character of the
+// same number, asked of the decoder itself rather than of its name: such a
+// decoder lets plain ASCII key lines skip the converter, the cost of most
+// loads.
+bool readsAsciiAsItself(ByteToCharConverter& decoder)
+{
+    char probe[127];
+    for (int i = 0; i < 127; ++i)
+        probe[i] = static_cast<char>(i + 1);
+    String text;
+    const Result result = qvcom::guardBoundary([&] { text = decodeStrictly(decoder, probe, sizeof probe); });
+    if (result == results::OUTOFMEMORY)
+        throw OutOfMemoryException();
+    if (result != results::OK || text.getLength() != 127)
+        return false;
+    for (int i = 0; i < 127; ++i) {
+        if (text.getCharAt(i) != static_cast<char16_t>(i + 1))
+            return false;
+    }
+    return true;
+}
+
+// ASCII without the bytes that switch a stateful decoder's mode (escape,
+// shift out, shift in): such a line decodes to the same units whatever the
+// decoder's state.
+bool isPlainAscii(const char* bytes, size_t length)
+{
+    const uint64_t highs = 0x8080808080808080ull;
+    const uint64_t below32 = 0x2020202020202020ull;
+    size_t i = 0;
+    for (; i + 8 <= length; i += 8) {
+        uint64_t word;
+        std::memcpy(&word, bytes + i, sizeof word);
+        if (word & highs)
+            return false;
+        // Tabs and line ends are control bytes too: only a word holding a
+        // byte below 0x20 is looked at byte by byte.
+        if (((word - below32) & ~word & highs) == 0)
+            continue;
+        for (size_t j = i; j < i + 8; ++j) {
+            const unsigned char c = static_cast<unsigned char>(bytes[j]);
+            if (c == 0x1B || c == 0x0E || c == 0x0F)
+                return false;
+        }
+    }
+    for (; i < length; ++i) {
+        const unsigned char c = static_cast<unsigned char>(bytes[i]);
+        if (c >= 0x80 || c == 0x1B || c == 0x0E || c == 0x0F)
+            return false;
+    }
+    return true;
+}
+
+bool isTrimmed(char c)
+{
+    return c == ' ' || c == '\t' || c == '\r' || c == '\n';
+}
+
+String widen(const char* bytes, size_t length)
+{
+    char16_t units[kLineBytes];
+    for (size_t i = 0; i < length; ++i)
+        units[i] = static_cast<unsigned char>(bytes[i]);
+    return String(units, static_cast<int32_t>(length));
+}
+
+// A plain ASCII key line split as the general path splits a decoded one:
+// the last character dropped, the text cut at the first '=', both sides
+// trimmed. False when the line has no '='.
+bool splitAsciiKeyLine(const char* line, size_t length, std::optional<String>& key, std::optional<String>& value)
+{
+    const size_t kept = length - 1;
+    const void* found = std::memchr(line, '=', kept);
+    if (!found)
+        return false;
+    const size_t equals = static_cast<size_t>(static_cast<const char*>(found) - line);
+    size_t begin = 0;
+    size_t end = equals;
+    while (begin < end && isTrimmed(line[begin]))
+        ++begin;
+    while (end > begin && isTrimmed(line[end - 1]))
+        --end;
+    key.emplace(widen(line + begin, end - begin));
+    begin = equals + 1;
+    end = kept;
+    while (begin < end && isTrimmed(line[begin]))
+        ++begin;
+    while (end > begin && isTrimmed(line[end - 1]))
+        --end;
+    value.emplace(widen(line + begin, end - begin));
+    return true;
 }
 
 std::string encode(CharToByteConverter& encoder, const String& value)
@@ -230,6 +324,18 @@ int IniFile::load()
     Reference<ByteToCharConverter> utf8Decoder = ByteToCharConverter::getConverter(u"UTF-8");
     narrowDecoder->setSubstitutionMode(true);
     utf8Decoder->setSubstitutionMode(true);
+    const bool narrowReadsAscii = readsAsciiAsItself(*narrowDecoder);
+    // A set named again in the middle of the file gathers the keys of both
+    // sections; later values win.
+    auto gather = [this](const String& set, Keys& found) {
+        auto place = m_sets.try_emplace(set);
+        if (place.second || place.first->second.empty()) {
+            place.first->second.swap(found);
+            return;
+        }
+        for (auto& key : found)
+            place.first->second[key.first] = key.second;
+    };
 
     String current;
     Keys keys;
@@ -240,9 +346,13 @@ int IniFile::load()
         const size_t limit = std::min(data.size(), position + kLineBytes);
         const void* newline = std::memchr(data.data() + position, '\n', limit - position);
         const size_t lineEnd = newline ? static_cast<const char*>(newline) - data.data() + 1 : limit;
-        IniFileLayout::Line record;
-        if (m_layout)
-            record.bytes.assign(data, position, lineEnd - position);
+        // Only a layout-keeping file records its lines; the others build
+        // no record at all, most of a load's cost otherwise.
+        std::optional<IniFileLayout::Line> record;
+        if (m_layout) {
+            record.emplace();
+            record->bytes.assign(data, position, lineEnd - position);
+        }
         const char* line = data.data() + position;
         // The line is handled as the C string it was read into.
         size_t length = strnlen(line, lineEnd - position);
@@ -250,7 +360,7 @@ int IniFile::load()
         position = lineEnd;
         auto keep = [&] {
             if (m_layout)
-                m_layout->addLine(std::move(record));
+                m_layout->addLine(std::move(*record));
         };
         if (stopped) {
             keep();
@@ -270,41 +380,49 @@ int IniFile::load()
             keep();
             continue;
         }
-        String lineText = decode(m_utf8 ? *utf8Decoder : *narrowDecoder, line, length);
-        if (first == '[') {
-            if (!headerSeen)
-                headerSeen = true;
-            else if (current.getLength() > 0) {
-                // A set named again in the middle of the file gathers the keys
-                // of both sections; later values win.
-                Keys& earlier = m_sets[current];
-                for (auto& key : keys)
-                    earlier[key.first] = key.second;
-            }
-            keys.clear();
-            const int32_t close = lineText.lastIndexOf(u']');
-            if (close < 0) {
+        // Built in place: a String assigned copies its text.
+        std::optional<String> key;
+        std::optional<String> value;
+        if (first != '[' && (m_utf8 || narrowReadsAscii) && isPlainAscii(line, length)) {
+            if (!splitAsciiKeyLine(line, length, key, value)) {
                 stopped = true;
                 keep();
                 continue;
             }
-            current = lineText.substring(1, close);
-            record.kind = IniFileLayout::HEADER;
-            record.set = current;
-            keep();
-            continue;
+        } else {
+            String lineText = decode(m_utf8 ? *utf8Decoder : *narrowDecoder, line, length);
+            if (first == '[') {
+                if (!headerSeen)
+                    headerSeen = true;
+                else if (current.getLength() > 0)
+                    gather(current, keys);
+                keys.clear();
+                const int32_t close = lineText.lastIndexOf(u']');
+                if (close < 0) {
+                    stopped = true;
+                    keep();
+                    continue;
+                }
+                current = lineText.substring(1, close);
+                if (record) {
+                    record->kind = IniFileLayout::HEADER;
+                    record->set = current;
+                }
+                keep();
+                continue;
+            }
+            lineText.remove(lineText.getLength() - 1);
+            const int32_t equals = lineText.indexOf(u'=');
+            if (equals < 0) {
+                stopped = true;
+                keep();
+                continue;
+            }
+            key.emplace(lineText.substring(0, equals));
+            value.emplace(lineText.substring(equals + 1));
+            key->trim(kTrimmed, 4);
+            value->trim(kTrimmed, 4);
         }
-        lineText.remove(lineText.getLength() - 1);
-        const int32_t equals = lineText.indexOf(u'=');
-        if (equals < 0) {
-            stopped = true;
-            keep();
-            continue;
-        }
-        String key = lineText.substring(0, equals);
-        String value = lineText.substring(equals + 1);
-        key.trim(kTrimmed, 4);
-        value.trim(kTrimmed, 4);
         if (m_layout && headerSeen) {
             // Bytes and characters meet at '=' and at the trimmed white
             // space, which are single bytes in every encoding read here.
@@ -317,18 +435,22 @@ int IniFile::load()
                 ++begin;
             while (end > begin && std::strchr(" \t\r\n", bytes[end - 1]))
                 --end;
-            record.kind = IniFileLayout::KEY;
-            record.set = current;
-            record.key = key;
-            record.value = value;
-            record.valueBegin = begin + skipped;
-            record.valueEnd = end + skipped;
+            record->kind = IniFileLayout::KEY;
+            record->set = current;
+            record->key = *key;
+            record->value = *value;
+            record->valueBegin = begin + skipped;
+            record->valueEnd = end + skipped;
         }
-        keys[key] = value;
+        // Keys of a generated or sorted file come in order: the hint makes
+        // their insertion constant time.
+        keys.insert_or_assign(keys.end(), std::move(*key), std::move(*value));
         keep();
     }
+    // The last section replaces its set rather than merging: the format
+    // always behaved so, and callers' files depend on it.
     if (current.getLength() > 0)
-        m_sets[current] = keys;
+        m_sets[current] = std::move(keys);
     return 0;
 }
 
