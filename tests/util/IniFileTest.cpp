@@ -137,6 +137,26 @@ TEST_F(IniFileTest, BrokenLinesEndTheLoadSilently)
     EXPECT_TRUE(names(IniFileKeyIterator(brokenHeader, u"a")).empty());
 }
 
+TEST_F(IniFileTest, HostileFilesLoadAsTheLineRulesSay)
+{
+    // One 10 MB line is read 511 bytes at a time: the first piece is a key
+    // (its last byte dropped), the second has no '=' and ends the load.
+    write("[s]\nk=" + std::string(10 << 20, 'v') + "\n[t]\nx=1\n");
+    IniFile longLine(path());
+    char16_t value[600] = {};
+    ASSERT_EQ(longLine.GetValue(u"s", u"k", value, 600), 0);
+    EXPECT_EQ(String(value), String(u'v', 508));
+    EXPECT_EQ(valueOf(longLine, u"t", u"x"), kMissing);
+
+    // A piece is read as a C string: NUL bytes hide the rest of their piece,
+    // here the header that shares the last piece with them.
+    write(std::string(1 << 20, '\0') + "[s]\nk=1\n[t]\nx=1\n");
+    touchLater();
+    IniFile zeros(path());
+    EXPECT_EQ(valueOf(zeros, u"s", u"k"), kMissing);
+    EXPECT_EQ(names(IniFileSetIterator(zeros, u"")), std::vector<std::string>{"t"});
+}
+
 TEST_F(IniFileTest, RepeatedSetsMergeInTheMiddleAndTheLastOneReplaces)
 {
     write("[a]\nk=1\nj=1\n[b]\nx=1\n[a]\nk=2\n[c]\ny=1\n");
