@@ -1,6 +1,5 @@
 #include <qv/i18n/StringBundle.h>
 
-#include <qv/core/Boundary.h>
 #include <qv/i18n/ComponentStringBundle.h>
 #include <qv/i18n/ListStringBundle.h>
 #include <qv/i18n/Locale.h>
