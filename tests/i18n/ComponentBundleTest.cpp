@@ -19,6 +19,7 @@
 #include <vector>
 
 using i18ntest::BundleDirectory;
+using i18ntest::text;
 using i18ntest::utf8;
 using qv::Reference;
 using qv::Result;
@@ -32,11 +33,6 @@ using qv::i18n::MissingResourceException;
 using qv::i18n::StringBundle;
 
 namespace {
-
-std::string text(const Reference<const StringBundle>& bundle, const char16_t* key)
-{
-    return utf8(bundle->getString(key));
-}
 
 // The result code of what operation throws, or 0 when it throws nothing.
 template <class Operation>
@@ -67,10 +63,8 @@ TEST(StringBundleFaceTest, ANativeBundleAnswersAcrossTheBoundaryWithResultCodes)
     String out(u"kept");
     EXPECT_EQ(0, bundle->GetString(u"hello", &out));
     EXPECT_EQ(String(u"Gr\u00FC\u00DF dich"), out);
-    EXPECT_EQ(0, bundle->GetString(reinterpret_cast<const unsigned short*>(u"bye"), &out));
-    EXPECT_EQ("Bye", utf8(out));
     EXPECT_EQ(IStringBundle::MISSING_KEY, bundle->GetString(u"nothing", &out));
-    EXPECT_EQ("Bye", utf8(out));
+    EXPECT_EQ(String(u"Gr\u00FC\u00DF dich"), out);
     EXPECT_EQ(qv::results::POINTER, bundle->GetString(static_cast<const char16_t*>(nullptr), &out));
     EXPECT_EQ(qv::results::POINTER, bundle->GetString(u"hello", nullptr));
     qv::util::ROCharBuffer readOnly(u"x", 1);
@@ -83,7 +77,6 @@ TEST(StringBundleFaceTest, ANativeBundleAnswersAcrossTheBoundaryWithResultCodes)
     Reference<ComponentStringBundle> received(new ComponentStringBundle(u"received", bundle.get(), fallback.get()));
     EXPECT_EQ("Bye", utf8(received->getString(u"bye")));
     EXPECT_EQ("far away", utf8(received->getString(u"far.only")));
-    EXPECT_EQ(fallback.get(), received->getParent());
     try {
         received->getString(String(u"hello\0x", 7));
         FAIL() << "a key with U+0000 cannot reach the component";
