@@ -52,6 +52,23 @@ void demoI18n()
     } catch (const MissingResourceException& e) {
         std::printf("fr: %s\n", e.getDescription().toUtf8().c_str());
     }
+
+    section("String bundles and locales through their component faces");
+    // What code on the far side of a component boundary sees: texts come
+    // back in the caller's ICharBuffer (a String is one), failures as codes.
+    qv::Reference<const StringBundle> austrian = StringBundle::getBundle(u"greetings", Locale(u"de_AT"));
+    const IStringBundle* face = austrian.get();
+    qv::String text;
+    const qv::Result found = face->GetString(u"farewell", &text);
+    std::printf("IStringBundle::GetString(\"farewell\") = 0x%08X, \"%s\"\n", static_cast<uint32_t>(found),
+                text.toUtf8().c_str());
+    std::printf("IStringBundle::GetString(\"missing\") = 0x%08X (MISSING_KEY)\n",
+                static_cast<uint32_t>(face->GetString(u"missing", &text)));
+    const Locale serbian(u"sr_RS@latin");
+    const ILocale& locale = serbian;
+    locale.GetDisplayName(&text);
+    std::printf("ILocale::GetDisplayName for %s: %s\n", serbian.toString().toUtf8().c_str(), text.toUtf8().c_str());
+
     StringBundle::setSearchPath(qv::String());
     for (const char* file : {"/greetings.properties", "/greetings_de.properties", "/greetings_de_AT.properties"})
         std::remove((directory + file).c_str());

@@ -57,6 +57,9 @@
 #include <qv/exec/SharedLibrary.h>
 #include <qv/exec/Thread.h>
 #include <qv/i18n/BundleFormatException.h>
+#include <qv/i18n/ComponentStringBundle.h>
+#include <qv/i18n/ILocale.h>
+#include <qv/i18n/IStringBundle.h>
 #include <qv/i18n/ListStringBundle.h>
 #include <qv/i18n/Locale.h>
 #include <qv/i18n/LocaleFormat.h>

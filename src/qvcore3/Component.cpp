@@ -119,13 +119,20 @@ QVRESULT LoadModule(QVHANDLE asking, const std::u16string& path, LoadedModule*& 
     }
     void* getClassObject = nullptr;
     void* canUnloadNow = nullptr;
-    if (QV_FAILED(QVLibGetSymbol(library, u"DllGetClassObject", &getClassObject)) || !getClassObject) {
+    // Running out of memory while looking a name up says nothing about the
+    // module: it is reported as such, not as a missing export.
+    result = QVLibGetSymbol(library, u"DllGetClassObject", &getClassObject);
+    if (QV_SUCCEEDED(result) && !getClassObject) {
+        result = QV_E_PROC_NOT_FOUND;
+    }
+    if (QV_SUCCEEDED(result) && QVLibGetSymbol(library, u"DllCanUnloadNow", &canUnloadNow) == QV_E_OUTOFMEMORY) {
+        result = QV_E_OUTOFMEMORY;
+    }
+    if (QV_FAILED(result)) {
         QVModuleLibClose(library);
-        return QV_E_PROC_NOT_FOUND;
+        return result == QV_E_OUTOFMEMORY ? result : QV_E_PROC_NOT_FOUND;
     }
-    if (QV_FAILED(QVLibGetSymbol(library, u"DllCanUnloadNow", &canUnloadNow))) {
-        canUnloadNow = nullptr; // a module that cannot say so is never unloaded
-    }
+    // A module that cannot say whether it may go is never unloaded.
     entry.library = library;
     entry.getClassObject = reinterpret_cast<QVDllGetClassObjectFunction>(getClassObject);
     entry.canUnloadNow = reinterpret_cast<QVDllCanUnloadNowFunction>(canUnloadNow);

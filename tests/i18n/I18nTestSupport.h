@@ -44,6 +44,11 @@ inline std::string utf8(const qv::String& text)
     return text.toUtf8();
 }
 
+inline std::string text(const qv::Reference<const qv::i18n::StringBundle>& bundle, const char16_t* key)
+{
+    return bundle->getString(key).toUtf8();
+}
+
 } // namespace i18ntest
 
 #endif

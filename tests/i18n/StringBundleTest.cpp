@@ -15,6 +15,7 @@
 #include <vector>
 
 using i18ntest::BundleDirectory;
+using i18ntest::text;
 using i18ntest::utf8;
 using qv::Reference;
 using qv::String;
@@ -23,15 +24,6 @@ using qv::i18n::ListStringBundle;
 using qv::i18n::Locale;
 using qv::i18n::MissingResourceException;
 using qv::i18n::StringBundle;
-
-namespace {
-
-std::string text(const Reference<const StringBundle>& bundle, const char16_t* key)
-{
-    return utf8(bundle->getString(key));
-}
-
-} // namespace
 
 TEST(ListStringBundleTest, LooksUpOwnTextsThenParentsAndNamesItselfWhenMissing)
 {

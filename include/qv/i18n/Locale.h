@@ -2,6 +2,7 @@
 #define QV_I18N_LOCALE_H
 
 #include <qv/core/Object.h>
+#include <qv/i18n/ILocale.h>
 #include <qv/lang/String.h>
 
 #include <vector>
@@ -14,7 +15,10 @@ namespace i18n {
 // given; the root locale has all three empty and is what "C", "POSIX" and ""
 // name. Names are never rejected: a name this class cannot read gives the
 // pieces it could, and an unknown language simply finds no bundle of its own.
-class QV_EXPORT Locale : public Object {
+// ILocale is its component face.
+class QV_EXPORT Locale : public Object, public ILocale {
+    QV_DECLARE_INTERFACE_MAP()
+
 public:
     // The root locale.
     Locale();
@@ -39,6 +43,14 @@ public:
     String getDisplayLanguage() const;
     String getDisplayCountry() const;
     String getDisplayName() const;
+
+    Result GetLanguage(util::ICharBuffer* out) const override;
+    Result GetCountry(util::ICharBuffer* out) const override;
+    Result GetVariant(util::ICharBuffer* out) const override;
+    Result GetName(util::ICharBuffer* out) const override;
+    Result GetDisplayLanguage(util::ICharBuffer* out) const override;
+    Result GetDisplayCountry(util::ICharBuffer* out) const override;
+    Result GetDisplayName(util::ICharBuffer* out) const override;
 
     bool equals(const Object& other) const override;
     uint32_t hashCode() const override;

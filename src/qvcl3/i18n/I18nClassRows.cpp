@@ -1,6 +1,7 @@
 #include "core/ClassTable.h"
 
 #include <qv/i18n/BundleFormatException.h>
+#include <qv/i18n/ComponentStringBundle.h>
 #include <qv/i18n/ListStringBundle.h>
 #include <qv/i18n/Locale.h>
 #include <qv/i18n/LocaleFormat.h>
@@ -14,6 +15,7 @@ namespace detail {
 // clang-format off
 const ClassTableRow g_i18nClassRows[] = {
     QV_CLASS_ROW(i18n::BundleFormatException),
+    QV_CLASS_ROW_NO_CREATOR(i18n::ComponentStringBundle),
     QV_CLASS_ROW(i18n::ListStringBundle),
     QV_CLASS_ROW(i18n::Locale),
     QV_CLASS_ROW(i18n::LocaleFormat),

@@ -4,6 +4,8 @@
 
 #include <qvcore3/qvcore3.h>
 
+#include "i18n/FillCharBuffer.h"
+
 #include <algorithm>
 #include <cstring>
 #include <string>
@@ -166,6 +168,46 @@ Locale::Locale(const Locale& other) = default;
 Locale& Locale::operator=(const Locale& other) = default;
 
 Locale::~Locale() = default;
+
+QV_BEGIN_INTERFACE_MAP(Locale)
+QV_INTERFACE_ENTRY(Locale, ILocale)
+QV_INTERFACE_CHAIN(Object)
+QV_END_INTERFACE_MAP()
+
+Result Locale::GetLanguage(util::ICharBuffer* out) const
+{
+    return detail::fillCharBuffer(out, [this] { return getLanguage(); });
+}
+
+Result Locale::GetCountry(util::ICharBuffer* out) const
+{
+    return detail::fillCharBuffer(out, [this] { return getCountry(); });
+}
+
+Result Locale::GetVariant(util::ICharBuffer* out) const
+{
+    return detail::fillCharBuffer(out, [this] { return getVariant(); });
+}
+
+Result Locale::GetName(util::ICharBuffer* out) const
+{
+    return detail::fillCharBuffer(out, [this] { return toString(); });
+}
+
+Result Locale::GetDisplayLanguage(util::ICharBuffer* out) const
+{
+    return detail::fillCharBuffer(out, [this] { return getDisplayLanguage(); });
+}
+
+Result Locale::GetDisplayCountry(util::ICharBuffer* out) const
+{
+    return detail::fillCharBuffer(out, [this] { return getDisplayCountry(); });
+}
+
+Result Locale::GetDisplayName(util::ICharBuffer* out) const
+{
+    return detail::fillCharBuffer(out, [this] { return getDisplayName(); });
+}
 
 String Locale::getLanguage() const
 {

@@ -1,10 +1,12 @@
 #include <qv/i18n/StringBundle.h>
 
+#include <qv/i18n/ComponentStringBundle.h>
 #include <qv/i18n/ListStringBundle.h>
 #include <qv/i18n/Locale.h>
 #include <qv/i18n/MissingResourceException.h>
 #include <qv/sync/Mutex.h>
 
+#include "i18n/FillCharBuffer.h"
 #include "i18n/PropertiesParser.h"
 
 #include <qvcore3/qvcore3.h>
@@ -121,6 +123,39 @@ String bundleName(const String& baseName, const String& level)
     return name;
 }
 
+// The level's bundle from the component registered for it, or null when no
+// component is. A registered component that cannot be created is an error,
+// not a missing level: quietly showing the root's texts instead would hide a
+// broken installation.
+Reference<const StringBundle> createLevel(const String& baseName, const String& level, const StringBundle* parent)
+{
+    String progId(u"Velmara.StringBundle.");
+    progId.append(baseName);
+    if (level.getLength() > 0)
+        progId.append(u'.').append(level);
+    // A name cut short at a U+0000 would ask for another component.
+    if (progId.indexOf(u'\0') >= 0)
+        return nullptr;
+    GUID clsid;
+    Result result = QVComClassIDFromProgID(progId.getData(), &clsid);
+    if (result == results::CLASSNOTREG)
+        return nullptr;
+    void* object = nullptr;
+    if (result >= 0)
+        result = QVModuleComCreateObject(QV_INVALID_HANDLE, &clsid, nullptr, &IStringBundle::iid, &object);
+    if (result >= 0 && object == nullptr)
+        result = results::POINTER;
+    if (result < 0) {
+        if (result == results::OUTOFMEMORY)
+            throw OutOfMemoryException();
+        throw ResultException(result, String(u"cannot create string bundle component '").append(progId).append(u"'"));
+    }
+    Reference<IStringBundle> component;
+    component.attach(static_cast<IStringBundle*>(object));
+    return Reference<const StringBundle>(
+        new ComponentStringBundle(bundleName(baseName, level), component.get(), parent));
+}
+
 // The level's bundle from the first directory that has its file, or null.
 Reference<const StringBundle> loadLevel(const String& baseName, const String& level, const StringBundle* parent,
                                         const std::vector<std::string>& directories)
@@ -148,6 +183,23 @@ StringBundle::StringBundle() = default;
 
 StringBundle::~StringBundle() = default;
 
+QV_BEGIN_INTERFACE_MAP(StringBundle)
+QV_INTERFACE_ENTRY(StringBundle, IStringBundle)
+QV_INTERFACE_CHAIN(Object)
+QV_END_INTERFACE_MAP()
+
+Result StringBundle::GetString(const char16_t* key, util::ICharBuffer* out) const
+{
+    if (key == nullptr)
+        return results::POINTER;
+    return detail::fillCharBuffer(out, [&] { return getString(String(key)); });
+}
+
+Result StringBundle::GetBundleName(util::ICharBuffer* out) const
+{
+    return detail::fillCharBuffer(out, [this] { return getBundleName(); });
+}
+
 Reference<const StringBundle> StringBundle::getBundle(const String& baseName, const Locale& locale)
 {
     // Least specific first, so that each level can name its parent.
@@ -173,7 +225,11 @@ Reference<const StringBundle> StringBundle::getBundle(const String& baseName, co
                 directories = searchDirectories(state.searchPath);
                 haveDirectories = true;
             }
-            Reference<const StringBundle> loaded = loadLevel(baseName, level, found.get(), directories);
+            // A component outranks a file of the same level, as compiled
+            // bundles outrank properties files in Java.
+            Reference<const StringBundle> loaded = createLevel(baseName, level, found.get());
+            if (!loaded)
+                loaded = loadLevel(baseName, level, found.get(), directories);
             cached = state.levels.emplace(key, loaded).first;
         }
         if (cached->second)
