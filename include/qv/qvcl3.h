@@ -97,6 +97,7 @@
 #include <qv/io/PrintWriter.h>
 #include <qv/io/ReadableChannel.h>
 #include <qv/io/Reader.h>
+#include <qv/io/RotatingFileWriter.h>
 #include <qv/io/StdioInputStream.h>
 #include <qv/io/StdioOutputStream.h>
 #include <qv/io/StringReader.h>
