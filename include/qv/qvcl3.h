@@ -138,6 +138,7 @@
 #include <qv/log/MultiProcessor.h>
 #include <qv/log/StringBundleLogger.h>
 #include <qv/log/SyncLogger.h>
+#include <qv/log/SyslogLogProcessor.h>
 #include <qv/log/TimeStamp.h>
 #include <qv/log/XmlLogWriter.h>
 #include <qv/log/qvcom/QvcomProcessor.h>
