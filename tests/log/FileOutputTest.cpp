@@ -1,3 +1,4 @@
+#include "AllocationSweep.h"
 #include "LogTestSupport.h"
 
 #include <qv/io/RotatingFileWriter.h>
@@ -176,4 +177,24 @@ TEST(LogWriterTest, FullDiskSurfacesFromProcess)
     if (mounted) {
         EXPECT_EQ(umount(dir.path().c_str()), 0);
     }
+}
+
+TEST(RotatingFileWriterTest, AllocationSweepOnARollover)
+{
+    if (!qvtest::allocationFaultsAvailable())
+        GTEST_SKIP() << "fault injection not built";
+    logtest::TempDirectory dir;
+    const std::string path = dir.file("app.log");
+    Reference<io::RotatingFileWriter> file(new io::RotatingFileWriter(String(path.c_str()), 16, 2));
+    file->write(String(u"0123456789\n"));
+    file->flush();
+    // Each failed attempt may stop anywhere in the rollover; the next one
+    // takes up from there, and no text already written is lost.
+    EXPECT_GT(qvtest::sweepAllocations([&] {
+                  file->write(String(u"abcdefghij\n"));
+                  file->flush();
+              }),
+              0);
+    EXPECT_EQ(readFile(path), "abcdefghij\n");
+    EXPECT_EQ(readFile(path + ".1") + readFile(path + ".2"), "0123456789\n");
 }

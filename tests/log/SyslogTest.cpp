@@ -1,3 +1,4 @@
+#include "AllocationSweep.h"
 #include "LogTestSupport.h"
 
 #include <qv/qvcl3.h>
@@ -326,4 +327,20 @@ TEST_F(SyslogTest, TcpSenderKeepsWhatWasNotSentAcrossAServerRestart)
         lines.size(), repeated,
         static_cast<long long>(
             std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - started).count()));
+}
+
+// Formatting and queueing under allocation failures, against a port where
+// nothing listens: each failed attempt leaves the queue as it was.
+TEST(SyslogFormatTest, AllocationSweepOnQueueing)
+{
+    if (!qvtest::allocationFaultsAvailable())
+        GTEST_SKIP() << "fault injection not built";
+    Reference<SyslogLogProcessor> tcp = SyslogLogProcessor::createTcp(u"127.0.0.1", freePort(SOCK_STREAM));
+    tcp->setReconnectInterval(3600000);
+    tcp->process(entryNumber("sweep", 0, 4).get());
+    ASSERT_EQ(tcp->getPendingCount(), 1);
+    Reference<LogEntry> entry = entryNumber("sweep", 1, 4);
+    EXPECT_GT(
+        qvtest::sweepAllocations([&] { tcp->process(entry.get()); }, [&] { EXPECT_EQ(tcp->getPendingCount(), 1); }), 0);
+    EXPECT_EQ(tcp->getPendingCount(), 2);
 }

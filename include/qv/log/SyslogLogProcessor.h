@@ -120,7 +120,7 @@ private:
     using Clock = std::chrono::steady_clock;
     struct Sent {
         std::string bytes;
-        uint64_t end; // stream offset just after the message
+        uint64_t end = 0; // stream offset just after the message
     };
     void sendDatagram(const std::string& message);
     // Confirms acknowledged messages, reconnects when due (or forced), sends

@@ -241,11 +241,11 @@ void SyslogLogProcessor::process(const ILogEntry* entry)
         sendDatagram(message);
         return;
     }
-    if (m_waiting.size() >= m_queueLimit) {
+    m_waiting.push_back(std::to_string(message.size()) + ' ' + message);
+    if (m_waiting.size() > m_queueLimit) {
         m_waiting.pop_front();
         ++m_dropped;
     }
-    m_waiting.push_back(std::to_string(message.size()) + ' ' + message);
     deliver(false);
 }
 
@@ -314,16 +314,21 @@ void SyslogLogProcessor::deliver(bool force)
         m_written = 0;
     }
     while (!m_waiting.empty()) {
+        // Room first: a message once sent must find its place among the
+        // unacknowledged ones.
+        m_unacknowledged.emplace_back();
         try {
             m_connection->send(m_waiting.front().data(), m_waiting.front().size(), kSendTimeoutMs);
         } catch (const Exception&) {
             // Part of the message may have gone to a dead connection: a
             // server drops an incomplete frame, so it is sent whole again.
+            m_unacknowledged.pop_back();
             dropConnection();
             return;
         }
         m_written += m_waiting.front().size();
-        m_unacknowledged.push_back(Sent{std::move(m_waiting.front()), m_written});
+        m_unacknowledged.back().bytes.swap(m_waiting.front());
+        m_unacknowledged.back().end = m_written;
         m_waiting.pop_front();
     }
 }
