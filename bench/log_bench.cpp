@@ -82,9 +82,9 @@ struct QvAsync {
     }
 };
 
-void LogCallerQvAsync(benchmark::State& state)
+// The timed loop of the library's benchmarks: format, then log.
+void logEachIteration(benchmark::State& state, qv::log::Logger* logger)
 {
-    qv::log::Logger* logger = Shared<QvAsync>::get()->logger.get();
     const qv::String first = qv::String::valueOf(kFirst), second = qv::String::valueOf(kSecond);
     for (auto _ : state) {
         qv::String text;
@@ -92,6 +92,11 @@ void LogCallerQvAsync(benchmark::State& state)
         logger->log(3, text);
     }
     state.SetItemsProcessed(state.iterations());
+}
+
+void LogCallerQvAsync(benchmark::State& state)
+{
+    logEachIteration(state, Shared<QvAsync>::get()->logger.get());
 }
 
 struct SpdAsync {
@@ -132,14 +137,8 @@ void FileQvBasic(benchmark::State& state)
         qv::Reference<qv::io::FileWriter> file(new qv::io::FileWriter(qv::String(path.c_str()), false, u"UTF-8"));
         qv::Reference<qv::log::Logger> logger = qv::log::Logger::create();
         logger->addProcessor(qv::log::BasicLogWriter::create(file.get()).get());
-        const qv::String first = qv::String::valueOf(kFirst), second = qv::String::valueOf(kSecond);
-        for (auto _ : state) {
-            qv::String text;
-            text.format(kQvPattern, -1, first, second);
-            logger->log(3, text);
-        }
+        logEachIteration(state, logger.get());
     }
-    state.SetItemsProcessed(state.iterations());
     std::remove(path.c_str());
 }
 
@@ -174,29 +173,26 @@ void FilePocoChannel(benchmark::State& state)
     std::remove(path.c_str());
 }
 
+// The caller benchmarks: 1 and 4 producers, a fixed number of calls each.
+template <class Chain>
+void registerCallerBenchmark(const char* name, void (*body)(benchmark::State&))
+{
+    benchmark::RegisterBenchmark(name, body)
+        ->Setup(Shared<Chain>::setUp)
+        ->Teardown(Shared<Chain>::tearDown)
+        ->Threads(1)
+        ->Threads(4)
+        ->Iterations(callsPerThread())
+        ->UseRealTime();
+}
+
+[[maybe_unused]] const int g_registered =
+    (registerCallerBenchmark<QvAsync>("LogCallerQvAsync", LogCallerQvAsync),
+     registerCallerBenchmark<SpdAsync>("LogCallerSpdlogAsync", LogCallerSpdlogAsync),
+     registerCallerBenchmark<PocoAsync>("LogCallerPocoAsync", LogCallerPocoAsync), 0);
+
 } // namespace
 
-BENCHMARK(LogCallerQvAsync)
-    ->Setup(Shared<QvAsync>::setUp)
-    ->Teardown(Shared<QvAsync>::tearDown)
-    ->Threads(1)
-    ->Threads(4)
-    ->Iterations(callsPerThread())
-    ->UseRealTime();
-BENCHMARK(LogCallerSpdlogAsync)
-    ->Setup(Shared<SpdAsync>::setUp)
-    ->Teardown(Shared<SpdAsync>::tearDown)
-    ->Threads(1)
-    ->Threads(4)
-    ->Iterations(callsPerThread())
-    ->UseRealTime();
-BENCHMARK(LogCallerPocoAsync)
-    ->Setup(Shared<PocoAsync>::setUp)
-    ->Teardown(Shared<PocoAsync>::tearDown)
-    ->Threads(1)
-    ->Threads(4)
-    ->Iterations(callsPerThread())
-    ->UseRealTime();
 BENCHMARK(FileQvBasic)->UseRealTime();
 BENCHMARK(FileSpdlogBasic)->UseRealTime();
 BENCHMARK(FilePocoChannel)->UseRealTime();

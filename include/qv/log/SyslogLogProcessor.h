@@ -122,6 +122,7 @@ private:
         std::string bytes;
         uint64_t end = 0; // stream offset just after the message
     };
+    void setHeaderField(std::string& field, const String& text, int32_t maxLength);
     void sendDatagram(const std::string& message);
     // Confirms acknowledged messages, reconnects when due (or forced), sends
     // what waits; never throws for the connection.

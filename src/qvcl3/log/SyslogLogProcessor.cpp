@@ -111,28 +111,31 @@ Reference<SyslogLogProcessor> SyslogLogProcessor::createTcp(const String& host, 
     return Reference<SyslogLogProcessor>(new SyslogLogProcessor(TCP, host, port));
 }
 
+void SyslogLogProcessor::setHeaderField(std::string& field, const String& text, int32_t maxLength)
+{
+    std::string value = headerField(text, maxLength);
+    LockHolder hold(m_lock);
+    field.swap(value);
+}
+
 void SyslogLogProcessor::setHostName(const String& name)
 {
-    LockHolder hold(m_lock);
-    m_hostName = headerField(name, 255);
+    setHeaderField(m_hostName, name, 255);
 }
 
 void SyslogLogProcessor::setAppName(const String& name)
 {
-    LockHolder hold(m_lock);
-    m_appName = headerField(name, 48);
+    setHeaderField(m_appName, name, 48);
 }
 
 void SyslogLogProcessor::setProcId(const String& id)
 {
-    LockHolder hold(m_lock);
-    m_procId = headerField(id, 128);
+    setHeaderField(m_procId, id, 128);
 }
 
 void SyslogLogProcessor::setMessageId(const String& id)
 {
-    LockHolder hold(m_lock);
-    m_messageId = headerField(id, 32);
+    setHeaderField(m_messageId, id, 32);
 }
 
 void SyslogLogProcessor::setStructuredDataId(const String& id)
