@@ -45,7 +45,7 @@ private:
         uint32_t hash;
         Reference<IQVUnknown> value;
     };
-    // Finds name's value slot among m_fields, or null.
+    // Finds name's value slot among the fields, or null.
     Reference<IQVUnknown>* find(const String& name, uint32_t hash) const;
     Reference<IQVUnknown> lookup(const String& name) const;
     void put(const String& name, IQVUnknown* value);
@@ -55,7 +55,13 @@ private:
     // handed out in that map's order (highest bucket first, newest first in
     // a bucket), computed from the hashes. Most entries hold two to six
     // fields: this spares each the map's bucket array and nodes.
-    mutable std::vector<Field> m_fields;
+    // The first six in the entry itself (a logger sets at most six), the
+    // rest with them in m_more.
+    static constexpr size_t INLINE_FIELDS = 6;
+    Field* fields() const { return m_more.empty() ? m_inline : m_more.data(); }
+    mutable Field m_inline[INLINE_FIELDS];
+    mutable std::vector<Field> m_more;
+    size_t m_count = 0;
     // Past that size the fields move, in the order they were set, into the
     // map itself, which then orders them after its growth.
     std::unique_ptr<collections::StringHashMap> m_map;

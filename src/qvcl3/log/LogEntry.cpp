@@ -69,9 +69,10 @@ Reference<LogEntry> LogEntry::create()
 
 Reference<IQVUnknown>* LogEntry::find(const String& name, uint32_t hash) const
 {
-    for (Field& field : m_fields) {
-        if (field.hash == hash && field.name == name)
-            return &field.value;
+    Field* const all = fields();
+    for (size_t i = 0; i < m_count; ++i) {
+        if (all[i].hash == hash && all[i].name == name)
+            return &all[i].value;
     }
     return nullptr;
 }
@@ -87,20 +88,36 @@ void LogEntry::put(const String& name, IQVUnknown* value)
         *slot = Reference<IQVUnknown>(value);
         return;
     }
-    if (m_fields.size() < kMostBeforeGrowth) {
-        if (m_fields.empty())
-            m_fields.reserve(6);
-        m_fields.push_back(Field{name, hash, Reference<IQVUnknown>(value)});
+    if (m_count < INLINE_FIELDS) {
+        m_inline[m_count] = Field{name, hash, Reference<IQVUnknown>(value)};
+        ++m_count;
+        return;
+    }
+    if (m_count < kMostBeforeGrowth) {
+        if (m_more.empty()) {
+            std::vector<Field> more;
+            more.reserve(2 * INLINE_FIELDS);
+            more.assign(m_inline, m_inline + m_count);
+            more.push_back(Field{name, hash, Reference<IQVUnknown>(value)});
+            m_more.swap(more);
+            for (Field& field : m_inline)
+                field = Field{};
+        } else {
+            m_more.push_back(Field{name, hash, Reference<IQVUnknown>(value)});
+        }
+        ++m_count;
         return;
     }
     // Set in the same order, the map makes the same chains and grows at the
     // same point as if it had held the fields from the start.
     std::unique_ptr<collections::StringHashMap> map(new collections::StringHashMap(kBuckets, kLoad));
-    for (const Field& field : m_fields)
-        map->put(field.name, field.value.get());
+    const Field* const all = fields();
+    for (size_t i = 0; i < m_count; ++i)
+        map->put(all[i].name, all[i].value.get());
     map->put(name, value);
     m_map = std::move(map);
-    m_fields.clear();
+    std::vector<Field>().swap(m_more);
+    m_count = 0;
 }
 
 void LogEntry::setField(const String& name, const Object* value)
@@ -139,18 +156,19 @@ Reference<const collections::Set<String>> LogEntry::getFieldNames() const
     }
     // The map's walk: from the highest bucket down, each chain newest first.
     size_t order[kMostBeforeGrowth];
-    const size_t count = m_fields.size();
+    const size_t count = m_count;
+    const Field* const all = fields();
     for (size_t i = 0; i < count; ++i) {
         // Insertion, newest first, behind every field of a bucket as high.
         const size_t index = count - 1 - i;
-        const uint32_t bucket = m_fields[index].hash % kBuckets;
+        const uint32_t bucket = all[index].hash % kBuckets;
         size_t at = i;
-        for (; at > 0 && m_fields[order[at - 1]].hash % kBuckets < bucket; --at)
+        for (; at > 0 && all[order[at - 1]].hash % kBuckets < bucket; --at)
             order[at] = order[at - 1];
         order[at] = index;
     }
     for (size_t i = 0; i < count; ++i)
-        names->add(m_fields[order[i]].name);
+        names->add(all[order[i]].name);
     return names;
 }
 
