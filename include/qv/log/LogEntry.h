@@ -13,8 +13,8 @@ namespace qv {
 namespace log {
 
 // The bag of named fields a logger builds. Names come out in the order of a
-// StringHashMap of 101 buckets (load 0.75), not in the order they were set. No locks: an entry is filled by one thread
-// and only read afterwards.
+// StringHashMap of 101 buckets (load 0.75), not in the order they were set.
+// No locks: an entry is filled by one thread and only read afterwards.
 class QV_EXPORT LogEntry : public Object, public ILogEntry, public qvcom::ILogEntry {
     QV_DECLARE_INTERFACE_MAP()
 
@@ -54,9 +54,9 @@ private:
     // enough for a StringHashMap of 101 buckets not to grow; the names are
     // handed out in that map's order (highest bucket first, newest first in
     // a bucket), computed from the hashes. Most entries hold two to six
-    // fields: this spares each the map's bucket array and nodes.
-    // The first six in the entry itself (a logger sets at most six), the
-    // rest with them in m_more.
+    // fields: this spares each the map's bucket array and nodes. Up to six
+    // (all a logger sets) live in the entry itself; from the seventh, all of
+    // them are in m_more.
     static constexpr size_t INLINE_FIELDS = 6;
     Field* fields() const { return m_more.empty() ? m_inline : m_more.data(); }
     mutable Field m_inline[INLINE_FIELDS];

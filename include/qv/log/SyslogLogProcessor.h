@@ -56,6 +56,7 @@ namespace log {
 //   connection is tried at most once per reconnect interval (1 s by
 //   default) and entries wait in the queue; beyond the queue limit (65 536
 //   messages by default) the oldest waiting message is dropped and counted.
+//   A send waits at most 5 s for room in the socket; a connect, 5 s too.
 //
 // process() takes the processor's own lock, so it may be called from
 // several threads.
