@@ -5,7 +5,7 @@
 #   scripts/test.sh thread [REGEX]      with ThreadSanitizer, only tests matching REGEX
 set -euo pipefail
 cd "$(dirname "$0")/.."
-scripts/install-deps.sh openssl curl iproute2 locales libxml2-utils
+scripts/install-deps.sh openssl curl iproute2 locales libxml2-utils rsyslog
 # The locale tests format numbers and dates in these two locales.
 for wanted in de_DE en_US; do
   if ! locale -a 2>/dev/null | grep -qix "$wanted.utf8"; then

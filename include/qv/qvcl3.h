@@ -100,6 +100,7 @@
 #include <qv/io/PrintWriter.h>
 #include <qv/io/ReadableChannel.h>
 #include <qv/io/Reader.h>
+#include <qv/io/RotatingFileWriter.h>
 #include <qv/io/StdioInputStream.h>
 #include <qv/io/StdioOutputStream.h>
 #include <qv/io/StringReader.h>
@@ -140,6 +141,7 @@
 #include <qv/log/MultiProcessor.h>
 #include <qv/log/StringBundleLogger.h>
 #include <qv/log/SyncLogger.h>
+#include <qv/log/SyslogLogProcessor.h>
 #include <qv/log/TimeStamp.h>
 #include <qv/log/XmlLogWriter.h>
 #include <qv/log/qvcom/QvcomProcessor.h>

@@ -3,9 +3,14 @@
 
 #include <qv/qvcl3.h>
 
+#include <cstdlib>
+#include <fstream>
 #include <mutex>
+#include <sstream>
 #include <string>
 #include <vector>
+
+#include <unistd.h>
 
 namespace logtest {
 
@@ -65,6 +70,37 @@ inline std::vector<std::string> names(const qv::log::ILogEntry* entry)
         result.push_back(name.toUtf8());
     return result;
 }
+
+inline std::string tempPath(const char* stem)
+{
+    return std::string("/tmp/qvcl3_log_") + stem + "_" + std::to_string(getpid());
+}
+
+inline std::string readFile(const std::string& path)
+{
+    std::ifstream in(path, std::ios::binary);
+    std::stringstream all;
+    all << in.rdbuf();
+    return all.str();
+}
+
+// A fresh directory for a test's files, removed with them afterwards.
+class TempDirectory {
+public:
+    TempDirectory()
+    {
+        std::string pattern = tempPath("dir") + "_XXXXXX";
+        m_path = mkdtemp(&pattern[0]) ? pattern : "";
+    }
+    ~TempDirectory() { std::system(("rm -rf '" + m_path + "'").c_str()); }
+    TempDirectory(const TempDirectory&) = delete;
+    TempDirectory& operator=(const TempDirectory&) = delete;
+    const std::string& path() const { return m_path; }
+    std::string file(const std::string& name) const { return m_path + "/" + name; }
+
+private:
+    std::string m_path;
+};
 
 } // namespace logtest
 

@@ -258,10 +258,14 @@ TEST(LogEntryTest, NamesComeInTheMapOrderAndTheIteratorAgrees)
         entry->setField(key, value.get());
         reference.put(String(key), value->GetUnknown());
     }
-    std::vector<std::string> expected;
-    auto it = reference.createIterator();
-    while (it.hasNext())
-        expected.push_back(it.next().getKey().toUtf8());
+    auto mapOrder = [&] {
+        std::vector<std::string> order;
+        auto it = reference.createIterator();
+        while (it.hasNext())
+            order.push_back(it.next().getKey().toUtf8());
+        return order;
+    };
+    const std::vector<std::string> expected = mapOrder();
     EXPECT_EQ(names(entry.get()), expected);
 
     qv::log::qvcom::IFieldIterator* raw = nullptr;
@@ -279,6 +283,24 @@ TEST(LogEntryTest, NamesComeInTheMapOrderAndTheIteratorAgrees)
     EXPECT_EQ(walked, expected);
     walk->Reset();
     EXPECT_EQ(walk->HasNext(), 0);
+
+    // Many names, some set twice, shared buckets, and the map's growth past
+    // 75 entries: the order stays the map's at every size.
+    Reference<LogEntry> many = LogEntry::create();
+    collections::StringHashMap manyReference(101, 0.75f);
+    for (int i = 0; i < 240; ++i) {
+        const String key = String(u"f").append(String::valueOf(i % 3 == 2 ? i / 2 : i));
+        many->setField(key, value.get());
+        manyReference.put(key, value->GetUnknown());
+        std::vector<std::string> order;
+        auto it = manyReference.createIterator();
+        while (it.hasNext())
+            order.push_back(it.next().getKey().toUtf8());
+        ASSERT_EQ(names(many.get()), order) << "after " << i + 1 << " puts";
+    }
+    EXPECT_TRUE(many->hasField(u"f10"));
+    EXPECT_EQ(many->HasField(u"f238"), 0);
+    EXPECT_EQ(many->HasField(u"nope"), 1);
 }
 
 TEST(LogEntryTest, ComponentFaceReportsAllocationFailureAsCode)

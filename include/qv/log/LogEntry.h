@@ -5,13 +5,16 @@
 #include <qv/core/Object.h>
 #include <qv/log/ILogEntry.h>
 
+#include <cstdint>
+#include <memory>
+#include <vector>
+
 namespace qv {
 namespace log {
 
-// The bag of named fields a logger builds. Names are kept in a StringHashMap
-// of 101 buckets (load 0.75), so names come out in the map's order, not in
-// the order they were set. No locks: an entry is filled by one thread and
-// only read afterwards.
+// The bag of named fields a logger builds. Names come out in the order of a
+// StringHashMap of 101 buckets (load 0.75), not in the order they were set.
+// No locks: an entry is filled by one thread and only read afterwards.
 class QV_EXPORT LogEntry : public Object, public ILogEntry, public qvcom::ILogEntry {
     QV_DECLARE_INTERFACE_MAP()
 
@@ -37,7 +40,31 @@ public:
     using qvcom::ILogEntry::SetField;
 
 private:
-    mutable collections::StringHashMap m_fields;
+    struct Field {
+        String name;
+        uint32_t hash;
+        Reference<IQVUnknown> value;
+    };
+    // Finds name's value slot among the fields, or null.
+    Reference<IQVUnknown>* find(const String& name, uint32_t hash) const;
+    Reference<IQVUnknown> lookup(const String& name) const;
+    void put(const String& name, IQVUnknown* value);
+
+    // The fields in the order they were first set, while they are few
+    // enough for a StringHashMap of 101 buckets not to grow; the names are
+    // handed out in that map's order (highest bucket first, newest first in
+    // a bucket), computed from the hashes. Most entries hold two to six
+    // fields: this spares each the map's bucket array and nodes. Up to six
+    // (all a logger sets) live in the entry itself; from the seventh, all of
+    // them are in m_more.
+    static constexpr size_t INLINE_FIELDS = 6;
+    Field* fields() const { return m_more.empty() ? m_inline : m_more.data(); }
+    mutable Field m_inline[INLINE_FIELDS];
+    mutable std::vector<Field> m_more;
+    size_t m_count = 0;
+    // Past that size the fields move, in the order they were set, into the
+    // map itself, which then orders them after its growth.
+    std::unique_ptr<collections::StringHashMap> m_map;
 };
 
 } // namespace log

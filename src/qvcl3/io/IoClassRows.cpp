@@ -33,6 +33,7 @@
 #include <qv/io/OutputStreamWriter.h>
 #include <qv/io/PrintWriter.h>
 #include <qv/io/Reader.h>
+#include <qv/io/RotatingFileWriter.h>
 #include <qv/io/StdioInputStream.h>
 #include <qv/io/StdioOutputStream.h>
 #include <qv/io/StringReader.h>
@@ -79,6 +80,7 @@ const ClassTableRow g_ioClassRows[] = {
     QV_CLASS_ROW_NO_CREATOR(io::OutputStreamWriter),
     QV_CLASS_ROW_NO_CREATOR(io::PrintWriter),
     QV_CLASS_ROW_NO_CREATOR(io::Reader),
+    QV_CLASS_ROW_NO_CREATOR(io::RotatingFileWriter),
     QV_CLASS_ROW(io::StdioInputStream),
     QV_CLASS_ROW(io::StdioOutputStream),
     QV_CLASS_ROW_NO_CREATOR(io::StringReader),

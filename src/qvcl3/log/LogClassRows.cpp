@@ -9,6 +9,7 @@
 #include <qv/log/MultiProcessor.h>
 #include <qv/log/StringBundleLogger.h>
 #include <qv/log/SyncLogger.h>
+#include <qv/log/SyslogLogProcessor.h>
 #include <qv/log/TimeStamp.h>
 #include <qv/log/XmlLogWriter.h>
 #include <qv/log/qvcom/QvcomProcessor.h>
@@ -29,6 +30,7 @@ const ClassTableRow g_logClassRows[] = {
     QV_CLASS_ROW(log::MultiProcessor),
     QV_CLASS_ROW_NO_CREATOR(log::StringBundleLogger),
     QV_CLASS_ROW_NO_CREATOR(log::SyncLogger),
+    QV_CLASS_ROW_NO_CREATOR(log::SyslogLogProcessor),
     QV_CLASS_ROW(log::TimeStamp),
     QV_CLASS_ROW_NO_CREATOR(log::XmlLogWriter),
     QV_CLASS_ROW_NO_CREATOR(log::qvcom::QvcomProcessor),

@@ -7,6 +7,11 @@ namespace log {
 
 namespace {
 
+constexpr int32_t kBuckets = 101;
+constexpr float kLoad = 0.75f;
+// The size at which a StringHashMap of 101 buckets and load 0.75 grows.
+constexpr size_t kMostBeforeGrowth = static_cast<size_t>(kLoad * kBuckets);
+
 // Hands out the names of a snapshot of the entry's field names.
 class FieldIterator final : public Object, public qvcom::IFieldIterator {
     QV_DECLARE_INTERFACE_MAP()
@@ -53,7 +58,7 @@ QV_INTERFACE_ENTRY(LogEntry, qvcom::ILogEntry)
 QV_INTERFACE_CHAIN(Object)
 QV_END_INTERFACE_MAP()
 
-LogEntry::LogEntry() : m_fields(101, 0.75f) {}
+LogEntry::LogEntry() = default;
 
 LogEntry::~LogEntry() = default;
 
@@ -62,29 +67,108 @@ Reference<LogEntry> LogEntry::create()
     return Reference<LogEntry>(new LogEntry());
 }
 
+Reference<IQVUnknown>* LogEntry::find(const String& name, uint32_t hash) const
+{
+    Field* const all = fields();
+    for (size_t i = 0; i < m_count; ++i) {
+        if (all[i].hash == hash && all[i].name == name)
+            return &all[i].value;
+    }
+    return nullptr;
+}
+
+void LogEntry::put(const String& name, IQVUnknown* value)
+{
+    if (m_map) {
+        m_map->put(name, value);
+        return;
+    }
+    const uint32_t hash = collections::StringKeyTraits::hash(name);
+    if (Reference<IQVUnknown>* slot = find(name, hash)) {
+        *slot = Reference<IQVUnknown>(value);
+        return;
+    }
+    if (m_count < INLINE_FIELDS) {
+        m_inline[m_count] = Field{name, hash, Reference<IQVUnknown>(value)};
+        ++m_count;
+        return;
+    }
+    if (m_count < kMostBeforeGrowth) {
+        if (m_more.empty()) {
+            std::vector<Field> more;
+            more.reserve(2 * INLINE_FIELDS);
+            more.assign(m_inline, m_inline + m_count);
+            more.push_back(Field{name, hash, Reference<IQVUnknown>(value)});
+            m_more.swap(more);
+            for (Field& field : m_inline)
+                field = Field{};
+        } else {
+            m_more.push_back(Field{name, hash, Reference<IQVUnknown>(value)});
+        }
+        ++m_count;
+        return;
+    }
+    // Set in the same order, the map makes the same chains and grows at the
+    // same point as if it had held the fields from the start.
+    std::unique_ptr<collections::StringHashMap> map(new collections::StringHashMap(kBuckets, kLoad));
+    const Field* const all = fields();
+    for (size_t i = 0; i < m_count; ++i)
+        map->put(all[i].name, all[i].value.get());
+    map->put(name, value);
+    m_map = std::move(map);
+    std::vector<Field>().swap(m_more);
+    m_count = 0;
+}
+
 void LogEntry::setField(const String& name, const Object* value)
 {
-    m_fields.put(name, value ? const_cast<Object*>(value)->GetUnknown() : nullptr);
+    put(name, value ? const_cast<Object*>(value)->GetUnknown() : nullptr);
+}
+
+Reference<IQVUnknown> LogEntry::lookup(const String& name) const
+{
+    if (m_map)
+        return m_map->get(name);
+    const Reference<IQVUnknown>* slot = find(name, collections::StringKeyTraits::hash(name));
+    return slot ? *slot : Reference<IQVUnknown>();
 }
 
 Reference<const Object> LogEntry::getField(const String& name) const
 {
-    Reference<IQVUnknown> value = m_fields.get(name);
+    Reference<IQVUnknown> value = lookup(name);
     // A value stored through the component face need not be an Object.
     return Reference<const Object>(dynamic_cast<const Object*>(value.get()));
 }
 
 bool LogEntry::hasField(const String& name) const
 {
-    return m_fields.containsKey(name);
+    return m_map ? m_map->containsKey(name) : find(name, collections::StringKeyTraits::hash(name)) != nullptr;
 }
 
 Reference<const collections::Set<String>> LogEntry::getFieldNames() const
 {
     Reference<collections::Set<String>> names(new collections::Set<String>());
-    auto it = m_fields.createIterator();
-    while (it.hasNext())
-        names->add(it.next().getKey());
+    if (m_map) {
+        auto it = m_map->createIterator();
+        while (it.hasNext())
+            names->add(it.next().getKey());
+        return names;
+    }
+    // The map's walk: from the highest bucket down, each chain newest first.
+    size_t order[kMostBeforeGrowth];
+    const size_t count = m_count;
+    const Field* const all = fields();
+    for (size_t i = 0; i < count; ++i) {
+        // Insertion, newest first, behind every field of a bucket as high.
+        const size_t index = count - 1 - i;
+        const uint32_t bucket = all[index].hash % kBuckets;
+        size_t at = i;
+        for (; at > 0 && all[order[at - 1]].hash % kBuckets < bucket; --at)
+            order[at] = order[at - 1];
+        order[at] = index;
+    }
+    for (size_t i = 0; i < count; ++i)
+        names->add(all[order[i]].name);
     return names;
 }
 
@@ -93,7 +177,7 @@ Result LogEntry::SetField(const char16_t* name, IQVUnknown* value)
     return ::qv::qvcom::guardBoundary([&] {
         if (!name)
             return results::POINTER;
-        m_fields.put(String(name), value);
+        put(String(name), value);
         return results::OK;
     });
 }
@@ -104,7 +188,7 @@ Result LogEntry::GetField(const char16_t* name, const GUID& iid, void** out) con
         if (!name || !out)
             return results::POINTER;
         *out = nullptr;
-        Reference<IQVUnknown> value = m_fields.get(String(name));
+        Reference<IQVUnknown> value = lookup(String(name));
         if (!value)
             return results::FALSE_;
         return value->QueryInterface(iid, out);
@@ -116,7 +200,7 @@ Result LogEntry::HasField(const char16_t* name) const
     return ::qv::qvcom::guardBoundary([&] {
         if (!name)
             return results::POINTER;
-        return m_fields.containsKey(String(name)) ? results::OK : results::FALSE_;
+        return hasField(String(name)) ? results::OK : results::FALSE_;
     });
 }
 
