@@ -1,10 +1,12 @@
 #include "FaultInjection.h"
 
 #include <signal.h>
+#include <sys/stat.h>
 #include <time.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <optional>
 
 namespace {
 
@@ -82,7 +84,14 @@ extern "C" QVRESULT QVFileWrite(int32_t fd, const void* data, uint32_t size, uin
         return QV_E_INVALIDARG;
     }
     QV_FAULT_POINT(QVFileWrite);
-    SigpipeGuard guard;
+    // Only pipes and sockets raise SIGPIPE: a write to a file or a terminal
+    // is spared the guard's three system calls for one status call.
+    struct stat status;
+    const bool mayRaise = fstat(fd, &status) != 0 || S_ISFIFO(status.st_mode) || S_ISSOCK(status.st_mode);
+    std::optional<SigpipeGuard> guard;
+    if (mayRaise) {
+        guard.emplace();
+    }
     const char* bytes = static_cast<const char*>(data);
     uint32_t written = 0;
     while (written < size) {
@@ -92,8 +101,8 @@ extern "C" QVRESULT QVFileWrite(int32_t fd, const void* data, uint32_t size, uin
                 continue;
             }
             const int error = errno;
-            if (error == EPIPE) {
-                guard.raised();
+            if (error == EPIPE && guard) {
+                guard->raised();
             }
             *done = written;
             return FileError(error);
