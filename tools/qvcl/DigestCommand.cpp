@@ -88,8 +88,6 @@ bool isHex(const std::string& text)
 struct CheckLine {
     std::string expected;
     std::string name;
-    // As printed in the result line: escaped names stay escaped.
-    std::string shown;
 };
 
 bool parseCheckLine(const Algorithm& algorithm, size_t hexLength, std::string line, CheckLine& parsed)
@@ -117,10 +115,8 @@ bool parseCheckLine(const Algorithm& algorithm, size_t hexLength, std::string li
     if (escaped) {
         if (!unescapeName(rawName, parsed.name))
             return false;
-        parsed.shown = "\\" + rawName;
     } else {
         parsed.name = rawName;
-        parsed.shown = rawName;
     }
     return true;
 }
@@ -193,15 +189,15 @@ int checkList(const Arguments& arguments, const Algorithm& algorithm, const std:
             report(arguments.command(), parsed.name + ": " + why);
             ++unreadable;
             if (!options.status)
-                std::printf("%s: FAILED open or read\n", parsed.shown.c_str());
+                std::printf("%s: FAILED open or read\n", parsed.name.c_str());
             continue;
         }
         if (!equalIgnoringCase(actual, parsed.expected)) {
             ++mismatched;
             if (!options.status)
-                std::printf("%s: FAILED\n", parsed.shown.c_str());
+                std::printf("%s: FAILED\n", parsed.name.c_str());
         } else if (!options.quiet && !options.status) {
-            std::printf("%s: OK\n", parsed.shown.c_str());
+            std::printf("%s: OK\n", parsed.name.c_str());
         }
     }
     std::fflush(stdout);

@@ -41,9 +41,12 @@ std::string reason(const qv::Exception& error, const std::string& name)
     const std::string message = narrow(error.getDescription());
     const std::string marker = name + ": ";
     const size_t at = message.rfind(marker);
-    if (at != std::string::npos && at + marker.size() < message.size())
+    if (!name.empty() && at != std::string::npos && at + marker.size() < message.size())
         return message.substr(at + marker.size());
-    return message;
+    // A stream made from a handle names the handle; the system's text
+    // follows the last colon.
+    const size_t last = message.rfind(": ");
+    return last == std::string::npos ? message : message.substr(last + 2);
 }
 
 bool standardErrorIsTerminal()
