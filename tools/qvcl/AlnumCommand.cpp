@@ -11,33 +11,36 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <cstring>
 #include <vector>
 
 namespace qvcl {
 namespace {
 
-// Breaks the encoded text into lines of a fixed width on its way out.
+// Breaks the encoded text into lines of a fixed width on its way out,
+// through a buffer of its own: a line is a few dozen bytes, too little for
+// a call each.
 class LineWrapper : public qv::io::OutputStream {
 public:
-    LineWrapper(Output& output, int64_t width) : m_output(output), m_width(width) {}
+    LineWrapper(Output& output, int64_t width) : m_output(output), m_width(width), m_buffer(IO_BUFFER_SIZE) {}
 
     using qv::io::OutputStream::write;
     void write(const signed char* buffer, int32_t count) override
     {
-        const char* text = reinterpret_cast<const char*>(buffer);
-        if (m_width == 0) {
-            m_output.put(text, static_cast<size_t>(count));
-            m_column += count;
-            return;
-        }
         while (count > 0) {
-            const int32_t room = static_cast<int32_t>(std::min<int64_t>(m_width - m_column, count));
-            m_output.put(text, static_cast<size_t>(room));
-            text += room;
-            count -= room;
-            m_column += room;
+            if (m_used + 2 > static_cast<int64_t>(m_buffer.size()))
+                drain();
+            int64_t room = static_cast<int64_t>(m_buffer.size()) - m_used - 1;
+            if (m_width != 0)
+                room = std::min(room, m_width - m_column);
+            const int32_t n = static_cast<int32_t>(std::min<int64_t>(room, count));
+            std::memcpy(m_buffer.data() + m_used, buffer, static_cast<size_t>(n));
+            m_used += n;
+            buffer += n;
+            count -= n;
+            m_column += n;
             if (m_column == m_width) {
-                m_output.put("\n", 1);
+                m_buffer[static_cast<size_t>(m_used++)] = '\n';
                 m_column = 0;
             }
         }
@@ -48,13 +51,22 @@ public:
     void finish()
     {
         if (m_width != 0 && m_column != 0)
-            m_output.put("\n", 1);
+            m_buffer[static_cast<size_t>(m_used++)] = '\n';
+        drain();
     }
 
 private:
+    void drain()
+    {
+        m_output.write(m_buffer.data(), static_cast<int32_t>(m_used));
+        m_used = 0;
+    }
+
     Output& m_output;
     int64_t m_width;
     int64_t m_column = 0;
+    std::vector<signed char> m_buffer;
+    int64_t m_used = 0;
 };
 
 // Hands the decoder the text without its line ends and counts the

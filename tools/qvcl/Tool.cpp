@@ -236,10 +236,15 @@ void Output::flush()
 {
     if (m_buffer.empty())
         return;
-    // Cleared first: after a failed write the bytes must not be tried again.
-    std::vector<char> pending;
-    pending.swap(m_buffer);
-    m_stream->write(reinterpret_cast<const signed char*>(pending.data()), static_cast<int32_t>(pending.size()));
+    // Emptied either way: after a failed write the bytes must not be tried
+    // again. The capacity stays, so no flush allocates.
+    try {
+        m_stream->write(reinterpret_cast<const signed char*>(m_buffer.data()), static_cast<int32_t>(m_buffer.size()));
+    } catch (...) {
+        m_buffer.clear();
+        throw;
+    }
+    m_buffer.clear();
 }
 
 void Output::commit()
