@@ -1,5 +1,6 @@
 #include "ChildProcess.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -8,7 +9,6 @@
 #include <stdexcept>
 
 #include <fcntl.h>
-#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -40,6 +40,45 @@ void writeFile(const std::string& path, const std::string& bytes)
     std::ofstream(path, std::ios::binary) << bytes;
 }
 
+namespace {
+
+// The child's peak resident set read from /proc while it runs. The kernel's
+// own figure (wait4) would include the parent's pages the child had between
+// fork and exec.
+long waitWatchingMemory(pid_t child, int& status)
+{
+    const std::string file = "/proc/" + std::to_string(child) + "/status";
+    std::string self;
+    std::getline(std::ifstream("/proc/self/comm"), self);
+    long peak = 0;
+    for (;;) {
+        // Until the exec the child is a copy of this process, with its pages.
+        std::ifstream in(file);
+        bool execed = false;
+        for (std::string line; std::getline(in, line);) {
+            if (line.compare(0, 5, "Name:") == 0)
+                execed = line.find(self) == std::string::npos;
+            if (execed && line.compare(0, 6, "VmHWM:") == 0)
+                peak = std::max(peak, std::atol(line.c_str() + 6));
+        }
+        const pid_t done = waitpid(child, &status, WNOHANG);
+        if (done == child || done < 0)
+            return peak;
+        usleep(2000);
+    }
+}
+
+} // namespace
+
+std::vector<char*> argvOf(const std::vector<std::string>& words)
+{
+    std::vector<char*> argv;
+    for (const std::string& word : words)
+        argv.push_back(const_cast<char*>(word.c_str()));
+    argv.push_back(nullptr);
+    return argv;
+}
+
 Result run(const std::vector<std::string>& argv, const std::string& stdinFile, const std::string& stdoutFile)
 {
     TempDir streams;
@@ -55,18 +94,14 @@ Result run(const std::vector<std::string>& argv, const std::string& stdinFile, c
         dup2(in, 0);
         dup2(o, 1);
         dup2(e, 2);
-        std::vector<char*> args;
-        for (const std::string& word : argv)
-            args.push_back(const_cast<char*>(word.c_str()));
-        args.push_back(nullptr);
+        std::vector<char*> args = argvOf(argv);
         execvp(args[0], args.data());
         _exit(127);
     }
     Result result;
     int status = 0;
-    struct rusage usage {};
-    if (child > 0 && wait4(child, &status, 0, &usage) == child)
-        result.maxResidentKiB = usage.ru_maxrss;
+    if (child > 0)
+        result.maxResidentKiB = waitWatchingMemory(child, status);
     if (child > 0)
         result.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
     if (stdoutFile.empty())

@@ -34,6 +34,9 @@ private:
 // when given, else it is captured.
 Result run(const std::vector<std::string>& argv, const std::string& stdinFile = "", const std::string& stdoutFile = "");
 
+// argv for execv: pointers into words, null-terminated.
+std::vector<char*> argvOf(const std::vector<std::string>& words);
+
 // The tool with its arguments.
 Result qvcl(std::vector<std::string> arguments, const std::string& stdinFile = "", const std::string& stdoutFile = "");
 

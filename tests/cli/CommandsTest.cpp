@@ -118,10 +118,7 @@ std::string terminalStandardError(const std::vector<std::string>& arguments)
     if (child == 0) {
         const int null = open("/dev/null", O_WRONLY);
         dup2(null, 1);
-        std::vector<char*> argv;
-        for (const std::string& word : arguments)
-            argv.push_back(const_cast<char*>(word.c_str()));
-        argv.push_back(nullptr);
+        std::vector<char*> argv = clitest::argvOf(arguments);
         execv(argv[0], argv.data());
         _exit(127);
     }

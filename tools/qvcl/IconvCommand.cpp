@@ -154,7 +154,7 @@ class ConversionFailed {};
 class Conversion {
 public:
     Conversion(const std::string& command, const std::string& from, const std::string& to, bool omitInvalid)
-        : m_command(command), m_from(from), m_omitInvalid(omitInvalid)
+        : m_command(command), m_omitInvalid(omitInvalid)
     {
         m_decoder = from.empty() ? ByteToCharConverter::getDefaultConverter()
                                  : ByteToCharConverter::getConverter(wide(from).getData());
@@ -260,8 +260,11 @@ private:
         } catch (const qv::Exception&) {
             // Positions and state are as before the call.
         }
-        if (decoded)
+        // A decoder that took nothing and said nothing would never get
+        // further; the byte-by-byte path below names the place.
+        if (decoded && (pos > callStart || count > 0))
             return encode(count, sequenceStart);
+        pos = callStart;
         const int64_t batchStart = sequenceStart;
         count = 0;
         while (pos < end) {
@@ -283,6 +286,11 @@ private:
                     m_unitSize ? sequenceStart + m_unitSize : std::max(sequenceStart + 1, errorOffset);
                 pos = static_cast<int32_t>(std::min<int64_t>(std::max<int64_t>(resume - base + HISTORY, HISTORY), end));
                 return true;
+            }
+            if (next == pos) {
+                encode(count, batchStart);
+                fail("illegal input sequence at position " + std::to_string(sequenceStart));
+                return false;
             }
             if (count > before)
                 sequenceStart = base + (next - HISTORY);
@@ -309,10 +317,12 @@ private:
         int32_t pos = 0;
         while (pos < count) {
             int32_t written = 0;
+            const int32_t start = pos;
             try {
                 m_encoder->convert(m_units.data(), &pos, count, m_out.data(), &written, capacity);
                 m_output->write(m_out.data(), written);
-                continue;
+                if (pos > start || written > 0)
+                    continue;
             } catch (const qv::text::charset::UnmappableCharacterException&) {
             } catch (const qv::text::charset::InvalidCharacterException&) {
             }
@@ -327,6 +337,8 @@ private:
                 } catch (const qv::Exception&) {
                     break;
                 }
+                if (next == pos)
+                    break;
                 pos = next;
                 if (written > capacity - 64) {
                     m_output->write(m_out.data(), written);
@@ -347,7 +359,6 @@ private:
     }
 
     std::string m_command;
-    std::string m_from;
     bool m_omitInvalid;
     int m_unitSize = 0;
     bool m_utf8 = false;
