@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Times the qvcl tool against the programs users know, whole process, on
 # 256 MiB files (made in a temporary directory and removed afterwards):
-#   qvcl iconv -f UTF-8 -t UTF-16LE  against glibc iconv and ICU's uconv
+#   qvcl iconv -f UTF-8 -t UTF-16LE  against glibc iconv and ICU's uconv (two texts)
 #   qvcl md5sum                      against coreutils md5sum
 #   qvcl alnum                       against coreutils base32
 # Prints hyperfine's tables (Markdown) for docs/cli.md.
@@ -19,35 +19,45 @@ qvcl="$(pwd)/$build/tools/qvcl/qvcl"
 work=$(mktemp -d /tmp/qvcl-bench.XXXXXX)
 trap 'rm -rf "$work"' EXIT
 
-# Text: the system's licences (English) and random text in many scripts,
-# repeated up to 256 MiB. Binary: random bytes.
+# Two texts, each repeated up to 256 MiB: the system's own (licences and
+# decompressed manual pages: English, mostly ASCII), and random characters
+# from six scripts (70% ASCII), which switches script every few characters
+# and so defeats the decoders' block loops. Binary: random bytes.
 size=$((256 * 1024 * 1024))
-python3 - "$work/seed.txt" <<'PY'
-import random, sys, glob
+grow() {
+  while [ "$(stat -c %s "$1")" -lt "$size" ]; do
+    cat "$1" "$1" > "$work/grow" && mv "$work/grow" "$1"
+  done
+  # Cut at a line end so the text stays valid UTF-8.
+  head -c "$size" "$1" | head -n -1 > "$2"
+  rm "$1"
+}
+{ cat /usr/share/common-licenses/*; for f in $(ls /usr/share/man/man1/*.1.gz 2>/dev/null | head -50); do zcat "$f"; done; } > "$work/seed"
+grow "$work/seed" "$work/system.txt"
+python3 - "$work/seed" <<'PY'
+import random, sys
 random.seed(1)
 ranges = [(0x20, 0x7E), (0xA0, 0xFF), (0x391, 0x3C9), (0x410, 0x44F), (0x4E00, 0x9FA5), (0x1F600, 0x1F64F)]
-parts = [open(f, encoding="utf-8", errors="replace").read() for f in sorted(glob.glob("/usr/share/common-licenses/*"))]
 chars = []
-for _ in range(200000):
+for i in range(1000000):
     lo, hi = ranges[0] if random.random() < 0.7 else random.choice(ranges)
     chars.append(chr(random.randint(lo, hi)))
-parts.append("".join(chars))
-open(sys.argv[1], "w", encoding="utf-8").write("\n".join(parts))
+    if i % 70 == 69:
+        chars.append("\n")
+open(sys.argv[1], "w", encoding="utf-8").write("".join(chars))
 PY
-while [ "$(stat -c %s "$work/seed.txt")" -lt "$size" ]; do
-  cat "$work/seed.txt" "$work/seed.txt" > "$work/grow.txt" && mv "$work/grow.txt" "$work/seed.txt"
-done
-# Cut at a line end so the text stays valid UTF-8.
-head -c "$size" "$work/seed.txt" | head -n -1 > "$work/text.txt"
-rm "$work/seed.txt"
+grow "$work/seed" "$work/mixed.txt"
 head -c "$size" /dev/urandom > "$work/random.bin"
 
-run() { hyperfine --warmup 1 --runs "${RUNS:-5}" --style basic --export-markdown "$work/table.md" "$@" >/dev/null; cat "$work/table.md"; echo; }
-echo "text: $(stat -c %s "$work/text.txt") bytes of UTF-8; binary: $(stat -c %s "$work/random.bin") random bytes"
+run() { hyperfine --warmup 1 --runs "${RUNS:-10}" --style basic --export-markdown "$work/table.md" "$@" >/dev/null; cat "$work/table.md"; echo; }
+echo "system text: $(stat -c %s "$work/system.txt") bytes; mixed scripts: $(stat -c %s "$work/mixed.txt") bytes; binary: $(stat -c %s "$work/random.bin") random bytes"
 echo
-run -n "qvcl iconv" "$qvcl iconv -f UTF-8 -t UTF-16LE $work/text.txt > /dev/null" \
-    -n "glibc iconv" "iconv -f UTF-8 -t UTF-16LE $work/text.txt > /dev/null" \
-    -n "ICU uconv" "uconv -f UTF-8 -t UTF-16LE $work/text.txt > /dev/null"
+for text in system mixed; do
+  echo "UTF-8 to UTF-16LE, $text text:"
+  run -n "qvcl iconv" "$qvcl iconv -f UTF-8 -t UTF-16LE $work/$text.txt > /dev/null" \
+      -n "glibc iconv" "iconv -f UTF-8 -t UTF-16LE $work/$text.txt > /dev/null" \
+      -n "ICU uconv" "uconv -f UTF-8 -t UTF-16LE $work/$text.txt > /dev/null"
+done
 run -n "qvcl md5sum" "$qvcl md5sum $work/random.bin > /dev/null" \
     -n "coreutils md5sum" "md5sum $work/random.bin > /dev/null"
 run -n "qvcl alnum" "$qvcl alnum $work/random.bin > /dev/null" \
