@@ -4,10 +4,7 @@
 
 #include <random>
 
-using clitest::qvcl;
-using clitest::run;
-using clitest::TempDir;
-using clitest::writeFile;
+using namespace clitest;
 
 namespace {
 

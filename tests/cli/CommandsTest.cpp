@@ -10,11 +10,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-using clitest::qvcl;
-using clitest::readFile;
-using clitest::run;
-using clitest::TempDir;
-using clitest::writeFile;
+using namespace clitest;
 
 namespace {
 

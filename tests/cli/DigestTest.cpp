@@ -5,11 +5,7 @@
 #include <algorithm>
 #include <filesystem>
 
-using clitest::qvcl;
-using clitest::readFile;
-using clitest::run;
-using clitest::TempDir;
-using clitest::writeFile;
+using namespace clitest;
 
 namespace {
 

@@ -8,11 +8,7 @@
 #include <random>
 #include <sstream>
 
-using clitest::qvcl;
-using clitest::readFile;
-using clitest::run;
-using clitest::TempDir;
-using clitest::writeFile;
+using namespace clitest;
 
 namespace {
 
