@@ -21,3 +21,10 @@ g++ -o "$work/consumer-pc" tests/consumer/main.cpp \
     $(PKG_CONFIG_PATH="$prefix/lib/pkgconfig" pkg-config --cflags --libs qvcl3)
 echo "-- pkg-config consumer:"
 env -u LD_LIBRARY_PATH "$work/consumer-pc"
+
+echo "-- installed qvcl:"
+env -u LD_LIBRARY_PATH "$prefix/bin/qvcl" encodings | head -3
+printf 'abc' | env -u LD_LIBRARY_PATH "$prefix/bin/qvcl" md5sum
+env -u LD_LIBRARY_PATH "$prefix/bin/qvcl3-regsvr" 2>/dev/null || [ $? -eq 1 ]
+test -f "$prefix/share/man/man1/qvcl.1" && test -f "$prefix/share/bash-completion/completions/qvcl"
+echo "qvcl, qvcl3-regsvr, manual page and completion installed"
