@@ -157,3 +157,106 @@ TEST(CollidingKeysTest, Str1KeysWithOnePolynomialHash)
     EXPECT_EQ(idOf(map.remove(upper[9]).get()), 9);
     EXPECT_FALSE(map.containsKey(lower[9]));
 }
+
+namespace {
+
+struct IntNode : HashNode {
+    int32_t key = 0;
+};
+
+const IntNode* asInt(const HashNode* node)
+{
+    return static_cast<const IntNode*>(node);
+}
+
+int compareInts(int32_t a, int32_t b)
+{
+    return a < b ? -1 : (a > b ? 1 : 0);
+}
+
+// Digests shared by runs of four keys, so that the keys decide within each
+// run; the table gives each chain an index as soon as it is long.
+const HashTable::KeyOrder* intOrder()
+{
+    static const HashTable::KeyOrder order{
+        [](const HashNode* a, const HashNode* b) noexcept { return compareInts(asInt(a)->key, asInt(b)->key); },
+        [](const void* key, const HashNode* node) noexcept {
+            return compareInts(*static_cast<const int32_t*>(key), asInt(node)->key);
+        },
+        [](const HashNode* node) noexcept { return static_cast<uint64_t>(asInt(node)->key / 4); },
+        [](const void* key) noexcept { return static_cast<uint64_t>(*static_cast<const int32_t*>(key) / 4); }};
+    return &order;
+}
+
+void destroyInt(HashNode* node) noexcept
+{
+    delete static_cast<IntNode*>(node);
+}
+
+std::vector<int32_t> tableOrder(const HashTable& table)
+{
+    std::vector<int32_t> order;
+    HashCursor cursor(table);
+    while (cursor.hasNext())
+        order.push_back(asInt(cursor.next())->key);
+    return order;
+}
+
+} // namespace
+
+// Thousands of keys in seven chains, so that the indexes grow several levels
+// deep and lose entries that their inner levels name, beside a table without
+// indexes: same walk, same lookups, after every round.
+TEST(CollidingKeysTest, DeepIndexesMatchPlainChains)
+{
+    HashTable indexed(HashTable::DEFAULT_CAPACITY, HashTable::DEFAULT_LOAD, &destroyInt, intOrder());
+    HashTable plain(HashTable::DEFAULT_CAPACITY, HashTable::DEFAULT_LOAD, &destroyInt);
+    std::mt19937 random(5);
+    const int32_t n = 6000;
+    for (int32_t step = 0; step < 8 * n; ++step) {
+        int32_t key = static_cast<int32_t>(random() % n);
+        const uint32_t hash = static_cast<uint32_t>(key % 7);
+        auto same = [key](HashNode* node) { return asInt(node)->key == key; };
+        // Removals come in runs, so that whole leaves empty.
+        const bool removing = (step / 2000) % 2 == 1 ? random() % 4 != 0 : random() % 4 == 0;
+        if (!removing) {
+            ASSERT_EQ(indexed.find(hash, &key, same) != nullptr, plain.find(hash, same) != nullptr);
+            if (!indexed.find(hash, &key, same)) {
+                for (HashTable* table : {&indexed, &plain}) {
+                    IntNode* node = new IntNode();
+                    node->key = key;
+                    node->hash = hash;
+                    table->insert(node);
+                }
+            }
+        } else if (random() % 3 != 0) {
+            HashNode* gone = indexed.detach(hash, &key, same);
+            HashNode* plainGone = plain.detach(hash, same);
+            ASSERT_EQ(gone != nullptr, plainGone != nullptr);
+            if (gone) {
+                destroyInt(gone);
+                destroyInt(plainGone);
+            }
+        } else if (indexed.getSize() > 0) {
+            const int32_t at = key % indexed.getSize();
+            HashCursor cursor(indexed);
+            HashCursor plainCursor(plain);
+            for (int32_t k = 0; k <= at; ++k) {
+                cursor.next();
+                plainCursor.next();
+            }
+            cursor.remove();
+            plainCursor.remove();
+        }
+        if (step % 1000 == 999) {
+            ASSERT_GT(indexed.getIndexedChainCount(), 0);
+            ASSERT_EQ(tableOrder(indexed), tableOrder(plain)) << "step " << step;
+            for (key = 0; key < n; ++key) {
+                auto same = [key](HashNode* node) { return asInt(node)->key == key; };
+                const uint32_t hash = static_cast<uint32_t>(key % 7);
+                ASSERT_EQ(indexed.find(hash, &key, same), indexed.find(hash, same)) << key;
+            }
+        }
+    }
+    EXPECT_EQ(indexed.getCapacity(), plain.getCapacity());
+}

@@ -14,7 +14,12 @@ struct HashNode {
     HashNode* next = nullptr;
     // The key's hash code, computed once when the entry is made.
     uint32_t hash = 0;
+    // Where the chain's index (when it has one) keeps this entry's
+    // predecessor; meaningless otherwise.
+    uint32_t indexSlot = 0;
 };
+
+class ChainIndex;
 
 // The separately chained table under every hash map of the library (the
 // component-object HashMap and HashSet, StringHashMap, IntegerHashMap,
@@ -90,14 +95,35 @@ public:
         return nullptr;
     }
 
-    // The entry with this hash whose key is equal to key (by the table's
+    // A key being looked up, for find() and insert() by key: the key's digest,
+    // when a chain's index needs it, is computed once for both.
+    class Probe {
+    public:
+        Probe(uint32_t hash, const void* key) noexcept : m_hash(hash), m_key(key) {}
+        uint32_t getHash() const noexcept { return m_hash; }
+
+    private:
+        friend class HashTable;
+        uint32_t m_hash;
+        bool m_digestKnown = false;
+        uint64_t m_digest = 0;
+        const void* m_key;
+    };
+
+    // The entry whose key is equal to the probe's (by the table's
     // KeyOrder), or null; match decides in chains that have no index.
+    template <class Match>
+    HashNode* find(Probe& probe, Match&& match) const
+    {
+        if (m_indexes && m_indexes[probe.m_hash % static_cast<uint32_t>(m_capacity)])
+            return findIndexed(probe);
+        return find(probe.m_hash, match);
+    }
     template <class Match>
     HashNode* find(uint32_t hash, const void* key, Match&& match) const
     {
-        if (m_indexes && m_indexes[hash % static_cast<uint32_t>(m_capacity)])
-            return findIndexed(hash, key);
-        return find(hash, match);
+        Probe probe(hash, key);
+        return find(probe, match);
     }
 
     // Unlinks the first entry with this hash that match accepts and hands it
@@ -124,7 +150,8 @@ public:
     HashNode* detach(uint32_t hash, const void* key, Match&& match)
     {
         if (m_indexes && m_indexes[hash % static_cast<uint32_t>(m_capacity)]) {
-            HashNode* node = findIndexed(hash, key);
+            Probe probe(hash, key);
+            HashNode* node = findIndexed(probe);
             if (node)
                 unlink(node);
             return node;
@@ -137,6 +164,9 @@ public:
     // modCount + 1, size + 1. When growing fails for lack of memory nothing
     // has changed and the caller still owns node.
     void insert(HashNode* node);
+    // insert() of an entry whose key is the probe's, which find() has just
+    // missed.
+    void insert(HashNode* node, Probe& probe);
     // Unlinks node, which must be in the table, and frees it.
     void removeNode(HashNode* node) noexcept;
     // Frees every entry and starts again with an empty table of the same
@@ -152,11 +182,12 @@ public:
 
 private:
     friend class HashCursor;
-    struct ChainIndex;
 
-    HashNode* findIndexed(uint32_t hash, const void* key) const noexcept;
+    HashNode* findIndexed(Probe& probe) const noexcept;
+    uint64_t digestOf(Probe& probe) const noexcept;
+    void link(HashNode* node);
     void unlink(HashNode* node) noexcept;
-    void indexAfterInsert(HashNode* node) noexcept;
+    void indexAfterInsert(HashNode* node, Probe* probe) noexcept;
     void buildIndex(uint32_t bucket) noexcept;
     void buildIndexes() noexcept;
     ChainIndex** carryIndexes(int32_t capacity) noexcept;
