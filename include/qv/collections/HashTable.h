@@ -3,6 +3,7 @@
 
 #include <qv/core/Export.h>
 
+#include <climits>
 #include <cstdint>
 
 namespace qv {
@@ -45,8 +46,12 @@ public:
     typedef void (*DestroyNode)(HashNode* node) noexcept;
     // How a map's keys are ordered in a chain's index.
     struct KeyOrder {
-        // Two entries with the same hash: negative, 0 or positive, and 0
-        // exactly when their keys are equal.
+        // What a comparison returns for two keys it cannot order. The
+        // index then steps aside: the lookup walks the chain instead, and a
+        // change to the chain drops its index.
+        static constexpr int UNORDERED = INT32_MIN;
+        // Two entries of one chain: negative, 0 or positive, and 0 exactly
+        // when their keys are equal; or UNORDERED.
         int (*compareNodes)(const HashNode* a, const HashNode* b) noexcept;
         // The wanted key (as the map passes it to find) against an entry.
         int (*compareKey)(const void* key, const HashNode* node) noexcept;
@@ -115,8 +120,9 @@ public:
     template <class Match>
     HashNode* find(Probe& probe, Match&& match) const
     {
-        if (m_indexes && m_indexes[probe.m_hash % static_cast<uint32_t>(m_capacity)])
-            return findIndexed(probe);
+        HashNode* found = nullptr;
+        if (m_indexes && m_indexes[probe.m_hash % static_cast<uint32_t>(m_capacity)] && findIndexed(probe, found))
+            return found;
         return find(probe.m_hash, match);
     }
     template <class Match>
@@ -151,7 +157,9 @@ public:
     {
         if (m_indexes && m_indexes[hash % static_cast<uint32_t>(m_capacity)]) {
             Probe probe(hash, key);
-            HashNode* node = findIndexed(probe);
+            HashNode* node = nullptr;
+            if (!findIndexed(probe, node))
+                node = find(hash, match);
             if (node)
                 unlink(node);
             return node;
@@ -183,7 +191,8 @@ public:
 private:
     friend class HashCursor;
 
-    HashNode* findIndexed(Probe& probe) const noexcept;
+    // False when the index cannot order the probe's key.
+    bool findIndexed(Probe& probe, HashNode*& found) const noexcept;
     uint64_t digestOf(Probe& probe) const noexcept;
     void link(HashNode* node);
     void unlink(HashNode* node) noexcept;

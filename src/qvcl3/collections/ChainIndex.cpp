@@ -103,6 +103,8 @@ int32_t ChainIndex::lowerBound(const Node* node, const Probe& probe, bool& equal
     while (low < high) {
         const int32_t middle = low + (high - low) / 2;
         const int order = compare(probe, node->entries[middle]);
+        if (order == HashTable::KeyOrder::UNORDERED)
+            return -1;
         if (order == 0) {
             equal = true;
             return middle;
@@ -119,22 +121,30 @@ int32_t ChainIndex::childFor(const Inner* inner, const Probe& probe) const noexc
 {
     bool equal = false;
     const int32_t at = lowerBound(inner, probe, equal);
-    return equal ? at + 1 : at;
+    return equal && at >= 0 ? at + 1 : at;
 }
 
-HashNode* ChainIndex::find(uint64_t digest, const void* key) const noexcept
+bool ChainIndex::find(uint64_t digest, const void* key, HashNode*& found) const noexcept
 {
+    found = nullptr;
     const Probe probe{digest, key, nullptr};
     const Node* node = m_root;
     if (!node)
-        return nullptr;
+        return true;
     for (int32_t level = 0; level < m_depth; ++level) {
         const Inner* inner = static_cast<const Inner*>(node);
-        node = inner->children[childFor(inner, probe)];
+        const int32_t child = childFor(inner, probe);
+        if (child < 0)
+            return false;
+        node = inner->children[child];
     }
     bool equal = false;
     const int32_t at = lowerBound(node, probe, equal);
-    return equal ? node->entries[at] : nullptr;
+    if (at < 0)
+        return false;
+    if (equal)
+        found = node->entries[at];
+    return true;
 }
 
 bool ChainIndex::takePlace(HashNode* node, uint64_t digest) noexcept
@@ -198,10 +208,14 @@ bool ChainIndex::insertItem(const Probe& probe, HashNode* entry) noexcept
     for (int32_t level = 0; level < m_depth; ++level) {
         path[level] = static_cast<Inner*>(node);
         at[level] = childFor(path[level], probe);
+        if (at[level] < 0)
+            return false;
         node = path[level]->children[at[level]];
     }
     bool equal = false;
     const int32_t position = lowerBound(node, probe, equal);
+    if (position < 0)
+        return false;
 
     // Every node the insertion needs is allocated first, so that a failure
     // leaves the tree as it was.
@@ -309,24 +323,28 @@ HashNode* ChainIndex::previousOf(const HashNode* node) const noexcept
     return m_places[node->indexSlot].previous;
 }
 
-void ChainIndex::remove(HashNode* node) noexcept
+bool ChainIndex::remove(HashNode* node) noexcept
 {
-    Place& place = m_places[node->indexSlot];
-    const Probe probe{place.digest, nullptr, node};
-    if (node->next)
-        m_places[node->next->indexSlot].previous = place.previous;
-    releasePlace(node->indexSlot);
-
+    if (!m_root)
+        return false;
+    const Probe probe{m_places[node->indexSlot].digest, nullptr, node};
     Inner* path[MAX_DEPTH];
     int32_t at[MAX_DEPTH];
     Node* current = m_root;
     for (int32_t level = 0; level < m_depth; ++level) {
         path[level] = static_cast<Inner*>(current);
         at[level] = childFor(path[level], probe);
+        if (at[level] < 0)
+            return false;
         current = path[level]->children[at[level]];
     }
     bool equal = false;
     const int32_t position = lowerBound(current, probe, equal);
+    if (position < 0 || !equal)
+        return false;
+    if (node->next)
+        m_places[node->next->indexSlot].previous = m_places[node->indexSlot].previous;
+    releasePlace(node->indexSlot);
     eraseAt(current->digests, current->count, position);
     eraseAt(current->entries, current->count, position);
     --current->count;
@@ -365,7 +383,7 @@ void ChainIndex::remove(HashNode* node) noexcept
         freeNode(current);
         m_root = nullptr;
         m_depth = 0;
-        return;
+        return true;
     }
     while (m_depth > 0 && m_root->count == 0) {
         Inner* root = static_cast<Inner*>(m_root);
@@ -373,6 +391,7 @@ void ChainIndex::remove(HashNode* node) noexcept
         delete root;
         --m_depth;
     }
+    return true;
 }
 
 void ChainIndex::relink(HashNode* head) noexcept

@@ -17,8 +17,9 @@ namespace collections {
 // among a million entries touches four or five nodes instead of twenty
 // scattered ones.
 //
-// Nothing here throws: an operation that runs out of memory says so, and the
-// table then drops the index and walks the chain as it would without one.
+// Nothing here throws: an operation that runs out of memory, or meets keys
+// that the map's order cannot compare, says so, and the table then walks the
+// chain as it would without an index.
 class ChainIndex {
 public:
     // Null when memory runs out.
@@ -29,20 +30,23 @@ public:
 
     int32_t getSize() const noexcept { return m_size; }
 
-    // The entry whose key equals key (digest is its digest), or null.
-    HashNode* find(uint64_t digest, const void* key) const noexcept;
+    // Sets found to the entry whose key equals key (digest is its digest),
+    // or null. False when the keys' order failed for key.
+    bool find(uint64_t digest, const void* key, HashNode*& found) const noexcept;
     // Adds node without setting its predecessor (see relink). False when
-    // memory ran out; the index is then as it was.
+    // memory ran out or the keys' order failed; the index is then as it
+    // was.
     bool add(HashNode* node, uint64_t digest) noexcept;
     // Adds node, the new head of the chain (node->next the old head, which
-    // is in the index when not null). False when memory ran out; the index
-    // is then as it was, and no longer covers the chain.
+    // is in the index when not null). False as add(); the index then no
+    // longer covers the chain.
     bool addHead(HashNode* node, uint64_t digest) noexcept;
     // The entry before node in the chain, null for the head.
     HashNode* previousOf(const HashNode* node) const noexcept;
     // Takes node, which is in the index, out of it, as the table unlinks it
-    // from the chain: the entry after node gets node's predecessor.
-    void remove(HashNode* node) noexcept;
+    // from the chain: the entry after node gets node's predecessor. False
+    // when the keys' order failed; the index no longer covers the chain.
+    bool remove(HashNode* node) noexcept;
     // Sets every predecessor again from the chain as it now stands.
     void relink(HashNode* head) noexcept;
 

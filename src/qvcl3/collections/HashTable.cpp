@@ -195,9 +195,9 @@ uint64_t HashTable::digestOf(Probe& probe) const noexcept
     return probe.m_digest;
 }
 
-HashNode* HashTable::findIndexed(Probe& probe) const noexcept
+bool HashTable::findIndexed(Probe& probe, HashNode*& found) const noexcept
 {
-    return m_indexes[probe.m_hash % static_cast<uint32_t>(m_capacity)]->find(digestOf(probe), probe.m_key);
+    return m_indexes[probe.m_hash % static_cast<uint32_t>(m_capacity)]->find(digestOf(probe), probe.m_key, found);
 }
 
 uint64_t HashTable::digestUnits(const char16_t* units, int32_t count, bool foldCase) noexcept
@@ -245,8 +245,7 @@ void HashTable::unlink(HashNode* node) noexcept
         previous->next = node->next;
     else
         m_table[bucket] = node->next;
-    index->remove(node);
-    if (index->getSize() == 0) {
+    if (!index->remove(node) || index->getSize() == 0) {
         delete index;
         index = nullptr;
     }
@@ -279,7 +278,11 @@ void HashTable::indexAfterInsert(HashNode* node, Probe* probe) noexcept
         }
         return;
     }
-    if (chainLength(m_table[bucket], INDEX_FROM_LENGTH + 1) > INDEX_FROM_LENGTH)
+    // A chain whose index was refused (keys without an order between them,
+    // or no memory) is offered one again only as its length doubles, so
+    // that the attempts cost no more than the walks.
+    const int32_t length = chainLength(m_table[bucket], INT32_MAX);
+    if (length == INDEX_FROM_LENGTH + 1 || (length > INDEX_FROM_LENGTH && (length & (length - 1)) == 0))
         buildIndex(bucket);
 }
 
