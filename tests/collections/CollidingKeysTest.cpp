@@ -33,11 +33,12 @@ std::vector<int32_t> keyIdsInOrder(collections::qvcom::HashMap& map)
     return qvtest::drain(*map.createKeyIterator());
 }
 
-// Runs a keyed map (whose long chains get an index) and a component HashMap
-// (whose chains never do) through the same random puts, removals and
-// iterator removals, with key i of the keyed map standing for TestKey i with
-// the same hash in the component map. Both share the table rules, so every
-// order must stay identical and every lookup must agree.
+// Runs a keyed map (whose long chains get an index ordered by key digests)
+// and a component HashMap (whose index orders TestKeys by CompareTo) through
+// the same random puts, removals and iterator removals, with key i of the
+// keyed map standing for TestKey i with the same hash in the component map.
+// Both share the table rules, so every order must stay identical and every
+// lookup must agree.
 template <class Map, class Key, class Hash>
 void runBesideUnindexedTable(const std::vector<Key>& keys, Hash hashOf, uint32_t seed)
 {

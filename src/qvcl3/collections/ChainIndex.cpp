@@ -34,6 +34,17 @@ struct ChainIndex::Inner : Node {
     Node* children[CAPACITY + 1];
 };
 
+// The way down to where a probe is, or would go.
+struct ChainIndex::Path {
+    Inner* inners[MAX_DEPTH];
+    // The child taken in each inner node.
+    int32_t at[MAX_DEPTH];
+    Node* leaf;
+    int32_t position;
+    // Whether the leaf's entry at position is the probe's key.
+    bool equal;
+};
+
 namespace {
 
 template <class T>
@@ -124,26 +135,31 @@ int32_t ChainIndex::childFor(const Inner* inner, const Probe& probe) const noexc
     return equal && at >= 0 ? at + 1 : at;
 }
 
+bool ChainIndex::descend(const Probe& probe, Path& path) const noexcept
+{
+    Node* node = m_root;
+    for (int32_t level = 0; level < m_depth; ++level) {
+        path.inners[level] = static_cast<Inner*>(node);
+        path.at[level] = childFor(path.inners[level], probe);
+        if (path.at[level] < 0)
+            return false;
+        node = path.inners[level]->children[path.at[level]];
+    }
+    path.leaf = node;
+    path.position = lowerBound(node, probe, path.equal);
+    return path.position >= 0;
+}
+
 bool ChainIndex::find(uint64_t digest, const void* key, HashNode*& found) const noexcept
 {
     found = nullptr;
-    const Probe probe{digest, key, nullptr};
-    const Node* node = m_root;
-    if (!node)
+    if (!m_root)
         return true;
-    for (int32_t level = 0; level < m_depth; ++level) {
-        const Inner* inner = static_cast<const Inner*>(node);
-        const int32_t child = childFor(inner, probe);
-        if (child < 0)
-            return false;
-        node = inner->children[child];
-    }
-    bool equal = false;
-    const int32_t at = lowerBound(node, probe, equal);
-    if (at < 0)
+    Path path;
+    if (!descend(Probe{digest, key, nullptr}, path))
         return false;
-    if (equal)
-        found = node->entries[at];
+    if (path.equal)
+        found = path.leaf->entries[path.position];
     return true;
 }
 
@@ -202,20 +218,13 @@ bool ChainIndex::insertItem(const Probe& probe, HashNode* entry) noexcept
 {
     if (!m_root && !(m_root = new (std::nothrow) Node()))
         return false;
-    Inner* path[MAX_DEPTH];
-    int32_t at[MAX_DEPTH];
-    Node* node = m_root;
-    for (int32_t level = 0; level < m_depth; ++level) {
-        path[level] = static_cast<Inner*>(node);
-        at[level] = childFor(path[level], probe);
-        if (at[level] < 0)
-            return false;
-        node = path[level]->children[at[level]];
-    }
-    bool equal = false;
-    const int32_t position = lowerBound(node, probe, equal);
-    if (position < 0)
+    Path found;
+    if (!descend(probe, found))
         return false;
+    Inner** path = found.inners;
+    const int32_t* at = found.at;
+    Node* node = found.leaf;
+    const int32_t position = found.position;
 
     // Every node the insertion needs is allocated first, so that a failure
     // leaves the tree as it was.
@@ -328,20 +337,13 @@ bool ChainIndex::remove(HashNode* node) noexcept
     if (!m_root)
         return false;
     const Probe probe{m_places[node->indexSlot].digest, nullptr, node};
-    Inner* path[MAX_DEPTH];
-    int32_t at[MAX_DEPTH];
-    Node* current = m_root;
-    for (int32_t level = 0; level < m_depth; ++level) {
-        path[level] = static_cast<Inner*>(current);
-        at[level] = childFor(path[level], probe);
-        if (at[level] < 0)
-            return false;
-        current = path[level]->children[at[level]];
-    }
-    bool equal = false;
-    const int32_t position = lowerBound(current, probe, equal);
-    if (position < 0 || !equal)
+    Path found;
+    if (!descend(probe, found) || !found.equal)
         return false;
+    Inner** path = found.inners;
+    const int32_t* at = found.at;
+    Node* current = found.leaf;
+    const int32_t position = found.position;
     if (node->next)
         m_places[node->next->indexSlot].previous = m_places[node->indexSlot].previous;
     releasePlace(node->indexSlot);

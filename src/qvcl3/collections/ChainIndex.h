@@ -53,6 +53,7 @@ public:
 private:
     struct Node;
     struct Inner;
+    struct Path;
     struct Place {
         // For a free place, the next free one (as a number) instead.
         HashNode* previous;
@@ -70,6 +71,8 @@ private:
     int compare(const Probe& probe, const HashNode* entry) const noexcept;
     int lowerBound(const Node* node, const Probe& probe, bool& equal) const noexcept;
     int childFor(const Inner* inner, const Probe& probe) const noexcept;
+    // False when the keys' order failed on the way.
+    bool descend(const Probe& probe, Path& path) const noexcept;
     bool insertItem(const Probe& probe, HashNode* entry) noexcept;
     bool takePlace(HashNode* node, uint64_t digest) noexcept;
     void releasePlace(uint32_t place) noexcept;
