@@ -201,6 +201,10 @@ bool ChainIndex::add(HashNode* node, uint64_t digest) noexcept
         releasePlace(node->indexSlot);
         return false;
     }
+    if (m_size == 0)
+        m_hash = node->hash;
+    else if (node->hash != m_hash)
+        m_oneHash = false;
     ++m_size;
     return true;
 }

@@ -50,6 +50,16 @@ public:
     // Sets every predecessor again from the chain as it now stands.
     void relink(HashNode* head) noexcept;
 
+    // Whether every entry ever added had one hash (then they all share a
+    // bucket at any capacity).
+    bool hasOneHash() const noexcept { return m_oneHash; }
+    // Growth of the table counts the entries moved into this index's new
+    // bucket: the index still covers that chain when they are its entries
+    // alone.
+    void startMove() noexcept { m_moved = 0; }
+    void noteMoved() noexcept { ++m_moved; }
+    bool keptWhole() const noexcept { return m_moved == m_size; }
+
 private:
     struct Node;
     struct Inner;
@@ -87,6 +97,9 @@ private:
     uint32_t m_placeCount = 0;
     uint32_t m_placeCapacity = 0;
     uint32_t m_freePlace = UINT32_MAX;
+    uint32_t m_hash = 0;
+    bool m_oneHash = true;
+    int32_t m_moved = 0;
 };
 
 } // namespace collections

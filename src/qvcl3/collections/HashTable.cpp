@@ -99,9 +99,11 @@ void HashTable::rehash()
         HashNode* node = oldTable[i];
         while (node) {
             HashNode* following = node->next;
-            HashNode*& head = table[node->hash % modulus];
-            node->next = head;
-            head = node;
+            const uint32_t bucket = node->hash % modulus;
+            node->next = table[bucket];
+            table[bucket] = node;
+            if (carried && carried[bucket])
+                carried[bucket]->noteMoved();
             node = following;
         }
     }
@@ -320,9 +322,11 @@ ChainIndex** HashTable::carryIndexes(int32_t capacity) noexcept
             continue;
         const uint32_t target = m_table[bucket]->hash % modulus;
         bool whole = !carried[target];
-        for (const HashNode* node = m_table[bucket]; node && whole; node = node->next)
+        // Entries of one hash (every flood) go to one bucket: no walk needed.
+        for (const HashNode* node = m_table[bucket]; node && whole && !index->hasOneHash(); node = node->next)
             whole = node->hash % modulus == target;
         if (whole) {
+            index->startMove();
             carried[target] = index;
             index = nullptr;
         }
@@ -339,7 +343,7 @@ void HashTable::buildIndexes() noexcept
         if (ChainIndex* index = m_indexes ? m_indexes[bucket] : nullptr) {
             // Carried over from the old table: still right when no other
             // entry joined the chain, which now runs in the other direction.
-            if (chainLength(head, INT32_MAX) == static_cast<int32_t>(index->getSize())) {
+            if (index->keptWhole()) {
                 index->relink(head);
                 continue;
             }
