@@ -15,6 +15,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <map>
+#include <memory>
 #include <random>
 #include <string>
 #include <unordered_map>
@@ -225,46 +226,56 @@ void done(benchmark::State& state)
     state.SetItemsProcessed(state.iterations() * COUNT);
 }
 
-void HashMap_Insert(benchmark::State& state)
+// Times make(), which builds and fills a container, and frees what it made
+// outside the timing. One untimed fill comes first: the timed ones then
+// reuse heap pages the process already holds, whatever ran before them (a
+// cold first fill pays a page fault per page, and in interleaved runs
+// another row may have left the heap trimmed or fragmented, which made the
+// insert rows swing up to 4x between runs).
+template <class Make>
+void timeFills(benchmark::State& state, Make make)
 {
-    const Keys& k = keys();
+    make();
     for (auto _ : state) {
-        Reference<HashMap> map = makeReference<HashMap>();
-        for (const Reference<IQVUnknown>& key : k.present)
-            map->put(key.get(), k.value.get());
+        auto made = make();
         state.PauseTiming();
-        map = nullptr;
+        made = decltype(made)();
         state.ResumeTiming();
     }
     done(state);
+}
+
+void HashMap_Insert(benchmark::State& state)
+{
+    timeFills(state, [] {
+        const Keys& k = keys();
+        Reference<HashMap> map = makeReference<HashMap>();
+        for (const Reference<IQVUnknown>& key : k.present)
+            map->put(key.get(), k.value.get());
+        return map;
+    });
 }
 
 void StdSameComparator_Insert(benchmark::State& state)
 {
-    const Keys& k = keys();
-    for (auto _ : state) {
-        StdSame* map = new StdSame();
+    timeFills(state, [] {
+        const Keys& k = keys();
+        std::unique_ptr<StdSame> map(new StdSame());
         for (const Reference<IQVUnknown>& key : k.present)
             map->emplace(key, k.value);
-        state.PauseTiming();
-        delete map;
-        state.ResumeTiming();
-    }
-    done(state);
+        return map;
+    });
 }
 
 void StdDirect_Insert(benchmark::State& state)
 {
-    const Keys& k = keys();
-    for (auto _ : state) {
-        StdDirect* map = new StdDirect();
+    timeFills(state, [] {
+        const Keys& k = keys();
+        std::unique_ptr<StdDirect> map(new StdDirect());
         for (const Reference<BenchKey>& key : k.typed)
             map->emplace(key, k.value);
-        state.PauseTiming();
-        delete map;
-        state.ResumeTiming();
-    }
-    done(state);
+        return map;
+    });
 }
 
 void HashMap_Hit(benchmark::State& state)
@@ -351,30 +362,24 @@ void StdSameComparator_Iterate(benchmark::State& state)
 
 void StringHashMap_Insert(benchmark::State& state)
 {
-    const Keys& k = keys();
-    for (auto _ : state) {
-        StringHashMap* map = new StringHashMap();
+    timeFills(state, [] {
+        const Keys& k = keys();
+        std::unique_ptr<StringHashMap> map(new StringHashMap());
         for (const String& key : k.strings)
             map->put(key, k.value.get());
-        state.PauseTiming();
-        delete map;
-        state.ResumeTiming();
-    }
-    done(state);
+        return map;
+    });
 }
 
 void StdU16String_Insert(benchmark::State& state)
 {
-    const Keys& k = keys();
-    for (auto _ : state) {
-        StdStrings* map = new StdStrings();
+    timeFills(state, [] {
+        const Keys& k = keys();
+        std::unique_ptr<StdStrings> map(new StdStrings());
         for (const std::u16string& key : k.u16)
             map->emplace(key, k.value);
-        state.PauseTiming();
-        delete map;
-        state.ResumeTiming();
-    }
-    done(state);
+        return map;
+    });
 }
 
 void StringHashMap_Hit(benchmark::State& state)
@@ -429,30 +434,24 @@ void StdU16String_Miss(benchmark::State& state)
 
 void ArrayList_Append(benchmark::State& state)
 {
-    const Keys& k = keys();
-    for (auto _ : state) {
+    timeFills(state, [] {
+        const Keys& k = keys();
         Reference<ArrayList> list = makeReference<ArrayList>();
         for (const Reference<IQVUnknown>& key : k.present)
             list->add(key.get());
-        state.PauseTiming();
-        list = nullptr;
-        state.ResumeTiming();
-    }
-    done(state);
+        return list;
+    });
 }
 
 void StdVector_Append(benchmark::State& state)
 {
-    const Keys& k = keys();
-    for (auto _ : state) {
-        auto* list = new std::vector<Reference<IQVUnknown>>();
+    timeFills(state, [] {
+        const Keys& k = keys();
+        std::unique_ptr<std::vector<Reference<IQVUnknown>>> list(new std::vector<Reference<IQVUnknown>>());
         for (const Reference<IQVUnknown>& key : k.present)
             list->push_back(key);
-        state.PauseTiming();
-        delete list;
-        state.ResumeTiming();
-    }
-    done(state);
+        return list;
+    });
 }
 
 void ArrayList_Index(benchmark::State& state)

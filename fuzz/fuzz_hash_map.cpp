@@ -1,8 +1,9 @@
 // The hash maps under random put / remove / iterator-remove / clear
 // sequences, checked against std::unordered_map after every step. Keys come
 // from a small pool that collides on purpose (String keys differing only at
-// positions the hash skips, integers sharing buckets), so that chains grow
-// long enough to be indexed and shrink again.
+// positions the hash skips, integers sharing buckets, component keys of two
+// classes with eight hashes), so that chains grow long enough to be indexed,
+// lose their index to a key of the other class, and shrink again.
 #include <qv/qvcl3.h>
 
 #include <cstdio>
@@ -34,6 +35,69 @@ int32_t integerKey(uint32_t n)
 {
     return static_cast<int32_t>((n & 3) + 101u * 203u * (n >> 2));
 }
+
+// Component keys ordered by number; the subclass is another class with the
+// same hash and order, so that chains mix classes.
+class FuzzKey : public qv::Object {
+public:
+    explicit FuzzKey(uint32_t n) : m_n(n) {}
+    uint32_t hashCode() const override { return m_n & 7; }
+    int compareTo(const qv::Object& other) const override
+    {
+        const FuzzKey* key = dynamic_cast<const FuzzKey*>(&other);
+        if (!key)
+            return qv::Object::compareTo(other);
+        return m_n < key->m_n ? -1 : (m_n > key->m_n ? 1 : 0);
+    }
+
+private:
+    uint32_t m_n;
+};
+
+class OtherFuzzKey : public FuzzKey {
+public:
+    using FuzzKey::FuzzKey;
+};
+
+struct ComponentKey {
+    qv::Reference<FuzzKey> object;
+    bool operator==(const qv::Reference<IQVUnknown>& key) const { return object->GetUnknown() == key.get(); }
+};
+
+ComponentKey componentKey(uint32_t n)
+{
+    if (n & 0x100)
+        return ComponentKey{qv::makeReference<OtherFuzzKey>(n)};
+    return ComponentKey{qv::makeReference<FuzzKey>(n)};
+}
+
+// The component HashMap with the keyed maps' member names.
+class ComponentMap {
+public:
+    class Iterator {
+    public:
+        explicit Iterator(qv::collections::qvcom::HashMap& map) : m_walk(map.createEntryIterator()) {}
+        bool hasNext() { return m_walk->hasNext(); }
+        const qv::collections::qvcom::HashMapEntry& next() { return *m_walk->nextEntry(); }
+        void remove() { m_walk->remove(); }
+
+    private:
+        qv::Reference<qv::collections::qvcom::HashMapIterator> m_walk;
+    };
+
+    qv::Reference<IQVUnknown> put(const ComponentKey& key, IQVUnknown* value)
+    {
+        return m_map->put(key.object->GetUnknown(), value);
+    }
+    qv::Reference<IQVUnknown> remove(const ComponentKey& key) { return m_map->remove(key.object->GetUnknown()); }
+    qv::Reference<IQVUnknown> get(const ComponentKey& key) { return m_map->get(key.object->GetUnknown()); }
+    int32_t getSize() const { return m_map->getSize(); }
+    void clear() { m_map->clear(); }
+    Iterator createIterator() { return Iterator(*m_map); }
+
+private:
+    qv::Reference<qv::collections::qvcom::HashMap> m_map = qv::makeReference<qv::collections::qvcom::HashMap>();
+};
 
 template <class Map, class Key, class MakeKey>
 void run(const uint8_t* data, size_t size, MakeKey makeKey)
@@ -132,9 +196,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
     if (size == 0)
         return 0;
-    if (data[0] & 1)
-        run<qv::collections::StringHashMap, qv::String>(data + 1, size - 1, stringKey);
-    else
-        run<qv::collections::IntegerHashMap, int32_t>(data + 1, size - 1, integerKey);
+    switch (data[0] % 3) {
+    case 0: run<qv::collections::IntegerHashMap, int32_t>(data + 1, size - 1, integerKey); break;
+    case 1: run<qv::collections::StringHashMap, qv::String>(data + 1, size - 1, stringKey); break;
+    default: run<ComponentMap, ComponentKey>(data + 1, size - 1, componentKey); break;
+    }
     return 0;
 }

@@ -127,6 +127,10 @@ SEEDS = {
         bytes([1]) + bytes(b for k in range(30) for b in (0x02, k)) + bytes([0xC0, 0, 0x01, 5, 0xE0, 5]),
         bytes([0]) + bytes([0x00, 1, 0x80, 1, 0x00, 1, 0xA0, 0, 0xE0, 1]),
         bytes([1]) + bytes(b for k in range(20) for b in (0x01 | 0x20, k)) + bytes(b for k in range(20) for b in (0x81, k)),
+        # The component map: one class, then the other class in the same chains.
+        bytes([2]) + bytes(b for k in range(80) for b in (0x02, k)) + bytes(b for k in range(0, 80, 5) for b in (0x60, k)),
+        bytes([2]) + bytes(b for k in range(40) for b in (0x02, k)) + bytes(b for k in range(8) for b in (0x03, k))
+        + bytes([0xA0, 16, 0x80, 24, 0xE0, 8]),
     ],
 }
 

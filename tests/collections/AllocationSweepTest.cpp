@@ -136,4 +136,15 @@ TEST_F(CollectionsAllocationSweep, ComponentMapSetIteratorsAndPutAll)
                                  EXPECT_FALSE(set->contains(unk(qvtest::key(75))));
                              });
     EXPECT_TRUE(set->contains(unk(qvtest::key(75))));
+
+    // Twenty comparable keys with one hash: the chain carries an index,
+    // whose memory running out costs speed only.
+    Reference<collections::qvcom::HashSet> colliding = makeReference<collections::qvcom::HashSet>();
+    for (int32_t i = 0; i < 20; ++i)
+        colliding->add(unk(qvtest::key(i, 5)));
+    const std::vector<int32_t> order = qvtest::drain(*colliding->createIterator());
+    qvtest::sweepAllocations([&] { colliding->add(unk(qvtest::key(20, 5))); },
+                             [&] { EXPECT_EQ(qvtest::drain(*colliding->createIterator()), order); });
+    for (int32_t i = 0; i <= 20; ++i)
+        EXPECT_TRUE(colliding->contains(unk(qvtest::key(i, 5)))) << i;
 }

@@ -3,6 +3,7 @@
 
 #include <qv/core/Export.h>
 
+#include <climits>
 #include <cstdint>
 
 namespace qv {
@@ -14,7 +15,12 @@ struct HashNode {
     HashNode* next = nullptr;
     // The key's hash code, computed once when the entry is made.
     uint32_t hash = 0;
+    // Where the chain's index (when it has one) keeps this entry's
+    // predecessor; meaningless otherwise.
+    uint32_t indexSlot = 0;
 };
+
+class ChainIndex;
 
 // The separately chained table under every hash map of the library (the
 // component-object HashMap and HashSet, StringHashMap, IntegerHashMap,
@@ -40,8 +46,12 @@ public:
     typedef void (*DestroyNode)(HashNode* node) noexcept;
     // How a map's keys are ordered in a chain's index.
     struct KeyOrder {
-        // Two entries with the same hash: negative, 0 or positive, and 0
-        // exactly when their keys are equal.
+        // What a comparison returns for two keys it cannot order. The
+        // index then steps aside: the lookup walks the chain instead, and a
+        // change to the chain drops its index.
+        static constexpr int UNORDERED = INT32_MIN;
+        // Two entries of one chain: negative, 0 or positive, and 0 exactly
+        // when their keys are equal; or UNORDERED.
         int (*compareNodes)(const HashNode* a, const HashNode* b) noexcept;
         // The wanted key (as the map passes it to find) against an entry.
         int (*compareKey)(const void* key, const HashNode* node) noexcept;
@@ -90,14 +100,36 @@ public:
         return nullptr;
     }
 
-    // The entry with this hash whose key is equal to key (by the table's
+    // A key being looked up, for find() and insert() by key: the key's digest,
+    // when a chain's index needs it, is computed once for both.
+    class Probe {
+    public:
+        Probe(uint32_t hash, const void* key) noexcept : m_hash(hash), m_key(key) {}
+        uint32_t getHash() const noexcept { return m_hash; }
+
+    private:
+        friend class HashTable;
+        uint32_t m_hash;
+        bool m_digestKnown = false;
+        uint64_t m_digest = 0;
+        const void* m_key;
+    };
+
+    // The entry whose key is equal to the probe's (by the table's
     // KeyOrder), or null; match decides in chains that have no index.
+    template <class Match>
+    HashNode* find(Probe& probe, Match&& match) const
+    {
+        HashNode* found = nullptr;
+        if (m_indexes && m_indexes[probe.m_hash % static_cast<uint32_t>(m_capacity)] && findIndexed(probe, found))
+            return found;
+        return find(probe.m_hash, match);
+    }
     template <class Match>
     HashNode* find(uint32_t hash, const void* key, Match&& match) const
     {
-        if (m_indexes && m_indexes[hash % static_cast<uint32_t>(m_capacity)])
-            return findIndexed(hash, key);
-        return find(hash, match);
+        Probe probe(hash, key);
+        return find(probe, match);
     }
 
     // Unlinks the first entry with this hash that match accepts and hands it
@@ -124,7 +156,10 @@ public:
     HashNode* detach(uint32_t hash, const void* key, Match&& match)
     {
         if (m_indexes && m_indexes[hash % static_cast<uint32_t>(m_capacity)]) {
-            HashNode* node = findIndexed(hash, key);
+            Probe probe(hash, key);
+            HashNode* node = nullptr;
+            if (!findIndexed(probe, node))
+                node = find(hash, match);
             if (node)
                 unlink(node);
             return node;
@@ -137,6 +172,9 @@ public:
     // modCount + 1, size + 1. When growing fails for lack of memory nothing
     // has changed and the caller still owns node.
     void insert(HashNode* node);
+    // insert() of an entry whose key is the probe's, which find() has just
+    // missed.
+    void insert(HashNode* node, Probe& probe);
     // Unlinks node, which must be in the table, and frees it.
     void removeNode(HashNode* node) noexcept;
     // Frees every entry and starts again with an empty table of the same
@@ -152,11 +190,13 @@ public:
 
 private:
     friend class HashCursor;
-    struct ChainIndex;
 
-    HashNode* findIndexed(uint32_t hash, const void* key) const noexcept;
+    // False when the index cannot order the probe's key.
+    bool findIndexed(Probe& probe, HashNode*& found) const noexcept;
+    uint64_t digestOf(Probe& probe) const noexcept;
+    void link(HashNode* node);
     void unlink(HashNode* node) noexcept;
-    void indexAfterInsert(HashNode* node) noexcept;
+    void indexAfterInsert(HashNode* node, Probe* probe) noexcept;
     void buildIndex(uint32_t bucket) noexcept;
     void buildIndexes() noexcept;
     ChainIndex** carryIndexes(int32_t capacity) noexcept;

@@ -111,23 +111,21 @@ public:
     // structural change. A failed allocation leaves the map unchanged.
     Reference<IQVUnknown> put(const Key& key, IQVUnknown* value)
     {
-        const uint32_t hash = Traits::hash(key);
-        if (Entry* entry = findEntry(key, hash)) {
+        HashTable::Probe probe(Traits::hash(key), &key);
+        if (HashNode* found = m_table.find(probe, matcher(key))) {
             Reference<IQVUnknown> previous(value);
-            entry->m_value.swap(previous);
+            entryOf(found)->m_value.swap(previous);
             return previous;
         }
-        std::unique_ptr<Entry> entry(new Entry(Traits::store(key), value, hash));
-        m_table.insert(entry.get());
+        std::unique_ptr<Entry> entry(new Entry(Traits::store(key), value, probe.getHash()));
+        m_table.insert(entry.get(), probe);
         entry.release();
         return nullptr;
     }
     // The value removed, or null when the key was absent.
     Reference<IQVUnknown> remove(const Key& key)
     {
-        HashNode* node = m_table.detach(Traits::hash(key), &key, [&](HashNode* candidate) {
-            return Traits::equal(entryOf(candidate)->m_key, key);
-        });
+        HashNode* node = m_table.detach(Traits::hash(key), &key, matcher(key));
         if (!node)
             return nullptr;
         std::unique_ptr<Entry> entry(entryOf(node));
@@ -158,10 +156,13 @@ private:
         return &order;
     }
 
+    static auto matcher(const Key& key) noexcept
+    {
+        return [&key](HashNode* candidate) { return Traits::equal(entryOf(candidate)->m_key, key); };
+    }
     Entry* findEntry(const Key& key, uint32_t hash) const
     {
-        HashNode* node = m_table.find(
-            hash, &key, [&](HashNode* candidate) { return Traits::equal(entryOf(candidate)->m_key, key); });
+        HashNode* node = m_table.find(hash, &key, matcher(key));
         return node ? entryOf(node) : nullptr;
     }
 

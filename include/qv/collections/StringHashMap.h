@@ -4,6 +4,7 @@
 #include <qv/collections/KeyedHashMap.h>
 #include <qv/lang/String.h>
 
+#include <cstring>
 #include <string>
 
 namespace qv {
@@ -20,6 +21,11 @@ struct StringKeyTraits {
     {
         const int32_t lengthA = a.getLength();
         const int32_t lengthB = b.getLength();
+        // The index compares keys mostly to confirm a match: one block
+        // comparison settles that.
+        if (lengthA == lengthB &&
+            std::memcmp(a.getData(), b.getData(), static_cast<size_t>(lengthA) * sizeof(char16_t)) == 0)
+            return 0;
         const int order = std::char_traits<char16_t>::compare(
             a.getData(), b.getData(), static_cast<size_t>(lengthA < lengthB ? lengthA : lengthB));
         if (order != 0)

@@ -1,5 +1,7 @@
 #include <qv/collections/HashTable.h>
 
+#include "ChainIndex.h"
+
 #include <qv/core/Exception.h>
 #include <qv/core/Result.h>
 #include <qv/lang/String.h>
@@ -10,8 +12,6 @@
 #include <cstdint>
 #include <cstring>
 #include <new>
-#include <set>
-#include <unordered_map>
 
 namespace qv {
 namespace collections {
@@ -44,50 +44,6 @@ HashNode** newTable(int32_t capacity)
 // fast as a tree lookup, and ordinary tables never get there.
 constexpr int32_t INDEX_FROM_LENGTH = 8;
 
-// A key being looked up.
-struct KeyProbe {
-    uint32_t hash;
-    uint64_t digest;
-    const void* key;
-};
-
-// An entry of a chain's index: what orders it, without reading the key.
-struct IndexedNode {
-    uint32_t hash;
-    uint64_t digest;
-    HashNode* node;
-};
-
-// Hash, then digest, then the keys themselves, which are only read when
-// two digests are equal.
-struct ChainOrder {
-    using is_transparent = void;
-    const HashTable::KeyOrder* keys;
-
-    template <class KeysBefore>
-    static bool before(uint32_t hashA, uint64_t digestA, uint32_t hashB, uint64_t digestB,
-                       const KeysBefore& keysBefore) noexcept
-    {
-        if (hashA != hashB)
-            return hashA < hashB;
-        if (digestA != digestB)
-            return digestA < digestB;
-        return keysBefore();
-    }
-    bool operator()(const IndexedNode& a, const IndexedNode& b) const noexcept
-    {
-        return before(a.hash, a.digest, b.hash, b.digest, [&] { return keys->compareNodes(a.node, b.node) < 0; });
-    }
-    bool operator()(const KeyProbe& a, const IndexedNode& b) const noexcept
-    {
-        return before(a.hash, a.digest, b.hash, b.digest, [&] { return keys->compareKey(a.key, b.node) < 0; });
-    }
-    bool operator()(const IndexedNode& a, const KeyProbe& b) const noexcept
-    {
-        return before(a.hash, a.digest, b.hash, b.digest, [&] { return keys->compareKey(b.key, a.node) > 0; });
-    }
-};
-
 // Differs from process to process with the address space layout; computed
 // on each use, so that it is the same before and after static
 // initialisation (start-up fills tables early).
@@ -97,45 +53,6 @@ inline uint64_t digestSeed() noexcept
 }
 
 } // namespace
-
-// The entries of one chain in key order, and for each entry its place in
-// that order and the entry before it in the chain (null for the head), so
-// that unlinking needs neither a walk nor a key comparison.
-struct HashTable::ChainIndex {
-    typedef std::set<IndexedNode, ChainOrder> Order;
-    struct Place {
-        Order::iterator at;
-        HashNode* previous;
-    };
-
-    explicit ChainIndex(const KeyOrder* keys) : order(ChainOrder{keys}) {}
-
-    // node is the new head of the chain. Throws when memory runs out, with
-    // the index as it was.
-    void addHead(HashNode* node)
-    {
-        auto added = order.insert(IndexedNode{node->hash, order.key_comp().keys->digestNode(node), node}).first;
-        try {
-            places.emplace(node, Place{added, nullptr});
-        } catch (...) {
-            order.erase(added);
-            throw;
-        }
-        if (node->next)
-            places.find(node->next)->second.previous = node;
-    }
-
-    // Sets every entry's predecessor from the chain as it now stands.
-    void relink(HashNode* head) noexcept
-    {
-        HashNode* previous = nullptr;
-        for (HashNode* node = head; node; previous = node, node = node->next)
-            places.find(node)->second.previous = previous;
-    }
-
-    Order order;
-    std::unordered_map<const HashNode*, Place> places;
-};
 
 HashTable::HashTable(int32_t capacity, float load, DestroyNode destroy, const KeyOrder* order)
     : m_loadFactor(load), m_destroy(destroy), m_order(order)
@@ -182,9 +99,11 @@ void HashTable::rehash()
         HashNode* node = oldTable[i];
         while (node) {
             HashNode* following = node->next;
-            HashNode*& head = table[node->hash % modulus];
-            node->next = head;
-            head = node;
+            const uint32_t bucket = node->hash % modulus;
+            node->next = table[bucket];
+            table[bucket] = node;
+            if (carried && carried[bucket])
+                carried[bucket]->noteMoved();
             node = following;
         }
     }
@@ -197,7 +116,7 @@ void HashTable::rehash()
     buildIndexes();
 }
 
-void HashTable::insert(HashNode* node)
+void HashTable::link(HashNode* node)
 {
     if (m_size >= m_threshold && m_capacity <= MAX_GROWABLE_CAPACITY)
         rehash();
@@ -206,9 +125,21 @@ void HashTable::insert(HashNode* node)
     node->next = head;
     head = node;
     ++m_size;
+}
+
+void HashTable::insert(HashNode* node)
+{
+    link(node);
     // A chain of one needs no index, and most chains are that short.
     if (m_order && (m_indexes || node->next))
-        indexAfterInsert(node);
+        indexAfterInsert(node, nullptr);
+}
+
+void HashTable::insert(HashNode* node, Probe& probe)
+{
+    link(node);
+    if (m_order && (m_indexes || node->next))
+        indexAfterInsert(node, &probe);
 }
 
 void HashTable::removeNode(HashNode* node) noexcept
@@ -257,20 +188,49 @@ void HashTable::freeNodes(HashNode** table, int32_t capacity) noexcept
     }
 }
 
-HashNode* HashTable::findIndexed(uint32_t hash, const void* key) const noexcept
+uint64_t HashTable::digestOf(Probe& probe) const noexcept
 {
-    const ChainIndex* index = m_indexes[hash % static_cast<uint32_t>(m_capacity)];
-    auto found = index->order.find(KeyProbe{hash, m_order->digestKey(key), key});
-    return found == index->order.end() ? nullptr : found->node;
+    if (!probe.m_digestKnown) {
+        probe.m_digest = m_order->digestKey(probe.m_key);
+        probe.m_digestKnown = true;
+    }
+    return probe.m_digest;
+}
+
+bool HashTable::findIndexed(Probe& probe, HashNode*& found) const noexcept
+{
+    return m_indexes[probe.m_hash % static_cast<uint32_t>(m_capacity)]->find(digestOf(probe), probe.m_key, found);
 }
 
 uint64_t HashTable::digestUnits(const char16_t* units, int32_t count, bool foldCase) noexcept
 {
-    // FNV-1a over the units, finished with a 64-bit mixer.
-    uint64_t digest = digestSeed() ^ static_cast<uint64_t>(count);
-    for (int32_t i = 0; i < count; ++i) {
-        const char16_t unit = foldCase ? QVToLowerW(units[i]) : units[i];
-        digest = (digest ^ unit) * 0x100000001B3ull;
+    // Four units per step, each step a multiply and a shift, then a
+    // 64-bit finaliser. Only its spread matters: equal digests of unequal
+    // keys cost a key comparison, never a wrong answer.
+    uint64_t digest = digestSeed() ^ (static_cast<uint64_t>(count) * 0xC2B2AE3D27D4EB4Full);
+    const auto step = [&digest](uint64_t word) {
+        digest = (digest ^ word) * 0x9E3779B97F4A7C15ull;
+        digest ^= digest >> 29;
+    };
+    int32_t i = 0;
+    if (foldCase) {
+        for (; i + 4 <= count; i += 4) {
+            step(static_cast<uint64_t>(QVToLowerW(units[i])) | static_cast<uint64_t>(QVToLowerW(units[i + 1])) << 16 |
+                 static_cast<uint64_t>(QVToLowerW(units[i + 2])) << 32 |
+                 static_cast<uint64_t>(QVToLowerW(units[i + 3])) << 48);
+        }
+    } else {
+        for (; i + 4 <= count; i += 4) {
+            uint64_t word;
+            std::memcpy(&word, units + i, sizeof word);
+            step(word);
+        }
+    }
+    if (i < count) {
+        uint64_t word = 0;
+        for (; i < count; ++i)
+            word = word << 16 | (foldCase ? QVToLowerW(units[i]) : units[i]);
+        step(word);
     }
     digest ^= digest >> 33;
     digest *= 0xFF51AFD7ED558CCDull;
@@ -282,17 +242,12 @@ void HashTable::unlink(HashNode* node) noexcept
 {
     const uint32_t bucket = node->hash % static_cast<uint32_t>(m_capacity);
     ChainIndex*& index = m_indexes[bucket];
-    auto place = index->places.find(node);
-    HashNode* previous = place->second.previous;
+    HashNode* previous = index->previousOf(node);
     if (previous)
         previous->next = node->next;
     else
         m_table[bucket] = node->next;
-    if (node->next)
-        index->places.find(node->next)->second.previous = previous;
-    index->order.erase(place->second.at);
-    index->places.erase(place);
-    if (index->order.empty()) {
+    if (!index->remove(node) || index->getSize() == 0) {
         delete index;
         index = nullptr;
     }
@@ -313,20 +268,23 @@ int32_t chainLength(const HashNode* node, int32_t atMost) noexcept
 
 } // namespace
 
-void HashTable::indexAfterInsert(HashNode* node) noexcept
+void HashTable::indexAfterInsert(HashNode* node, Probe* probe) noexcept
 {
     const uint32_t bucket = node->hash % static_cast<uint32_t>(m_capacity);
     if (m_indexes && m_indexes[bucket]) {
-        try {
-            m_indexes[bucket]->addHead(node);
-        } catch (...) {
+        const uint64_t digest = probe ? digestOf(*probe) : m_order->digestNode(node);
+        if (!m_indexes[bucket]->addHead(node, digest)) {
             // Without room for the index the chain is walked, as any other.
             delete m_indexes[bucket];
             m_indexes[bucket] = nullptr;
         }
         return;
     }
-    if (chainLength(m_table[bucket], INDEX_FROM_LENGTH + 1) > INDEX_FROM_LENGTH)
+    // A chain whose index was refused (keys without an order between them,
+    // or no memory) is offered one again only as its length doubles, so
+    // that the attempts cost no more than the walks.
+    const int32_t length = chainLength(m_table[bucket], INT32_MAX);
+    if (length == INDEX_FROM_LENGTH + 1 || (length > INDEX_FROM_LENGTH && (length & (length - 1)) == 0))
         buildIndex(bucket);
 }
 
@@ -337,23 +295,20 @@ void HashTable::buildIndex(uint32_t bucket) noexcept
         if (!m_indexes)
             return;
     }
-    ChainIndex* index = new (std::nothrow) ChainIndex(m_order);
+    ChainIndex* index = ChainIndex::create(m_order);
     if (!index)
         return;
-    try {
-        HashNode* previous = nullptr;
-        for (HashNode* node = m_table[bucket]; node; previous = node, node = node->next) {
-            auto added = index->order.insert(IndexedNode{node->hash, m_order->digestNode(node), node}).first;
-            index->places.emplace(node, ChainIndex::Place{added, previous});
+    for (HashNode* node = m_table[bucket]; node; node = node->next) {
+        if (!index->add(node, m_order->digestNode(node))) {
+            delete index;
+            return;
         }
-    } catch (...) {
-        delete index;
-        return;
     }
+    index->relink(m_table[bucket]);
     m_indexes[bucket] = index;
 }
 
-HashTable::ChainIndex** HashTable::carryIndexes(int32_t capacity) noexcept
+ChainIndex** HashTable::carryIndexes(int32_t capacity) noexcept
 {
     if (!m_indexes)
         return nullptr;
@@ -367,9 +322,11 @@ HashTable::ChainIndex** HashTable::carryIndexes(int32_t capacity) noexcept
             continue;
         const uint32_t target = m_table[bucket]->hash % modulus;
         bool whole = !carried[target];
-        for (const HashNode* node = m_table[bucket]; node && whole; node = node->next)
+        // Entries of one hash (every flood) go to one bucket: no walk needed.
+        for (const HashNode* node = m_table[bucket]; node && whole && !index->hasOneHash(); node = node->next)
             whole = node->hash % modulus == target;
         if (whole) {
+            index->startMove();
             carried[target] = index;
             index = nullptr;
         }
@@ -386,7 +343,7 @@ void HashTable::buildIndexes() noexcept
         if (ChainIndex* index = m_indexes ? m_indexes[bucket] : nullptr) {
             // Carried over from the old table: still right when no other
             // entry joined the chain, which now runs in the other direction.
-            if (chainLength(head, INT32_MAX) == static_cast<int32_t>(index->order.size())) {
+            if (index->keptWhole()) {
                 index->relink(head);
                 continue;
             }

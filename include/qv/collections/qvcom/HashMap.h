@@ -140,6 +140,11 @@ private:
     friend class HashMapEntrySet;
 
     static void destroyEntry(HashNode* node) noexcept;
+    // The order of a chain's index: by CompareTo, for keys of one class
+    // that have it, when the keys' comparator is the default one.
+    static const HashTable::KeyOrder* keyOrderFor(const IQVComparator* keys) noexcept;
+    static int compareEntries(const HashNode* a, const HashNode* b) noexcept;
+    static int compareKeyToEntry(const void* key, const HashNode* node) noexcept;
     static HashMapEntry* entryOf(HashNode* node) noexcept { return static_cast<HashMapEntry*>(node); }
     HashMapEntry* findEntry(const IQVUnknown* key, uint32_t hash) const;
     // True when element is a MapEntry whose key maps to an equal value here.

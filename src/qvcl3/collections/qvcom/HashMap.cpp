@@ -5,6 +5,8 @@
 #include <qv/core/Boundary.h>
 #include <qv/core/Exception.h>
 
+#include <typeinfo>
+
 namespace qv {
 namespace collections {
 namespace qvcom {
@@ -54,19 +56,21 @@ Result HashMapEntry::SetValue(IQVUnknown* value, IQVUnknown** previous)
 HashMap::HashMap(int32_t capacity, float load) : HashMap(nullptr, nullptr, capacity, load) {}
 
 HashMap::HashMap(const IQVComparator* keys, const IQVComparator* values, int32_t capacity, float load)
-    : AbstractMap(keys, values), m_table(capacity, load, &destroyEntry)
+    : AbstractMap(keys, values), m_table(capacity, load, &destroyEntry, keyOrderFor(getKeyComparator()))
 {}
 
 HashMap::HashMap(const Map& other, float load) : HashMap(other, nullptr, nullptr, load) {}
 
 HashMap::HashMap(const Map& other, const IQVComparator* keys, const IQVComparator* values, float load)
-    : AbstractMap(keys, values), m_table(calcCapacity(sizeOf(other)), load, &destroyEntry)
+    : AbstractMap(keys, values),
+      m_table(calcCapacity(sizeOf(other)), load, &destroyEntry, keyOrderFor(getKeyComparator()))
 {
     copyEntries(other);
 }
 
 HashMap::HashMap(const HashMap& other)
-    : AbstractMap(other), m_table(calcCapacity(other.getSize()), other.getLoadFactor(), &destroyEntry)
+    : AbstractMap(other),
+      m_table(calcCapacity(other.getSize()), other.getLoadFactor(), &destroyEntry, keyOrderFor(getKeyComparator()))
 {
     copyEntries(other);
 }
@@ -76,6 +80,62 @@ HashMap::~HashMap() = default;
 void HashMap::destroyEntry(HashNode* node) noexcept
 {
     entryOf(node)->Release();
+}
+
+namespace {
+
+// The default comparator's equality is CompareTo == 0, so CompareTo orders
+// a chain's index soundly where it is a total order: between two objects of
+// one class, as IQVComparable asks of it. Keys of different classes (whose
+// CompareTo may not expect each other), null keys, keys without
+// IQVComparable and failing comparisons are not ordered, and the table then
+// walks the chain by Equals, as it would without an index.
+int compareComparable(const IQVUnknown* a, const IQVUnknown* b) noexcept
+{
+    if (!a || !b || typeid(*a) != typeid(*b))
+        return HashTable::KeyOrder::UNORDERED;
+    try {
+        Reference<IQVComparable> comparable;
+        if (const_cast<IQVUnknown*>(a)->QueryInterface(IQVComparable::iid, comparable.putVoid()) < 0 || !comparable)
+            return HashTable::KeyOrder::UNORDERED;
+        int order = 0;
+        if (comparable->CompareTo(b, &order) < 0)
+            return HashTable::KeyOrder::UNORDERED;
+        return order < 0 ? -1 : (order > 0 ? 1 : 0);
+    } catch (...) {
+        return HashTable::KeyOrder::UNORDERED;
+    }
+}
+
+// Objects have no digest that equal keys share but their hash, which the
+// keys of a long chain have in common anyway: CompareTo decides alone.
+uint64_t noDigestOfEntry(const HashNode*) noexcept
+{
+    return 0;
+}
+
+uint64_t noDigestOfKey(const void*) noexcept
+{
+    return 0;
+}
+
+} // namespace
+
+const HashTable::KeyOrder* HashMap::keyOrderFor(const IQVComparator* keys) noexcept
+{
+    static const HashTable::KeyOrder order{&compareEntries, &compareKeyToEntry, &noDigestOfEntry, &noDigestOfKey};
+    return keys == GetDefaultComparator() ? &order : nullptr;
+}
+
+int HashMap::compareEntries(const HashNode* a, const HashNode* b) noexcept
+{
+    return compareComparable(static_cast<const HashMapEntry*>(a)->m_key.get(),
+                             static_cast<const HashMapEntry*>(b)->m_key.get());
+}
+
+int HashMap::compareKeyToEntry(const void* key, const HashNode* node) noexcept
+{
+    return compareComparable(static_cast<const IQVUnknown*>(key), static_cast<const HashMapEntry*>(node)->m_key.get());
 }
 
 void HashMap::copyEntries(const Map& other)
@@ -90,7 +150,7 @@ void HashMap::copyEntries(const Map& other)
 HashMapEntry* HashMap::findEntry(const IQVUnknown* key, uint32_t hash) const
 {
     HashNode* node =
-        m_table.find(hash, [&](HashNode* candidate) { return keysEqual(key, entryOf(candidate)->m_key.get()); });
+        m_table.find(hash, key, [&](HashNode* candidate) { return keysEqual(key, entryOf(candidate)->m_key.get()); });
     return node ? entryOf(node) : nullptr;
 }
 
@@ -135,7 +195,7 @@ Reference<IQVUnknown> HashMap::put(IQVUnknown* key, IQVUnknown* value)
 Reference<IQVUnknown> HashMap::remove(const IQVUnknown* key)
 {
     HashNode* node = m_table.detach(
-        getKeyHashCode(key), [&](HashNode* candidate) { return keysEqual(key, entryOf(candidate)->m_key.get()); });
+        getKeyHashCode(key), key, [&](HashNode* candidate) { return keysEqual(key, entryOf(candidate)->m_key.get()); });
     if (!node)
         return nullptr;
     Reference<HashMapEntry> entry;
