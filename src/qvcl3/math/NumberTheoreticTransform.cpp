@@ -1,15 +1,13 @@
 #include "NumberTheoreticTransform.h"
 
 #include <algorithm>
-#include <vector>
+#include <memory>
 
 namespace qv {
 namespace math {
 namespace detail {
 
 namespace {
-
-typedef std::vector<Limb> Vec;
 
 // Arithmetic modulo a prime p < 2^62 with 2^42 dividing p - 1. Products go
 // through Montgomery's reduction with R = 2^64: mul(a, b) = a * b / R mod p,
@@ -96,12 +94,8 @@ public:
     }
 
     // A root of unity of order n (a power of two up to 2^42) in Montgomery
-    // form; its inverse when inverse is set.
-    Limb rootOfUnity(size_t n, bool inverse) const noexcept
-    {
-        const Limb e = (m_p - 1) / n;
-        return power(toMontgomery(m_generator), inverse ? (m_p - 1) - e : e);
-    }
+    // form.
+    Limb rootOfUnity(size_t n) const noexcept { return power(toMontgomery(m_generator), (m_p - 1) / n); }
 
 private:
     Limb m_p;
@@ -122,15 +116,33 @@ const PrimeField& field(int i) noexcept
 
 // Twiddles of every level in one table of pairs: (w, shoupQuotient(w)) at
 // 2 (len + j) with w = root(2 len)^j for j < len, len = 1, 2, 4, ..., n / 2.
-void fillTwiddles(Limb* tw, const PrimeField& f, size_t n, bool inverse) noexcept
+void fillTwiddles(Limb* tw, const PrimeField& f, size_t n) noexcept
 {
     for (size_t len = 1; len < n; len *= 2) {
-        const Limb root = f.rootOfUnity(2 * len, inverse);
+        const Limb root = f.rootOfUnity(2 * len);
         Limb x = 1;
         for (size_t j = 0; j < len; ++j) {
             tw[2 * (len + j)] = x;
             tw[2 * (len + j) + 1] = f.shoupQuotient(x);
             x = f.mul(x, root);
+        }
+    }
+}
+
+// Turns the table into the inverse roots' in place: root^-j = -root^(len - j)
+// for a root of order 2 len, and the pair of -w is (p - w, ~wq) because
+// w 2^64 / p is never a whole number.
+void invertTwiddles(Limb* tw, const PrimeField& f, size_t n) noexcept
+{
+    const Limb p = f.modulus();
+    for (size_t len = 2; len < n; len *= 2) {
+        Limb* w = tw + 2 * len;
+        for (size_t j = 1, k = len - 1; j <= k; ++j, --k) {
+            const Limb wj = w[2 * j], qj = w[2 * j + 1];
+            w[2 * j] = p - w[2 * k];
+            w[2 * j + 1] = ~w[2 * k + 1];
+            w[2 * k] = p - wj;
+            w[2 * k + 1] = ~qj;
         }
     }
 }
@@ -177,6 +189,73 @@ void inverseLevel(Limb* a, size_t n, size_t len, const Limb* tw, const PrimeFiel
     }
 }
 
+unsigned levels(size_t n) noexcept
+{
+    unsigned k = 0;
+    while ((size_t(1) << k) < n)
+        ++k;
+    return k;
+}
+
+// The levels len and len / 2 in one pass: four values are loaded once for
+// four butterflies.
+void forwardTwoLevels(Limb* a, size_t n, size_t len, const Limb* tw, const PrimeField field) noexcept
+{
+    const PrimeField f = field;
+    const Limb twoP = 2 * f.modulus();
+    const size_t q = len / 2;
+    const Limb* wOuter = tw + 2 * len;
+    const Limb* wInner = tw + 2 * q;
+    for (size_t s = 0; s < n; s += 2 * len) {
+        Limb* a0 = a + s;
+        Limb* a1 = a0 + q;
+        Limb* a2 = a0 + len;
+        Limb* a3 = a2 + q;
+        for (size_t j = 0; j < q; ++j) {
+            const Limb u0 = a0[j], u1 = a1[j], u2 = a2[j], u3 = a3[j];
+            const Limb x0 = f.reduceFourTimes(u0 + u2);
+            const Limb x2 = f.mulShoup(u0 - u2 + twoP, wOuter[2 * j], wOuter[2 * j + 1]);
+            const Limb x1 = f.reduceFourTimes(u1 + u3);
+            const Limb x3 = f.mulShoup(u1 - u3 + twoP, wOuter[2 * (j + q)], wOuter[2 * (j + q) + 1]);
+            const Limb w = wInner[2 * j], wq = wInner[2 * j + 1];
+            a0[j] = f.reduceFourTimes(x0 + x1);
+            a1[j] = f.mulShoup(x0 - x1 + twoP, w, wq);
+            a2[j] = f.reduceFourTimes(x2 + x3);
+            a3[j] = f.mulShoup(x2 - x3 + twoP, w, wq);
+        }
+    }
+}
+
+// The levels len / 2 and len in one pass.
+void inverseTwoLevels(Limb* a, size_t n, size_t len, const Limb* tw, const PrimeField field) noexcept
+{
+    const PrimeField f = field;
+    const Limb twoP = 2 * f.modulus();
+    const size_t q = len / 2;
+    const Limb* wOuter = tw + 2 * len;
+    const Limb* wInner = tw + 2 * q;
+    for (size_t s = 0; s < n; s += 2 * len) {
+        Limb* a0 = a + s;
+        Limb* a1 = a0 + q;
+        Limb* a2 = a0 + len;
+        Limb* a3 = a2 + q;
+        for (size_t j = 0; j < q; ++j) {
+            const Limb w = wInner[2 * j], wq = wInner[2 * j + 1];
+            const Limb u0 = f.reduceFourTimes(a0[j]), v1 = f.mulShoup(a1[j], w, wq);
+            const Limb u2 = f.reduceFourTimes(a2[j]), v3 = f.mulShoup(a3[j], w, wq);
+            const Limb x0 = f.reduceFourTimes(u0 + v1), x1 = u0 - v1 + twoP;
+            const Limb x2 = u2 + v3, x3 = u2 - v3 + twoP;
+            const Limb y2 = f.mulShoup(x2, wOuter[2 * j], wOuter[2 * j + 1]);
+            const Limb y3 = f.mulShoup(x3, wOuter[2 * (j + q)], wOuter[2 * (j + q) + 1]);
+            a0[j] = x0 + y2;
+            a2[j] = x0 - y2 + twoP;
+            const Limb x1r = f.reduceFourTimes(x1);
+            a1[j] = x1r + y3;
+            a3[j] = x1r - y3 + twoP;
+        }
+    }
+}
+
 // Decimation in frequency: natural order in, bit-reversed order out; values
 // below 2p in and out.
 void forward(Limb* a, size_t n, const Limb* tw, const PrimeField& f) noexcept
@@ -187,8 +266,13 @@ void forward(Limb* a, size_t n, const Limb* tw, const PrimeField& f) noexcept
         forward(a + n / 2, n / 2, tw, f);
         return;
     }
-    for (size_t len = n / 2; len >= 1; len /= 2)
+    size_t len = n / 2;
+    if (levels(n) % 2) {
         forwardLevel(a, n, len, tw, f);
+        len /= 2;
+    }
+    for (; len >= 2; len /= 4)
+        forwardTwoLevels(a, n, len, tw, f);
 }
 
 // Decimation in time with the inverse roots: bit-reversed order in, natural
@@ -201,8 +285,11 @@ void inverse(Limb* a, size_t n, const Limb* tw, const PrimeField& f) noexcept
         inverseLevel(a, n, n / 2, tw, f);
         return;
     }
-    for (size_t len = 1; len < n; len *= 2)
-        inverseLevel(a, n, len, tw, f);
+    size_t len = 2;
+    for (; len < n; len *= 4)
+        inverseTwoLevels(a, n, len, tw, f);
+    if (len == n)
+        inverseLevel(a, n, n / 2, tw, f);
 }
 
 void load(Limb* t, size_t n, const Limb* a, size_t an, const PrimeField& f) noexcept
@@ -218,7 +305,7 @@ void convolve(Limb* ta, Limb* tb, Limb* tw, size_t n, const Limb* a, size_t an, 
               const PrimeField& f) noexcept
 {
     const bool squaring = a == b && an == bn;
-    fillTwiddles(tw, f, n, false);
+    fillTwiddles(tw, f, n);
     load(ta, n, a, an, f);
     forward(ta, n, tw, f);
     if (!squaring) {
@@ -233,7 +320,7 @@ void convolve(Limb* ta, Limb* tb, Limb* tw, size_t n, const Limb* a, size_t an, 
     const Limb scale = f.toMontgomery(f.toMontgomery(nInverse));
     for (size_t i = 0; i < n; ++i)
         ta[i] = f.mul(f.mul(ta[i], fb[i]), scale);
-    fillTwiddles(tw, f, n, true);
+    invertTwiddles(tw, f, n);
     inverse(ta, n, tw, f);
 }
 
@@ -251,13 +338,13 @@ void nttMultiply(Limb* r, const Limb* a, size_t an, const Limb* b, size_t bn)
 {
     const size_t rn = an + bn;
     const size_t n = nttLength(rn);
-    Vec residues[3];
-    for (Vec& v : residues)
-        v.resize(n);
-    Vec scratch(3 * n);
+    // Three residue vectors, the second operand's transform and the
+    // twiddle pairs; all written before they are read.
+    std::unique_ptr<Limb[]> buffer(new Limb[6 * n]);
+    Limb* residues[3] = {buffer.get(), buffer.get() + n, buffer.get() + 2 * n};
     for (int i = 0; i < 3; ++i) {
         const PrimeField& f = field(i);
-        convolve(residues[i].data(), scratch.data(), scratch.data() + n, n, a, an, b, bn, f);
+        convolve(residues[i], buffer.get() + 3 * n, buffer.get() + 4 * n, n, a, an, b, bn, f);
         for (size_t j = 0; j + 1 < rn; ++j)
             residues[i][j] = f.reduceTwice(f.reduceFourTimes(residues[i][j]));
     }
