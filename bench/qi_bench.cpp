@@ -140,19 +140,27 @@ const std::vector<Reference<BenchKey>>& shuffledKeys()
     return *keys;
 }
 
-void BM_QueryFirstRowCold(benchmark::State& state)
+// Runs visit(key) once per iteration, walking the shuffled keys round.
+template <class Visit>
+void overShuffledKeys(benchmark::State& state, Visit visit)
 {
     const std::vector<Reference<BenchKey>>& keys = shuffledKeys();
     size_t i = 0;
     for (auto _ : state) {
+        visit(keys[i].get());
+        i = i + 1 == keys.size() ? 0 : i + 1;
+    }
+}
+
+void BM_QueryFirstRowCold(benchmark::State& state)
+{
+    overShuffledKeys(state, [](BenchKey* key) {
         void* found = nullptr;
-        IQVUnknown* unknown = keys[i]->GetUnknown();
-        Result code = unknown->QueryInterface(IBenchExtra::iid, &found);
+        Result code = key->GetUnknown()->QueryInterface(IBenchExtra::iid, &found);
         benchmark::DoNotOptimize(code);
         benchmark::DoNotOptimize(static_cast<IBenchExtra*>(found)->Extra());
         static_cast<IQVUnknown*>(found)->Release();
-        i = i + 1 == keys.size() ? 0 : i + 1;
-    }
+    });
 }
 BENCHMARK(BM_QueryFirstRowCold);
 
@@ -160,25 +168,17 @@ BENCHMARK(BM_QueryFirstRowCold);
 // operations, which also keep the next object's loads from starting early.
 void BM_AddRefReleaseCold(benchmark::State& state)
 {
-    const std::vector<Reference<BenchKey>>& keys = shuffledKeys();
-    size_t i = 0;
-    for (auto _ : state) {
-        IQVUnknown* unknown = keys[i]->GetUnknown();
+    overShuffledKeys(state, [](BenchKey* key) {
+        IQVUnknown* unknown = key->GetUnknown();
         unknown->AddRef();
         unknown->Release();
-        i = i + 1 == keys.size() ? 0 : i + 1;
-    }
+    });
 }
 BENCHMARK(BM_AddRefReleaseCold);
 
 void BM_DirectCallCold(benchmark::State& state)
 {
-    const std::vector<Reference<BenchKey>>& keys = shuffledKeys();
-    size_t i = 0;
-    for (auto _ : state) {
-        benchmark::DoNotOptimize(keys[i]->Extra());
-        i = i + 1 == keys.size() ? 0 : i + 1;
-    }
+    overShuffledKeys(state, [](BenchKey* key) { benchmark::DoNotOptimize(key->Extra()); });
 }
 BENCHMARK(BM_DirectCallCold);
 

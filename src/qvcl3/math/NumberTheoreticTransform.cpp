@@ -151,6 +151,27 @@ void invertTwiddles(Limb* tw, const PrimeField& f, size_t n) noexcept
 // next block starts, so they stay in the cache.
 constexpr size_t CACHE_BLOCK = size_t(1) << 14;
 
+// Calls step(x, y, j) for the pairs (x[j], y[j]) of every block of 2 len
+// values: y is the block's upper half.
+template <class Step>
+void forEachPair(Limb* a, size_t n, size_t len, Step step) noexcept
+{
+    for (size_t s = 0; s < n; s += 2 * len)
+        for (size_t j = 0; j < len; ++j)
+            step(a + s, a + s + len, j);
+}
+
+// Calls step(a0, a1, a2, a3, j) for the quarters of every block of 2 len
+// values, so that two levels are done with one load and store of each.
+template <class Step>
+void forEachQuad(Limb* a, size_t n, size_t len, Step step) noexcept
+{
+    const size_t q = len / 2;
+    for (size_t s = 0; s < n; s += 2 * len)
+        for (size_t j = 0; j < q; ++j)
+            step(a + s, a + s + q, a + s + len, a + s + len + q, j);
+}
+
 // Harvey's butterflies: values are kept in [0, 2p) going forward and in
 // [0, 4p) coming back (p < 2^62 leaves the room), which saves most of the
 // reductions. The field is copied so that its constants stay in registers:
@@ -161,15 +182,11 @@ void forwardLevel(Limb* a, size_t n, size_t len, const Limb* tw, const PrimeFiel
     const PrimeField f = field;
     const Limb twoP = 2 * f.modulus();
     const Limb* w = tw + 2 * len;
-    for (size_t s = 0; s < n; s += 2 * len) {
-        Limb* x = a + s;
-        Limb* y = x + len;
-        for (size_t j = 0; j < len; ++j) {
-            const Limb u = x[j], v = y[j];
-            x[j] = f.reduceFourTimes(u + v);
-            y[j] = f.mulShoup(u - v + twoP, w[2 * j], w[2 * j + 1]);
-        }
-    }
+    forEachPair(a, n, len, [&](Limb* x, Limb* y, size_t j) {
+        const Limb u = x[j], v = y[j];
+        x[j] = f.reduceFourTimes(u + v);
+        y[j] = f.mulShoup(u - v + twoP, w[2 * j], w[2 * j + 1]);
+    });
 }
 
 void inverseLevel(Limb* a, size_t n, size_t len, const Limb* tw, const PrimeField field) noexcept
@@ -177,16 +194,12 @@ void inverseLevel(Limb* a, size_t n, size_t len, const Limb* tw, const PrimeFiel
     const PrimeField f = field;
     const Limb twoP = 2 * f.modulus();
     const Limb* w = tw + 2 * len;
-    for (size_t s = 0; s < n; s += 2 * len) {
-        Limb* x = a + s;
-        Limb* y = x + len;
-        for (size_t j = 0; j < len; ++j) {
-            const Limb u = f.reduceFourTimes(x[j]);
-            const Limb v = f.mulShoup(y[j], w[2 * j], w[2 * j + 1]);
-            x[j] = u + v;
-            y[j] = u - v + twoP;
-        }
-    }
+    forEachPair(a, n, len, [&](Limb* x, Limb* y, size_t j) {
+        const Limb u = f.reduceFourTimes(x[j]);
+        const Limb v = f.mulShoup(y[j], w[2 * j], w[2 * j + 1]);
+        x[j] = u + v;
+        y[j] = u - v + twoP;
+    });
 }
 
 unsigned levels(size_t n) noexcept
@@ -197,8 +210,7 @@ unsigned levels(size_t n) noexcept
     return k;
 }
 
-// The levels len and len / 2 in one pass: four values are loaded once for
-// four butterflies.
+// The levels len and len / 2 in one pass.
 void forwardTwoLevels(Limb* a, size_t n, size_t len, const Limb* tw, const PrimeField field) noexcept
 {
     const PrimeField f = field;
@@ -206,24 +218,18 @@ void forwardTwoLevels(Limb* a, size_t n, size_t len, const Limb* tw, const Prime
     const size_t q = len / 2;
     const Limb* wOuter = tw + 2 * len;
     const Limb* wInner = tw + 2 * q;
-    for (size_t s = 0; s < n; s += 2 * len) {
-        Limb* a0 = a + s;
-        Limb* a1 = a0 + q;
-        Limb* a2 = a0 + len;
-        Limb* a3 = a2 + q;
-        for (size_t j = 0; j < q; ++j) {
-            const Limb u0 = a0[j], u1 = a1[j], u2 = a2[j], u3 = a3[j];
-            const Limb x0 = f.reduceFourTimes(u0 + u2);
-            const Limb x2 = f.mulShoup(u0 - u2 + twoP, wOuter[2 * j], wOuter[2 * j + 1]);
-            const Limb x1 = f.reduceFourTimes(u1 + u3);
-            const Limb x3 = f.mulShoup(u1 - u3 + twoP, wOuter[2 * (j + q)], wOuter[2 * (j + q) + 1]);
-            const Limb w = wInner[2 * j], wq = wInner[2 * j + 1];
-            a0[j] = f.reduceFourTimes(x0 + x1);
-            a1[j] = f.mulShoup(x0 - x1 + twoP, w, wq);
-            a2[j] = f.reduceFourTimes(x2 + x3);
-            a3[j] = f.mulShoup(x2 - x3 + twoP, w, wq);
-        }
-    }
+    forEachQuad(a, n, len, [&](Limb* a0, Limb* a1, Limb* a2, Limb* a3, size_t j) {
+        const Limb u0 = a0[j], u1 = a1[j], u2 = a2[j], u3 = a3[j];
+        const Limb x0 = f.reduceFourTimes(u0 + u2);
+        const Limb x2 = f.mulShoup(u0 - u2 + twoP, wOuter[2 * j], wOuter[2 * j + 1]);
+        const Limb x1 = f.reduceFourTimes(u1 + u3);
+        const Limb x3 = f.mulShoup(u1 - u3 + twoP, wOuter[2 * (j + q)], wOuter[2 * (j + q) + 1]);
+        const Limb w = wInner[2 * j], wq = wInner[2 * j + 1];
+        a0[j] = f.reduceFourTimes(x0 + x1);
+        a1[j] = f.mulShoup(x0 - x1 + twoP, w, wq);
+        a2[j] = f.reduceFourTimes(x2 + x3);
+        a3[j] = f.mulShoup(x2 - x3 + twoP, w, wq);
+    });
 }
 
 // The levels len / 2 and len in one pass.
@@ -234,26 +240,18 @@ void inverseTwoLevels(Limb* a, size_t n, size_t len, const Limb* tw, const Prime
     const size_t q = len / 2;
     const Limb* wOuter = tw + 2 * len;
     const Limb* wInner = tw + 2 * q;
-    for (size_t s = 0; s < n; s += 2 * len) {
-        Limb* a0 = a + s;
-        Limb* a1 = a0 + q;
-        Limb* a2 = a0 + len;
-        Limb* a3 = a2 + q;
-        for (size_t j = 0; j < q; ++j) {
-            const Limb w = wInner[2 * j], wq = wInner[2 * j + 1];
-            const Limb u0 = f.reduceFourTimes(a0[j]), v1 = f.mulShoup(a1[j], w, wq);
-            const Limb u2 = f.reduceFourTimes(a2[j]), v3 = f.mulShoup(a3[j], w, wq);
-            const Limb x0 = f.reduceFourTimes(u0 + v1), x1 = u0 - v1 + twoP;
-            const Limb x2 = u2 + v3, x3 = u2 - v3 + twoP;
-            const Limb y2 = f.mulShoup(x2, wOuter[2 * j], wOuter[2 * j + 1]);
-            const Limb y3 = f.mulShoup(x3, wOuter[2 * (j + q)], wOuter[2 * (j + q) + 1]);
-            a0[j] = x0 + y2;
-            a2[j] = x0 - y2 + twoP;
-            const Limb x1r = f.reduceFourTimes(x1);
-            a1[j] = x1r + y3;
-            a3[j] = x1r - y3 + twoP;
-        }
-    }
+    forEachQuad(a, n, len, [&](Limb* a0, Limb* a1, Limb* a2, Limb* a3, size_t j) {
+        const Limb w = wInner[2 * j], wq = wInner[2 * j + 1];
+        const Limb u0 = f.reduceFourTimes(a0[j]), v1 = f.mulShoup(a1[j], w, wq);
+        const Limb u2 = f.reduceFourTimes(a2[j]), v3 = f.mulShoup(a3[j], w, wq);
+        const Limb x0 = f.reduceFourTimes(u0 + v1), x1 = f.reduceFourTimes(u0 - v1 + twoP);
+        const Limb y2 = f.mulShoup(u2 + v3, wOuter[2 * j], wOuter[2 * j + 1]);
+        const Limb y3 = f.mulShoup(u2 - v3 + twoP, wOuter[2 * (j + q)], wOuter[2 * (j + q) + 1]);
+        a0[j] = x0 + y2;
+        a2[j] = x0 - y2 + twoP;
+        a1[j] = x1 + y3;
+        a3[j] = x1 - y3 + twoP;
+    });
 }
 
 // Decimation in frequency: natural order in, bit-reversed order out; values
