@@ -1,6 +1,7 @@
 // BigInteger against GMP, side by side: multiplication of two n-digit
 // numbers, conversion of an n-digit number to decimal text and back, and
-// division of a 2n-digit number by an n-digit one.
+// division of a 2n-digit number by an n-digit one; and the modular power
+// with base, exponent and odd modulus of n bits.
 
 #include <qv/math/BigInteger.h>
 
@@ -134,9 +135,53 @@ void Divide_Gmp(benchmark::State& state)
     setDigits(state);
 }
 
+// n random bits as hexadecimal text, top bit set; odd when asked.
+std::string hexBits(size_t bits, uint64_t seed, bool odd)
+{
+    std::mt19937_64 rng(seed);
+    static const char hex[] = "0123456789abcdef";
+    std::string s(bits / 4, '0');
+    for (char& c : s)
+        c = hex[rng() % 16];
+    s[0] = hex[8 + rng() % 8];
+    if (odd)
+        s.back() = hex[1 + 2 * (rng() % 8)];
+    return s;
+}
+
+void setBits(benchmark::State& state)
+{
+    state.counters["bits"] = static_cast<double>(state.range(0));
+}
+
+void ModPow_Qv(benchmark::State& state)
+{
+    const size_t bits = static_cast<size_t>(state.range(0));
+    qv::math::BigInteger b(hexBits(bits, 7, false), 16), e(hexBits(bits, 8, false), 16), m(hexBits(bits, 9, true), 16);
+    for (auto _ : state) {
+        qv::math::BigInteger r = b.modPow(e, m);
+        benchmark::DoNotOptimize(r);
+    }
+    setBits(state);
+}
+
+void ModPow_Gmp(benchmark::State& state)
+{
+    const size_t bits = static_cast<size_t>(state.range(0));
+    Gmp b, e, m, r;
+    mpz_set_str(b.get(), hexBits(bits, 7, false).c_str(), 16);
+    mpz_set_str(e.get(), hexBits(bits, 8, false).c_str(), 16);
+    mpz_set_str(m.get(), hexBits(bits, 9, true).c_str(), 16);
+    for (auto _ : state) {
+        mpz_powm(r.get(), b.get(), e.get(), m.get());
+        benchmark::ClobberMemory();
+    }
+    setBits(state);
+}
+
 } // namespace
 
-#define QV_DIGIT_SIZES ->Arg(100)->Arg(1000)->Arg(10000)->Arg(100000)->Unit(benchmark::kMicrosecond)
+#define QV_DIGIT_SIZES ->Arg(100)->Arg(1000)->Arg(10000)->Arg(100000)->Arg(1000000)->Unit(benchmark::kMicrosecond)
 
 BENCHMARK(Multiply_Qv) QV_DIGIT_SIZES;
 BENCHMARK(Multiply_Gmp) QV_DIGIT_SIZES;
@@ -146,5 +191,7 @@ BENCHMARK(Parse_Qv) QV_DIGIT_SIZES;
 BENCHMARK(Parse_Gmp) QV_DIGIT_SIZES;
 BENCHMARK(Divide_Qv) QV_DIGIT_SIZES;
 BENCHMARK(Divide_Gmp) QV_DIGIT_SIZES;
+BENCHMARK(ModPow_Qv)->Arg(1024)->Arg(2048)->Arg(4096)->Unit(benchmark::kMicrosecond);
+BENCHMARK(ModPow_Gmp)->Arg(1024)->Arg(2048)->Arg(4096)->Unit(benchmark::kMicrosecond);
 
 BENCHMARK_MAIN();

@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include "AllocationSweep.h"
+#include "Limbs.h"
 
 #include <functional>
 #include <new>
@@ -93,4 +94,26 @@ TEST(MathAllocationFailure, DecimalArithmeticAndEveryRadix)
         EXPECT_GT(failEachAllocation(op), 0);
     EXPECT_EQ(x.toStdString(), xText);
     EXPECT_EQ(big.toString(16).toUtf8(), hex);
+}
+
+TEST(MathAllocationFailure, TransformProductsDivisionAndText)
+{
+    if (!qvtest::allocationFaultsAvailable())
+        GTEST_SKIP() << "built without fault injection";
+    using namespace qv::math::detail;
+    const Thresholds saved = thresholds();
+    thresholds().nttMul = thresholds().nttSqr = 40;
+    const BigInteger a = BigInteger(7).pow(6000) + 12345;
+    const BigInteger b = BigInteger(-3).pow(5001) + 1;
+    const std::string aText = a.toStdString();
+    const std::function<void()> ops[] = {
+        [&] { BigInteger r = a * b; },
+        [&] { BigInteger r = a * a; },
+        [&] { auto qr = (a * a).divideAndRemainder(b); },
+        [&] { BigInteger r(aText); },
+    };
+    for (const auto& op : ops)
+        EXPECT_GT(failEachAllocation(op), 0);
+    thresholds() = saved;
+    EXPECT_EQ(a.toStdString(), aText);
 }

@@ -3,7 +3,9 @@
 
 #include "Integer.h"
 #include "Limbs.h"
+#include "Montgomery.h"
 #include "Natural.h"
+#include "NumberTheoreticTransform.h"
 #include "WideMath.h"
 
 #include <gtest/gtest.h>
@@ -113,7 +115,12 @@ TEST(Multiplication, EveryAlgorithmMatchesSchoolbookAcrossItsBoundaries)
     ThresholdGuard guard;
     // Small thresholds make each recursion level and each uneven split
     // happen with operands the schoolbook reference handles quickly.
-    const Thresholds settings[] = {{4, 4, 9, 9, 64}, {2, 2, 3, 3, 64}, {8, 16, 20, 30, 64}, defaultThresholds()};
+    const size_t off = defaultThresholds().nttMul;
+    const Thresholds settings[] = {{4, 4, 9, 9, 64, off, off},
+                                   {2, 2, 3, 3, 64, off, off},
+                                   {8, 16, 20, 30, 64, off, off},
+                                   {4, 4, 9, 9, 64, 12, 20},
+                                   defaultThresholds()};
     for (const Thresholds& t : settings) {
         thresholds() = t;
         for (size_t an = 1; an < 70; an += 1 + an / 8) {
@@ -134,6 +141,57 @@ TEST(Multiplication, LargeOperandsGoThroughToomAndStillAgree)
         Mag a = randomMag(n, 0), b = randomMag(n - 7, 2);
         EXPECT_EQ(magMul(a, b), schoolbookProduct(a, b));
         EXPECT_EQ(magSqr(b), schoolbookProduct(b, b));
+    }
+}
+
+TEST(Multiplication, TransformMatchesSchoolbook)
+{
+    // Shape 1 (all-ones limbs) gives the largest coefficients the residues
+    // must rebuild; lengths around powers of two test the padding.
+    const size_t sizes[][2] = {{1, 1},  {2, 1},    {5, 3},     {33, 32},  {64, 64},
+                               {65, 2}, {300, 17}, {513, 512}, {1024, 1}, {1500, 1500}};
+    int shape = 0;
+    for (const auto& size : sizes) {
+        for (int round = 0; round < 3; ++round, ++shape) {
+            Mag a = randomMag(size[0], shape), b = randomMag(size[1], shape + 1);
+            if (round == 1)
+                a.assign(size[0], ~Limb(0)), b.assign(size[1], ~Limb(0));
+            Mag r(a.size() + b.size());
+            nttMultiply(r.data(), a.data(), a.size(), b.data(), b.size());
+            trim(r);
+            ASSERT_EQ(r, schoolbookProduct(a, b)) << size[0] << " x " << size[1] << " round " << round;
+            Mag s(2 * a.size());
+            nttMultiply(s.data(), a.data(), a.size(), a.data(), a.size());
+            trim(s);
+            ASSERT_EQ(s, schoolbookProduct(a, a)) << size[0] << " squared, round " << round;
+        }
+    }
+}
+
+TEST(ModularPower, MontgomeryProductsAgreeWithDivision)
+{
+    for (size_t n : {size_t(1), size_t(2), size_t(5), size_t(33), size_t(40)}) {
+        for (int shape = 0; shape < 4; ++shape) {
+            Mag m = randomMag(n, shape);
+            if (shape == 3)
+                m.assign(n, ~Limb(0)); // the largest modulus of n limbs
+            m[0] |= 1;
+            if (m.size() == 1 && m[0] == 1)
+                m[0] = 3;
+            Mag a, b;
+            magDivMod(randomMag(n + 1, shape + 1), m, nullptr, &a);
+            magDivMod(shape == 2 ? magSub(m, magFromU64(1)) : randomMag(n, shape), m, nullptr, &b);
+            Montgomery ring(m);
+            Mag x = ring.toForm(a), y = ring.toForm(b), product = x, square = x;
+            ring.mul(product, x, y);
+            ring.mul(square, square, square);
+            Mag expected, expectedSquare;
+            magDivMod(magMul(a, b), m, nullptr, &expected);
+            magDivMod(magMul(a, a), m, nullptr, &expectedSquare);
+            EXPECT_EQ(ring.fromForm(product), expected) << n << " limbs, shape " << shape;
+            EXPECT_EQ(ring.fromForm(square), expectedSquare) << n << " limbs, shape " << shape;
+            EXPECT_EQ(ring.fromForm(ring.one()), magFromU64(1));
+        }
     }
 }
 

@@ -165,9 +165,11 @@ TEST(IntegerOracle, AgreesWithPythonAtProductionThresholds)
 TEST(IntegerOracle, AgreesWithPythonWithEveryRecursionForcedEarly)
 {
     // Tiny thresholds push small operands through Karatsuba, Toom-3 and the
-    // recursive division, with all their uneven splits.
+    // recursive division, with all their uneven splits; from 24 limbs on,
+    // products go through the transform, inside divisions and radix
+    // conversions as well.
     ThresholdGuard guard;
-    thresholds() = Thresholds{2, 2, 3, 3, 2};
+    thresholds() = Thresholds{2, 2, 3, 3, 2, 24, 24};
     std::string data = oracle::run("oracle.py", "7", "0.2", "120");
     ASSERT_FALSE(data.empty()) << "the oracle script did not run";
     oracle::Checker c = runCases(data);

@@ -71,8 +71,22 @@ public:
     virtual ~ComObject() noexcept(false);
 
     Result QueryInterface(const GUID& iid, void** ppv) override;
-    uint32_t AddRef() const override;
-    uint32_t Release() const override;
+    // Inline, with the rare first and last reference out of line: every
+    // interface query takes a reference and its caller drops it again.
+    uint32_t AddRef() const override
+    {
+        int32_t n = InternalAddRef();
+        if (n == 1 && m_module)
+            lockModule();
+        return static_cast<uint32_t>(n);
+    }
+    uint32_t Release() const override
+    {
+        int32_t n = InternalRelease();
+        if (n == 0)
+            destroy();
+        return static_cast<uint32_t>(n);
+    }
 
     int32_t GetRefCount() const noexcept { return m_refCount.load(std::memory_order_relaxed); }
     IQVUnknown* GetUnknown() noexcept { return this; }
@@ -95,6 +109,11 @@ protected:
     int32_t InternalRelease() const noexcept { return m_refCount.fetch_sub(1, std::memory_order_acq_rel) - 1; }
 
 private:
+    // The module is counted on the first reference, not at construction: an
+    // object built and destroyed unreferenced never touches it.
+    void lockModule() const;
+    void destroy() const;
+
     mutable std::atomic<int32_t> m_refCount{0};
     qvcom::Module* m_module = nullptr;
 };

@@ -58,25 +58,16 @@ Result ComObject::QueryInterface(const GUID& iid, void** ppv)
     return qvcom::QueryInterfaceMap(GetComIntfMap(), this, iid, ppv);
 }
 
-uint32_t ComObject::AddRef() const
+void ComObject::lockModule() const
 {
-    int32_t n = InternalAddRef();
-    // The module is counted on the first reference, not at construction: an
-    // object built and destroyed unreferenced never touches it.
-    if (n == 1 && m_module)
-        m_module->Lock();
-    return static_cast<uint32_t>(n);
+    m_module->Lock();
 }
 
-uint32_t ComObject::Release() const
+void ComObject::destroy() const
 {
-    int32_t n = InternalRelease();
-    if (n == 0) {
-        if (m_module)
-            m_module->Unlock();
-        delete this;
-    }
-    return static_cast<uint32_t>(n);
+    if (m_module)
+        m_module->Unlock();
+    delete this;
 }
 
 Result ComObject::SetOuterUnknown(IQVUnknown*) noexcept

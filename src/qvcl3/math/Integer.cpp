@@ -1,6 +1,7 @@
 #include "Integer.h"
 
 #include "MathError.h"
+#include "Montgomery.h"
 
 #include <cmath>
 #include <limits>
@@ -227,11 +228,66 @@ Int intPow(IntRef a, int64_t exponent)
 
 namespace {
 
-Mag reduce(const Mag& x, const Mag& m)
+// Residues kept normalised and reduced by division after every product; for
+// even moduli, which Montgomery's method cannot take.
+class DivisionResidues {
+public:
+    explicit DivisionResidues(const Mag& m) : m_modulus(m) {}
+    Mag toForm(const Mag& x) const { return x; }
+    Mag fromForm(const Mag& x) const { return x; }
+    void mul(Mag& r, const Mag& a, const Mag& b)
+    {
+        Mag product = &a == &b ? magSqr(a) : magMul(a, b);
+        magDivMod(product, m_modulus, nullptr, &r);
+    }
+
+private:
+    const Mag& m_modulus;
+};
+
+// b^e for b already reduced and not zero, e not zero: a left-to-right sliding
+// window over the odd powers b, b^3, ..., b^(2^k - 1).
+template <class Residues>
+Mag slidingWindowPower(Residues& ring, const Mag& base, const Mag& e)
 {
-    Mag r;
-    magDivMod(x, m, nullptr, &r);
-    return r;
+    const uint64_t bits = magBitLength(e);
+    const unsigned k = bits > 671 ? 6 : bits > 239 ? 5 : bits > 79 ? 4 : bits > 23 ? 3 : bits > 6 ? 2 : 1;
+    std::vector<Mag> odd(size_t(1) << (k - 1));
+    odd[0] = ring.toForm(base);
+    if (odd.size() > 1) {
+        Mag b2 = odd[0];
+        ring.mul(b2, odd[0], odd[0]);
+        for (size_t i = 1; i < odd.size(); ++i) {
+            odd[i] = b2;
+            ring.mul(odd[i], odd[i - 1], b2);
+        }
+    }
+    Mag result;
+    int64_t i = static_cast<int64_t>(bits) - 1;
+    bool first = true;
+    while (i >= 0) {
+        if (!magTestBit(e, static_cast<uint64_t>(i))) {
+            ring.mul(result, result, result);
+            --i;
+            continue;
+        }
+        int64_t low = i - static_cast<int64_t>(k) + 1;
+        if (low < 0)
+            low = 0;
+        while (!magTestBit(e, static_cast<uint64_t>(low)))
+            ++low;
+        uint64_t window = extractBits(e, static_cast<uint64_t>(low), static_cast<unsigned>(i - low + 1));
+        if (first) {
+            result = odd[window >> 1];
+            first = false;
+        } else {
+            for (int64_t s = 0; s < i - low + 1; ++s)
+                ring.mul(result, result, result);
+            ring.mul(result, result, odd[window >> 1]);
+        }
+        i = low - 1;
+    }
+    return ring.fromForm(result);
 }
 
 } // namespace
@@ -248,43 +304,12 @@ Int intModPow(IntRef base, IntRef exponent, IntRef m)
         return intFromInt64(1);
     if (b.sign == 0)
         return Int();
-
-    // Left-to-right sliding window over the odd powers b, b^3, ..., b^(2^k - 1).
-    const uint64_t bits = magBitLength(e);
-    const unsigned k = bits > 671 ? 6 : bits > 239 ? 5 : bits > 79 ? 4 : bits > 23 ? 3 : bits > 6 ? 2 : 1;
-    std::vector<Mag> odd(size_t(1) << (k - 1));
-    odd[0] = b.mag;
-    if (odd.size() > 1) {
-        Mag b2 = reduce(magSqr(b.mag), m.mag);
-        for (size_t i = 1; i < odd.size(); ++i)
-            odd[i] = reduce(magMul(odd[i - 1], b2), m.mag);
+    if (m.mag[0] & 1) {
+        Montgomery ring(m.mag);
+        return makeInt(1, slidingWindowPower(ring, b.mag, e));
     }
-    Mag result = magFromU64(1);
-    int64_t i = static_cast<int64_t>(bits) - 1;
-    bool first = true;
-    while (i >= 0) {
-        if (!magTestBit(e, static_cast<uint64_t>(i))) {
-            result = reduce(magSqr(result), m.mag);
-            --i;
-            continue;
-        }
-        int64_t low = i - static_cast<int64_t>(k) + 1;
-        if (low < 0)
-            low = 0;
-        while (!magTestBit(e, static_cast<uint64_t>(low)))
-            ++low;
-        uint64_t window = extractBits(e, static_cast<uint64_t>(low), static_cast<unsigned>(i - low + 1));
-        if (first) {
-            result = odd[window >> 1];
-            first = false;
-        } else {
-            for (int64_t s = 0; s < i - low + 1; ++s)
-                result = reduce(magSqr(result), m.mag);
-            result = reduce(magMul(result, odd[window >> 1]), m.mag);
-        }
-        i = low - 1;
-    }
-    return makeInt(1, std::move(result));
+    DivisionResidues ring(m.mag);
+    return makeInt(1, slidingWindowPower(ring, b.mag, e));
 }
 
 Int intGcd(IntRef a, IntRef b)

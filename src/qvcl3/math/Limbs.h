@@ -21,6 +21,8 @@ struct Thresholds {
     size_t toom3Mul;
     size_t toom3Sqr;
     size_t recursiveDivision;
+    size_t nttMul;
+    size_t nttSqr;
 };
 
 // The active thresholds; tests lower them to drive the recursive paths with

@@ -1,4 +1,5 @@
 #include "Limbs.h"
+#include "NumberTheoreticTransform.h"
 
 #include <algorithm>
 #include <utility>
@@ -8,9 +9,17 @@ namespace qv {
 namespace math {
 namespace detail {
 
+namespace {
+
+// Measured crossovers of Toom-3 and the transform (docs/math.md).
+constexpr size_t NTT_MUL = 3000;
+constexpr size_t NTT_SQR = 3500;
+
+} // namespace
+
 Thresholds defaultThresholds() noexcept
 {
-    return Thresholds{32, 64, 500, 500, 64};
+    return Thresholds{32, 64, 500, 500, 64, NTT_MUL, NTT_SQR};
 }
 
 Thresholds& thresholds() noexcept
@@ -250,6 +259,8 @@ void square(Limb* r, const Limb* a, size_t n)
     const Thresholds& t = thresholds();
     if (n < t.karatsubaSqr)
         sqrBasecase(r, a, n);
+    else if (n >= t.nttSqr)
+        nttMultiply(r, a, n, a, n);
     else if (n < t.toom3Sqr || n <= 2 * ((n + 2) / 3))
         karatsuba(r, a, n, a, n);
     else
@@ -271,6 +282,8 @@ void multiply(Limb* r, const Limb* a, size_t an, const Limb* b, size_t bn)
     const Thresholds& t = thresholds();
     if (bn < t.karatsubaMul) {
         mulBasecase(r, a, an, b, bn);
+    } else if (bn >= t.nttMul) {
+        nttMultiply(r, a, an, b, bn);
     } else if (bn <= (an + 1) / 2) {
         mulUnbalanced(r, a, an, b, bn);
     } else if (bn >= t.toom3Mul && bn > 2 * ((an + 2) / 3)) {

@@ -1,0 +1,403 @@
+#include "NumberTheoreticTransform.h"
+
+#include <algorithm>
+#include <memory>
+
+namespace qv {
+namespace math {
+namespace detail {
+
+namespace {
+
+// Arithmetic modulo a prime p < 2^62 with 2^42 dividing p - 1. Products go
+// through Montgomery's reduction with R = 2^64: mul(a, b) = a * b / R mod p,
+// so a factor kept premultiplied by R (twiddles, constants) costs one mul.
+class PrimeField {
+public:
+    PrimeField(Limb p, Limb generator) noexcept : m_p(p), m_generator(generator), m_inverse(0), m_r2(0)
+    {
+        Limb x = p;
+        for (int i = 0; i < 5; ++i)
+            x *= 2 - p * x;
+        m_inverse = 0 - x;
+        Limb rem;
+        Limb hi;
+        const Limb r = (0 - p) % p;
+        const Limb lo = mulWide(r, r, hi);
+        divWide(hi, lo, p, rem);
+        m_r2 = rem;
+    }
+
+    Limb modulus() const noexcept { return m_p; }
+
+    Limb add(Limb a, Limb b) const noexcept
+    {
+        Limb s = a + b;
+        return s >= m_p ? s - m_p : s;
+    }
+
+    Limb sub(Limb a, Limb b) const noexcept { return a >= b ? a - b : a + m_p - b; }
+
+    // a, b < 2p; the result is below p.
+    Limb mul(Limb a, Limb b) const noexcept
+    {
+        Limb hi;
+        const Limb lo = mulWide(a, b, hi);
+        Limb qpHi;
+        mulWide(lo * m_inverse, m_p, qpHi);
+        // lo + low(q p) is 0 or B: it carries exactly when lo is not 0.
+        Limb t = hi + qpHi + (lo != 0);
+        return t >= m_p ? t - m_p : t;
+    }
+
+    // x * R mod p for x < p.
+    Limb toMontgomery(Limb x) const noexcept { return mul(x, m_r2); }
+
+    // Shoup's quotient of a constant w < p: floor(w * 2^64 / p). It is the
+    // exact quotient (w 2^64 - (w 2^64 mod p)) / p, taken modulo 2^64 through
+    // p^-1 instead of a division.
+    Limb shoupQuotient(Limb w) const noexcept { return toMontgomery(w) * m_inverse; }
+
+    // y * w mod p within [0, 2p) for any y, given wq = shoupQuotient(w): the
+    // quotient estimate is short by at most one.
+    Limb mulShoup(Limb y, Limb w, Limb wq) const noexcept
+    {
+        Limb qHi;
+        mulWide(y, wq, qHi);
+        return y * w - qHi * m_p;
+    }
+
+    // x < 2p brought below p.
+    Limb reduceTwice(Limb x) const noexcept { return x >= m_p ? x - m_p : x; }
+
+    // x < 4p brought below 2p.
+    Limb reduceFourTimes(Limb x) const noexcept { return x >= 2 * m_p ? x - 2 * m_p : x; }
+
+    // Any limb reduced below p: 2^64 < 5p, and the top two bits estimate the
+    // quotient to within one.
+    Limb reduce(Limb x) const noexcept
+    {
+        x -= (x >> 62) * m_p;
+        return x >= m_p ? x - m_p : x;
+    }
+
+    // base^e * R mod p for base in Montgomery form.
+    Limb power(Limb base, Limb e) const noexcept
+    {
+        Limb result = toMontgomery(1);
+        for (; e; e >>= 1) {
+            if (e & 1)
+                result = mul(result, base);
+            base = mul(base, base);
+        }
+        return result;
+    }
+
+    // A root of unity of order n (a power of two up to 2^42) in Montgomery
+    // form.
+    Limb rootOfUnity(size_t n) const noexcept { return power(toMontgomery(m_generator), (m_p - 1) / n); }
+
+private:
+    Limb m_p;
+    Limb m_generator;
+    Limb m_inverse; // -p^-1 mod 2^64
+    Limb m_r2;      // R^2 mod p
+};
+
+// Primes c * 2^42 + 1 just below 2^62, with a generator of each one's
+// multiplicative group. Their product exceeds 2^185, above any coefficient
+// of a product of two magnitudes (below 2^25 * 2^128).
+const PrimeField& field(int i) noexcept
+{
+    static const PrimeField fields[3] = {PrimeField(0x3FFFC00000000001ULL, 11), PrimeField(0x3FFF840000000001ULL, 19),
+                                         PrimeField(0x3FFF540000000001ULL, 5)};
+    return fields[i];
+}
+
+// Twiddles of every level in one table of pairs: (w, shoupQuotient(w)) at
+// 2 (len + j) with w = root(2 len)^j for j < len, len = 1, 2, 4, ..., n / 2.
+void fillTwiddles(Limb* tw, const PrimeField& f, size_t n) noexcept
+{
+    for (size_t len = 1; len < n; len *= 2) {
+        const Limb root = f.rootOfUnity(2 * len);
+        Limb x = 1;
+        for (size_t j = 0; j < len; ++j) {
+            tw[2 * (len + j)] = x;
+            tw[2 * (len + j) + 1] = f.shoupQuotient(x);
+            x = f.mul(x, root);
+        }
+    }
+}
+
+// Turns the table into the inverse roots' in place: root^-j = -root^(len - j)
+// for a root of order 2 len, and the pair of -w is (p - w, ~wq) because
+// w 2^64 / p is never a whole number.
+void invertTwiddles(Limb* tw, const PrimeField& f, size_t n) noexcept
+{
+    const Limb p = f.modulus();
+    for (size_t len = 2; len < n; len *= 2) {
+        Limb* w = tw + 2 * len;
+        for (size_t j = 1, k = len - 1; j <= k; ++j, --k) {
+            const Limb wj = w[2 * j], qj = w[2 * j + 1];
+            w[2 * j] = p - w[2 * k];
+            w[2 * j + 1] = ~w[2 * k + 1];
+            w[2 * k] = p - wj;
+            w[2 * k + 1] = ~qj;
+        }
+    }
+}
+
+// Blocks up to this many limbs (128 KiB) finish all their levels before the
+// next block starts, so they stay in the cache.
+constexpr size_t CACHE_BLOCK = size_t(1) << 14;
+
+// Calls step(x, y, j) for the pairs (x[j], y[j]) of every block of 2 len
+// values: y is the block's upper half.
+template <class Step>
+void forEachPair(Limb* a, size_t n, size_t len, Step step) noexcept
+{
+    for (size_t s = 0; s < n; s += 2 * len)
+        for (size_t j = 0; j < len; ++j)
+            step(a + s, a + s + len, j);
+}
+
+// Calls step(a0, a1, a2, a3, j) for the quarters of every block of 2 len
+// values, so that two levels are done with one load and store of each.
+template <class Step>
+void forEachQuad(Limb* a, size_t n, size_t len, Step step) noexcept
+{
+    const size_t q = len / 2;
+    for (size_t s = 0; s < n; s += 2 * len)
+        for (size_t j = 0; j < q; ++j)
+            step(a + s, a + s + q, a + s + len, a + s + len + q, j);
+}
+
+// Harvey's butterflies: values are kept in [0, 2p) going forward and in
+// [0, 4p) coming back (p < 2^62 leaves the room), which saves most of the
+// reductions. The field is copied so that its constants stay in registers:
+// the stores into a (limbs, like the constants) would otherwise force
+// reloads.
+void forwardLevel(Limb* a, size_t n, size_t len, const Limb* tw, const PrimeField field) noexcept
+{
+    const PrimeField f = field;
+    const Limb twoP = 2 * f.modulus();
+    const Limb* w = tw + 2 * len;
+    forEachPair(a, n, len, [&](Limb* x, Limb* y, size_t j) {
+        const Limb u = x[j], v = y[j];
+        x[j] = f.reduceFourTimes(u + v);
+        y[j] = f.mulShoup(u - v + twoP, w[2 * j], w[2 * j + 1]);
+    });
+}
+
+void inverseLevel(Limb* a, size_t n, size_t len, const Limb* tw, const PrimeField field) noexcept
+{
+    const PrimeField f = field;
+    const Limb twoP = 2 * f.modulus();
+    const Limb* w = tw + 2 * len;
+    forEachPair(a, n, len, [&](Limb* x, Limb* y, size_t j) {
+        const Limb u = f.reduceFourTimes(x[j]);
+        const Limb v = f.mulShoup(y[j], w[2 * j], w[2 * j + 1]);
+        x[j] = u + v;
+        y[j] = u - v + twoP;
+    });
+}
+
+unsigned levels(size_t n) noexcept
+{
+    unsigned k = 0;
+    while ((size_t(1) << k) < n)
+        ++k;
+    return k;
+}
+
+// The levels len and len / 2 in one pass.
+void forwardTwoLevels(Limb* a, size_t n, size_t len, const Limb* tw, const PrimeField field) noexcept
+{
+    const PrimeField f = field;
+    const Limb twoP = 2 * f.modulus();
+    const size_t q = len / 2;
+    const Limb* wOuter = tw + 2 * len;
+    const Limb* wInner = tw + 2 * q;
+    forEachQuad(a, n, len, [&](Limb* a0, Limb* a1, Limb* a2, Limb* a3, size_t j) {
+        const Limb u0 = a0[j], u1 = a1[j], u2 = a2[j], u3 = a3[j];
+        const Limb x0 = f.reduceFourTimes(u0 + u2);
+        const Limb x2 = f.mulShoup(u0 - u2 + twoP, wOuter[2 * j], wOuter[2 * j + 1]);
+        const Limb x1 = f.reduceFourTimes(u1 + u3);
+        const Limb x3 = f.mulShoup(u1 - u3 + twoP, wOuter[2 * (j + q)], wOuter[2 * (j + q) + 1]);
+        const Limb w = wInner[2 * j], wq = wInner[2 * j + 1];
+        a0[j] = f.reduceFourTimes(x0 + x1);
+        a1[j] = f.mulShoup(x0 - x1 + twoP, w, wq);
+        a2[j] = f.reduceFourTimes(x2 + x3);
+        a3[j] = f.mulShoup(x2 - x3 + twoP, w, wq);
+    });
+}
+
+// The levels len / 2 and len in one pass.
+void inverseTwoLevels(Limb* a, size_t n, size_t len, const Limb* tw, const PrimeField field) noexcept
+{
+    const PrimeField f = field;
+    const Limb twoP = 2 * f.modulus();
+    const size_t q = len / 2;
+    const Limb* wOuter = tw + 2 * len;
+    const Limb* wInner = tw + 2 * q;
+    forEachQuad(a, n, len, [&](Limb* a0, Limb* a1, Limb* a2, Limb* a3, size_t j) {
+        const Limb w = wInner[2 * j], wq = wInner[2 * j + 1];
+        const Limb u0 = f.reduceFourTimes(a0[j]), v1 = f.mulShoup(a1[j], w, wq);
+        const Limb u2 = f.reduceFourTimes(a2[j]), v3 = f.mulShoup(a3[j], w, wq);
+        const Limb x0 = f.reduceFourTimes(u0 + v1), x1 = f.reduceFourTimes(u0 - v1 + twoP);
+        const Limb y2 = f.mulShoup(u2 + v3, wOuter[2 * j], wOuter[2 * j + 1]);
+        const Limb y3 = f.mulShoup(u2 - v3 + twoP, wOuter[2 * (j + q)], wOuter[2 * (j + q) + 1]);
+        a0[j] = x0 + y2;
+        a2[j] = x0 - y2 + twoP;
+        a1[j] = x1 + y3;
+        a3[j] = x1 - y3 + twoP;
+    });
+}
+
+// Decimation in frequency: natural order in, bit-reversed order out; values
+// below 2p in and out.
+void forward(Limb* a, size_t n, const Limb* tw, const PrimeField& f) noexcept
+{
+    if (n > CACHE_BLOCK) {
+        forwardLevel(a, n, n / 2, tw, f);
+        forward(a, n / 2, tw, f);
+        forward(a + n / 2, n / 2, tw, f);
+        return;
+    }
+    size_t len = n / 2;
+    if (levels(n) % 2) {
+        forwardLevel(a, n, len, tw, f);
+        len /= 2;
+    }
+    for (; len >= 2; len /= 4)
+        forwardTwoLevels(a, n, len, tw, f);
+}
+
+// Decimation in time with the inverse roots: bit-reversed order in, natural
+// order out, every value multiplied by n; values below 4p in and out.
+void inverse(Limb* a, size_t n, const Limb* tw, const PrimeField& f) noexcept
+{
+    if (n > CACHE_BLOCK) {
+        inverse(a, n / 2, tw, f);
+        inverse(a + n / 2, n / 2, tw, f);
+        inverseLevel(a, n, n / 2, tw, f);
+        return;
+    }
+    size_t len = 2;
+    for (; len < n; len *= 4)
+        inverseTwoLevels(a, n, len, tw, f);
+    if (len == n)
+        inverseLevel(a, n, n / 2, tw, f);
+}
+
+void load(Limb* t, size_t n, const Limb* a, size_t an, const PrimeField& f) noexcept
+{
+    for (size_t i = 0; i < an; ++i)
+        t[i] = f.reduce(a[i]);
+    std::fill(t + an, t + n, Limb(0));
+}
+
+// The cyclic convolution of a and b modulo one prime, left in ta with each
+// value below 4p.
+void convolve(Limb* ta, Limb* tb, Limb* tw, size_t n, const Limb* a, size_t an, const Limb* b, size_t bn,
+              const PrimeField& f) noexcept
+{
+    const bool squaring = a == b && an == bn;
+    fillTwiddles(tw, f, n);
+    load(ta, n, a, an, f);
+    forward(ta, n, tw, f);
+    if (!squaring) {
+        load(tb, n, b, bn, f);
+        forward(tb, n, tw, f);
+    }
+    const Limb* fb = squaring ? ta : tb;
+    // mul(x, y) leaves a factor 1/R; scale = R^2 / n takes it and the n of
+    // the inverse transform out in one more product. mul takes factors below
+    // 2p and answers below p.
+    const Limb nInverse = f.modulus() - (f.modulus() - 1) / n;
+    const Limb scale = f.toMontgomery(f.toMontgomery(nInverse));
+    for (size_t i = 0; i < n; ++i)
+        ta[i] = f.mul(f.mul(ta[i], fb[i]), scale);
+    invertTwiddles(tw, f, n);
+    inverse(ta, n, tw, f);
+}
+
+} // namespace
+
+size_t nttLength(size_t rn) noexcept
+{
+    size_t n = 1;
+    while (n < rn - 1)
+        n *= 2;
+    return std::max(n, size_t(2));
+}
+
+void nttMultiply(Limb* r, const Limb* a, size_t an, const Limb* b, size_t bn)
+{
+    const size_t rn = an + bn;
+    const size_t n = nttLength(rn);
+    // Three residue vectors, the second operand's transform and the
+    // twiddle pairs; all written before they are read.
+    std::unique_ptr<Limb[]> buffer(new Limb[6 * n]);
+    Limb* residues[3] = {buffer.get(), buffer.get() + n, buffer.get() + 2 * n};
+    for (int i = 0; i < 3; ++i) {
+        const PrimeField& f = field(i);
+        convolve(residues[i], buffer.get() + 3 * n, buffer.get() + 4 * n, n, a, an, b, bn, f);
+        for (size_t j = 0; j + 1 < rn; ++j)
+            residues[i][j] = f.reduceTwice(f.reduceFourTimes(residues[i][j]));
+    }
+
+    // Garner's form of the Chinese remainder theorem: a coefficient is
+    // x1 + p1 (v2 + p2 v3) with each digit taken modulo its own prime.
+    const PrimeField& f1 = field(0);
+    const PrimeField& f2 = field(1);
+    const PrimeField& f3 = field(2);
+    const Limb p1 = f1.modulus(), p2 = f2.modulus();
+    Limb p12Hi;
+    const Limb p12Lo = mulWide(p1, p2, p12Hi);
+    const Limb p1ModP2 = p1 - p2; // p2 < p1 < 2 p2, and the same for p3
+    // power() answers in Montgomery form, which is what mul(x, c) needs to
+    // multiply x by the plain inverse.
+    const Limb p1InverseModP2 = f2.power(f2.toMontgomery(p1ModP2), p2 - 2);
+    const Limb p1ModP3 = f3.toMontgomery(p1 - f3.modulus());
+    const Limb p12ModP3 = f3.mul(p1ModP3, f3.toMontgomery(f3.reduce(p2)));
+    const Limb p12InverseModP3 = f3.power(p12ModP3, f3.modulus() - 2);
+    Limb acc0 = 0, acc1 = 0, acc2 = 0;
+    for (size_t i = 0; i < rn; ++i) {
+        if (i + 1 < rn) {
+            const Limb x1 = residues[0][i];
+            const Limb v2 = f2.mul(f2.sub(residues[1][i], f2.reduce(x1)), p1InverseModP2);
+            const Limb low = f3.add(f3.reduce(x1), f3.mul(f3.reduce(v2), p1ModP3));
+            const Limb v3 = f3.mul(f3.sub(residues[2][i], low), p12InverseModP3);
+            // x1 + p1 v2 < 2^124 fits two limbs; p1 p2 v3 takes three.
+            Limb t1;
+            Limb t0 = mulAdd2(v2, p1, x1, 0, t1);
+            Limb u1, u2;
+            Limb u0 = mulWide(v3, p12Lo, u1);
+            Limb mid = mulAdd2(v3, p12Hi, u1, 0, u2);
+            u1 = mid;
+            acc0 += t0;
+            Limb c = acc0 < t0;
+            acc1 += c;
+            c = acc1 < c;
+            acc1 += t1;
+            c += acc1 < t1;
+            acc2 += c;
+            acc0 += u0;
+            c = acc0 < u0;
+            acc1 += c;
+            c = acc1 < c;
+            acc1 += u1;
+            c += acc1 < u1;
+            acc2 += c + u2;
+        }
+        r[i] = acc0;
+        acc0 = acc1;
+        acc1 = acc2;
+        acc2 = 0;
+    }
+}
+
+} // namespace detail
+} // namespace math
+} // namespace qv

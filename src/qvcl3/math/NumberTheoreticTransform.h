@@ -1,0 +1,29 @@
+#ifndef QVCL3_MATH_NUMBERTHEORETICTRANSFORM_H
+#define QVCL3_MATH_NUMBERTHEORETICTRANSFORM_H
+
+// Multiplication through number-theoretic transforms: the limbs are
+// convolved modulo three primes below 2^62 and the exact coefficients
+// rebuilt by the Chinese remainder theorem. O(n log n); pays off above
+// thresholds().nttMul limbs (docs/math.md).
+
+#include "WideMath.h"
+
+#include <cstddef>
+
+namespace qv {
+namespace math {
+namespace detail {
+
+// The transform length for a product of rn limbs: the smallest power of two
+// that holds its rn - 1 coefficients.
+size_t nttLength(size_t rn) noexcept;
+
+// r (an + bn limbs, distinct from a and b) = a * b; squares when a and b are
+// the same array. an, bn >= 1 and an + bn <= 2^26.
+void nttMultiply(Limb* r, const Limb* a, size_t an, const Limb* b, size_t bn);
+
+} // namespace detail
+} // namespace math
+} // namespace qv
+
+#endif
