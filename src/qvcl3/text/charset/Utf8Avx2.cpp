@@ -3,9 +3,12 @@
 // linker could keep this file's AVX2 copy for callers on any processor.
 // Hence no library headers beyond the declarations.
 //
-// The same blocks as the AVX-512 kernels (Utf8Avx512.cpp, which explains
-// them), half as wide; without a compress instruction the wanted elements
-// are packed with byte shuffles from a table indexed by an eight-bit mask.
+// Decoding works on the same blocks as the AVX-512 kernel (Utf8Avx512.cpp,
+// which explains them), half as wide; without a compress instruction the
+// wanted elements are packed with byte shuffles from a table indexed by an
+// eight-bit mask. Encoding takes ASCII and two-byte blocks only: for the
+// rest a general AVX2 block (every unit widened to 32 bits, then packed)
+// measured slower than the SSE2 loops' special blocks.
 
 #include "Utf8Kernels.h"
 
@@ -71,20 +74,14 @@ inline __m256i lanesOf16(uint32_t mask)
     return _mm256_cmpeq_epi16(_mm256_and_si256(_mm256_set1_epi16(static_cast<short>(mask)), bits), bits);
 }
 
-// All ones in the 32-bit lanes whose bit is set in mask.
-inline __m256i lanesOf32(uint32_t mask)
-{
-    const __m256i bits = _mm256_setr_epi32(1, 2, 4, 8, 16, 32, 64, 128);
-    return _mm256_cmpeq_epi32(_mm256_and_si256(_mm256_set1_epi32(static_cast<int>(mask)), bits), bits);
-}
-
 inline __m256i unitsOfHalf(__m256i p0, __m256i p1, __m256i p2, uint32_t cont, uint32_t contBefore,
                            uint32_t lowSurrogate, uint32_t highSurrogate)
 {
-    const __m256i contLanes = lanesOf16(cont);
-    __m256i units = _mm256_or_si256(p0, _mm256_and_si256(_mm256_slli_epi16(p1, 6), contLanes));
-    units = _mm256_or_si256(
-        units, _mm256_and_si256(_mm256_slli_epi16(p2, 12), _mm256_and_si256(contLanes, lanesOf16(contBefore))));
+    __m256i units = _mm256_or_si256(p0, _mm256_and_si256(_mm256_slli_epi16(p1, 6), lanesOf16(cont)));
+    if (((cont & contBefore) | lowSurrogate | highSurrogate) == 0) {
+        return units;
+    }
+    units = _mm256_or_si256(units, _mm256_and_si256(_mm256_slli_epi16(p2, 12), lanesOf16(cont & contBefore)));
     const __m256i low =
         _mm256_or_si256(_mm256_set1_epi16(static_cast<short>(0xDC00)),
                         _mm256_or_si256(_mm256_slli_epi16(_mm256_and_si256(p1, _mm256_set1_epi16(0x0F)), 6), p0));
@@ -189,76 +186,36 @@ void encodeUtf8Avx2(const char16_t* in, int32_t& ip, int32_t inEnd, uint8_t* out
             op += 16;
             continue;
         }
-        const __m256i tag = _mm256_and_si256(u, _mm256_set1_epi16(static_cast<short>(0xFC00)));
-        uint32_t highs = maskOf(_mm256_cmpeq_epi16(tag, _mm256_set1_epi16(static_cast<short>(0xD800))));
-        const uint32_t lows = maskOf(_mm256_cmpeq_epi16(tag, _mm256_set1_epi16(static_cast<short>(0xDC00))));
-        if (((highs << 1) & 0xFFFF) != lows) {
+        const __m256i asciiLanes = _mm256_cmpeq_epi16(
+            _mm256_and_si256(u, _mm256_set1_epi16(static_cast<short>(0xFF80))), _mm256_setzero_si256());
+        if (_mm256_testz_si256(u, _mm256_set1_epi16(static_cast<short>(0xF800))) == 0) {
+            // Three-byte characters and surrogates: the SSE2 loops' blocks
+            // for East Asian text and emoji beat a general AVX2 block here.
             return;
         }
-        int length = 16;
-        uint32_t keep = 0xFFFF;
-        if ((highs >> 15) != 0) {
-            length = 15;
-            keep = 0x7FFF;
-            highs &= keep;
+        // ASCII and two-byte characters: each unit's two-byte form, or itself
+        // where it is ASCII, in its own 16-bit lane, and only the first byte
+        // of the ASCII lanes kept.
+        const __m256i two =
+            _mm256_or_si256(_mm256_or_si256(_mm256_set1_epi16(static_cast<short>(0x80C0)), _mm256_srli_epi16(u, 6)),
+                            _mm256_slli_epi16(_mm256_and_si256(u, _mm256_set1_epi16(0x3F)), 8));
+        const __m256i forms = _mm256_blendv_epi8(two, u, asciiLanes);
+        const uint32_t usedBytes = _pdep_u32(~maskOf(asciiLanes), 0xAAAAAAAAu) | 0x55555555u;
+        const __m128i quads[2] = {_mm256_castsi256_si128(forms), _mm256_extracti128_si256(forms, 1)};
+        for (int i = 0; i < 2; ++i) {
+            const uint32_t m0 = (usedBytes >> (16 * i)) & 0xFF;
+            const uint32_t m1 = (usedBytes >> (16 * i + 8)) & 0xFF;
+            const __m128i shuffle = _mm_unpacklo_epi64(
+                _mm_loadl_epi64(reinterpret_cast<const __m128i*>(bytePacking.shuffle[m0])),
+                _mm_add_epi8(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(bytePacking.shuffle[m1])),
+                             _mm_set1_epi8(8)));
+            const __m128i packed = _mm_shuffle_epi8(quads[i], shuffle);
+            _mm_storel_epi64(reinterpret_cast<__m128i*>(out + op), packed);
+            op += static_cast<int32_t>(_mm_popcnt_u32(m0));
+            _mm_storel_epi64(reinterpret_cast<__m128i*>(out + op), _mm_unpackhi_epi64(packed, packed));
+            op += static_cast<int32_t>(_mm_popcnt_u32(m1));
         }
-        const uint32_t ascii = maskOf(_mm256_cmpeq_epi16(
-            _mm256_and_si256(u, _mm256_set1_epi16(static_cast<short>(0xFF80))), _mm256_setzero_si256()));
-        const uint32_t below800 = maskOf(_mm256_cmpeq_epi16(
-            _mm256_and_si256(u, _mm256_set1_epi16(static_cast<short>(0xF800))), _mm256_setzero_si256()));
-        const uint32_t oneByte = ascii & keep;
-        const uint32_t twoByte = below800 & ~ascii & keep;
-        const uint32_t threeByte = ~below800 & ~(highs | lows) & keep;
-        // Each unit's successor (zero after the block).
-        const __m256i following = _mm256_alignr_epi8(_mm256_permute2x128_si256(u, u, 0x81), u, 2);
-        for (int half = 0; half < 2; ++half) {
-            const int shift = 8 * half;
-            auto widen = [half](__m256i x) {
-                return _mm256_cvtepu16_epi32(half == 0 ? _mm256_castsi256_si128(x) : _mm256_extracti128_si256(x, 1));
-            };
-            const __m256i c = widen(u);
-            const __m256i h = lanesOf32((highs >> shift) & 0xFF);
-            const __m256i one = lanesOf32((oneByte >> shift) & 0xFF);
-            const __m256i two = lanesOf32((twoByte >> shift) & 0xFF);
-            const __m256i three = lanesOf32((threeByte >> shift) & 0xFF);
-            const __m256i cp =
-                _mm256_blendv_epi8(c,
-                                   _mm256_add_epi32(_mm256_slli_epi32(c, 10),
-                                                    _mm256_sub_epi32(widen(following), _mm256_set1_epi32(0x35FDC00))),
-                                   h);
-            const __m256i groups = _mm256_or_si256(
-                _mm256_or_si256(_mm256_and_si256(_mm256_slli_epi32(cp, 24), _mm256_set1_epi32(0x3F000000)),
-                                _mm256_and_si256(_mm256_slli_epi32(cp, 10), _mm256_set1_epi32(0x3F0000))),
-                _mm256_or_si256(_mm256_and_si256(_mm256_srli_epi32(cp, 4), _mm256_set1_epi32(0x3F00)),
-                                _mm256_srli_epi32(cp, 18)));
-            __m256i bytes = cp;
-            bytes = _mm256_blendv_epi8(bytes, _mm256_or_si256(_mm256_srli_epi32(groups, 16), _mm256_set1_epi32(0x80C0)),
-                                       two);
-            bytes = _mm256_blendv_epi8(
-                bytes, _mm256_or_si256(_mm256_srli_epi32(groups, 8), _mm256_set1_epi32(0x8080E0)), three);
-            bytes = _mm256_blendv_epi8(bytes, _mm256_or_si256(groups, _mm256_set1_epi32(0x808080F0)), h);
-            __m256i used = _mm256_and_si256(one, _mm256_set1_epi32(0xFF));
-            used = _mm256_or_si256(used, _mm256_and_si256(two, _mm256_set1_epi32(0xFFFF)));
-            used = _mm256_or_si256(used, _mm256_and_si256(three, _mm256_set1_epi32(0xFFFFFF)));
-            used = _mm256_or_si256(used, h);
-            const uint32_t usedBytes =
-                ~static_cast<uint32_t>(_mm256_movemask_epi8(_mm256_cmpeq_epi8(used, _mm256_setzero_si256())));
-            const __m128i quads[2] = {_mm256_castsi256_si128(bytes), _mm256_extracti128_si256(bytes, 1)};
-            for (int i = 0; i < 2; ++i) {
-                const uint32_t m0 = (usedBytes >> (16 * i)) & 0xFF;
-                const uint32_t m1 = (usedBytes >> (16 * i + 8)) & 0xFF;
-                const __m128i shuffle = _mm_unpacklo_epi64(
-                    _mm_loadl_epi64(reinterpret_cast<const __m128i*>(bytePacking.shuffle[m0])),
-                    _mm_add_epi8(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(bytePacking.shuffle[m1])),
-                                 _mm_set1_epi8(8)));
-                const __m128i packed = _mm_shuffle_epi8(quads[i], shuffle);
-                _mm_storel_epi64(reinterpret_cast<__m128i*>(out + op), packed);
-                op += static_cast<int32_t>(_mm_popcnt_u32(m0));
-                _mm_storel_epi64(reinterpret_cast<__m128i*>(out + op), _mm_unpackhi_epi64(packed, packed));
-                op += static_cast<int32_t>(_mm_popcnt_u32(m1));
-            }
-        }
-        ip += length;
+        ip += 16;
     }
 }
 

@@ -23,15 +23,24 @@ inline uint64_t inRange(__m512i v, int low, int count)
 }
 
 // The UTF-16 units of the sequences of one half block (32 bytes, widened to
-// 16 bits: p0 the value bits of each byte, p1 and p2 those of the one and two
-// bytes before). Each lane ends up holding the unit it stands for when it is
-// the last byte of a sequence, or the high surrogate when it is the third
-// byte of a four-byte one; the masks say which lanes are what.
-inline __m512i unitsOfHalf(__m512i p0, __m512i p1, __m512i p2, uint32_t cont, uint32_t contBefore,
-                           uint32_t lowSurrogate, uint32_t highSurrogate)
+// 16 bits: p0 the value bits of each byte, p1 those of the byte before).
+// Each lane ends up holding the unit it stands for when it is the last byte
+// of a sequence of one or two bytes; longerUnits adds the longer ones.
+inline __m512i twoByteUnits(__m512i p0, __m512i p1, uint32_t cont)
 {
-    __m512i units = _mm512_or_si512(p0, _mm512_maskz_slli_epi16(cont, p1, 6));
-    units = _mm512_or_si512(units, _mm512_maskz_slli_epi16(cont & contBefore, p2, 12));
+    return _mm512_or_si512(p0, _mm512_maskz_slli_epi16(cont, p1, 6));
+}
+
+// Three- and four-byte sequences (p2: the value bits two bytes before). The
+// third byte of a four-byte sequence gets the high surrogate, the fourth the
+// low one.
+inline __m512i longerUnits(__m512i units, __m512i p0, __m512i p1, __m512i p2, uint32_t contTwice, uint32_t lowSurrogate,
+                           uint32_t highSurrogate)
+{
+    units = _mm512_or_si512(units, _mm512_maskz_slli_epi16(contTwice, p2, 12));
+    if ((lowSurrogate | highSurrogate) == 0) {
+        return units;
+    }
     const __m512i low =
         _mm512_or_si512(_mm512_set1_epi16(static_cast<short>(0xDC00)),
                         _mm512_or_si512(_mm512_slli_epi16(_mm512_and_si512(p1, _mm512_set1_epi16(0x0F)), 6), p0));
@@ -107,17 +116,19 @@ void decodeUtf8Avx512(const uint8_t* in, int32_t& ip, int32_t inEnd, char16_t* o
         const __m512i p0Low = _mm512_cvtepu8_epi16(_mm512_castsi512_si256(p));
         const __m512i p0High = _mm512_cvtepu8_epi16(_mm512_extracti64x4_epi64(p, 1));
         const __m512i p1Low = _mm512_maskz_permutexvar_epi16(~1u, before1, p0Low);
-        const __m512i p2Low = _mm512_maskz_permutexvar_epi16(~3u, before2, p0Low);
         const __m512i p1High = _mm512_permutex2var_epi16(p0Low, across1, p0High);
-        const __m512i p2High = _mm512_permutex2var_epi16(p0Low, across2, p0High);
-        const uint64_t contBefore = cont << 1;
-        const uint64_t lowSurrogates = lead4 << 3;
-        const __m512i low =
-            unitsOfHalf(p0Low, p1Low, p2Low, static_cast<uint32_t>(cont), static_cast<uint32_t>(contBefore),
-                        static_cast<uint32_t>(lowSurrogates), static_cast<uint32_t>(highSurrogates));
-        const __m512i high = unitsOfHalf(
-            p0High, p1High, p2High, static_cast<uint32_t>(cont >> 32), static_cast<uint32_t>(contBefore >> 32),
-            static_cast<uint32_t>(lowSurrogates >> 32), static_cast<uint32_t>(highSurrogates >> 32));
+        __m512i low = twoByteUnits(p0Low, p1Low, static_cast<uint32_t>(cont));
+        __m512i high = twoByteUnits(p0High, p1High, static_cast<uint32_t>(cont >> 32));
+        if (lead34 != 0) {
+            const __m512i p2Low = _mm512_maskz_permutexvar_epi16(~3u, before2, p0Low);
+            const __m512i p2High = _mm512_permutex2var_epi16(p0Low, across2, p0High);
+            const uint64_t contTwice = cont & (cont << 1);
+            const uint64_t lowSurrogates = lead4 << 3;
+            low = longerUnits(low, p0Low, p1Low, p2Low, static_cast<uint32_t>(contTwice),
+                              static_cast<uint32_t>(lowSurrogates), static_cast<uint32_t>(highSurrogates));
+            high = longerUnits(high, p0High, p1High, p2High, static_cast<uint32_t>(contTwice >> 32),
+                               static_cast<uint32_t>(lowSurrogates >> 32), static_cast<uint32_t>(highSurrogates >> 32));
+        }
         const uint32_t emittedLow = static_cast<uint32_t>(emitted);
         const uint32_t emittedHigh = static_cast<uint32_t>(emitted >> 32);
         _mm512_storeu_si512(out + op, _mm512_maskz_compress_epi16(emittedLow, low));
@@ -146,6 +157,21 @@ void encodeUtf8Avx512(const char16_t* in, int32_t& ip, int32_t inEnd, uint8_t* o
             op += 32;
             continue;
         }
+        const uint32_t below800 = _mm512_cmplt_epu16_mask(u, _mm512_set1_epi16(0x800));
+        if (below800 == ~0u) {
+            // ASCII and two-byte characters (European text): each unit's
+            // two-byte form, or itself where it is ASCII, in its own 16-bit
+            // lane, and only the first byte of the ASCII lanes kept.
+            const __m512i two =
+                _mm512_or_si512(_mm512_or_si512(_mm512_set1_epi16(static_cast<short>(0x80C0)), _mm512_srli_epi16(u, 6)),
+                                _mm512_slli_epi16(_mm512_and_si512(u, _mm512_set1_epi16(0x3F)), 8));
+            const __m512i forms = _mm512_mask_mov_epi16(two, ascii, u);
+            const uint64_t usedBytes = _pdep_u64(~ascii, 0xAAAAAAAAAAAAAAAAull) | 0x5555555555555555ull;
+            _mm512_storeu_si512(out + op, _mm512_maskz_compress_epi8(usedBytes, forms));
+            op += static_cast<int32_t>(_mm_popcnt_u64(usedBytes));
+            ip += 32;
+            continue;
+        }
         const __m512i tag = _mm512_and_si512(u, _mm512_set1_epi16(static_cast<short>(0xFC00)));
         uint32_t highs = _mm512_cmpeq_epi16_mask(tag, _mm512_set1_epi16(static_cast<short>(0xD800)));
         const uint32_t lows = _mm512_cmpeq_epi16_mask(tag, _mm512_set1_epi16(static_cast<short>(0xDC00)));
@@ -157,7 +183,6 @@ void encodeUtf8Avx512(const char16_t* in, int32_t& ip, int32_t inEnd, uint8_t* o
             length = 31;
             highs &= 0x7FFFFFFFu;
         }
-        const uint32_t below800 = _mm512_cmplt_epu16_mask(u, _mm512_set1_epi16(0x800));
         const uint32_t keep = length == 32 ? ~0u : 0x7FFFFFFFu;
         const uint32_t twoByte = below800 & ~ascii & keep;
         const uint32_t threeByte = ~below800 & ~(highs | lows) & keep;
