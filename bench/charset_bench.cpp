@@ -238,12 +238,15 @@ const char* levelName(SimdLevel level)
     return names[static_cast<int>(level)];
 }
 
-// "qvcl3-avx2" and the like; 'level' is left alone for other contenders.
-bool isQvcl3(const std::string& who, SimdLevel& level)
+// True for this library's contenders ("qvcl3-avx2" and the like), with
+// their level switched on; a level the processor lacks skips the benchmark.
+bool isQvcl3(benchmark::State& state, const std::string& who)
 {
-    for (SimdLevel l : {SimdLevel::Scalar, SimdLevel::Sse2, SimdLevel::Avx2, SimdLevel::Avx512}) {
-        if (who == std::string("qvcl3-") + levelName(l)) {
-            level = l;
+    for (SimdLevel level : {SimdLevel::Scalar, SimdLevel::Sse2, SimdLevel::Avx2, SimdLevel::Avx512}) {
+        if (who == std::string("qvcl3-") + levelName(level)) {
+            if (setUtf8SimdLevel(level) != level) {
+                state.SkipWithError("level not available here");
+            }
             return true;
         }
     }
@@ -277,10 +280,8 @@ void decodeBenchmark(benchmark::State& state, const std::string& name, const std
     std::u16string& out = decodeBuffer();
     const int32_t inSize = static_cast<int32_t>(c.utf8.size());
     const int32_t outSize = static_cast<int32_t>(out.size());
-    SimdLevel level = SimdLevel::Scalar;
-    const bool ours = isQvcl3(who, level);
-    if (ours && setUtf8SimdLevel(level) != level) {
-        state.SkipWithError("level not available here");
+    const bool ours = isQvcl3(state, who);
+    if (state.error_occurred()) {
         return;
     }
     BTCUTF8 decoder;
@@ -329,10 +330,8 @@ void encodeBenchmark(benchmark::State& state, const std::string& name, const std
     std::string& out = encodeBuffer();
     const int32_t inSize = static_cast<int32_t>(c.utf16.size());
     const int32_t outSize = static_cast<int32_t>(out.size());
-    SimdLevel level = SimdLevel::Scalar;
-    const bool ours = isQvcl3(who, level);
-    if (ours && setUtf8SimdLevel(level) != level) {
-        state.SkipWithError("level not available here");
+    const bool ours = isQvcl3(state, who);
+    if (state.error_occurred()) {
         return;
     }
     CTBUTF8 encoder;
