@@ -6,6 +6,8 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
+    using qv::text::charset::getUtf8SimdLevel;
+    using qv::text::charset::setUtf8SimdLevel;
     using qv::text::charset::SimdLevel;
     fuzz::Reader reader(data, size);
     fuzz::BTCUTF8 decoder;
