@@ -102,12 +102,7 @@ std::u16string randomText(std::mt19937& random, size_t length)
         if (random() % 64 == 0) {
             cp = edges[random() % 9];
         }
-        if (cp >= 0x10000) {
-            text += static_cast<char16_t>(0xD7C0 + (cp >> 10));
-            text += static_cast<char16_t>(0xDC00 + (cp & 0x3FF));
-        } else {
-            text += static_cast<char16_t>(cp);
-        }
+        text += utf16({static_cast<char32_t>(cp)});
     }
     return text;
 }
