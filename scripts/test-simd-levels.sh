@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # Runs the charset tests, and the UTF-8 fuzz target over its seeds, once at
 # every instruction-set level of the UTF-8 converters, forced through
-# QV_CHARSET_SIMD. A level the processor lacks runs at the best it has (the
-# tests say which levels they compared).
+# QV_CHARSET_SIMD. A level the processor lacks runs at the best it has; the
+# differential tests (CharsetSimdLevels) compare every level it has anyway.
 #   scripts/test-simd-levels.sh [BUILD_DIR [SANITIZERS]]
 #     BUILD_DIR   default build/test
 #     SANITIZERS  e.g. address,undefined (a separate BUILD_DIR, then)
