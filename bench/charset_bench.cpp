@@ -1,14 +1,25 @@
-// UTF-8 <-> UTF-16 and single-byte decoding: this library's converters side
-// by side with iconv and ICU on four generated 16 MiB corpora. Throughput is
-// counted in bytes of the UTF-8 (or single-byte) side in both directions.
+// UTF-8 <-> UTF-16 and single-byte decoding: this library's converters at
+// each instruction-set level side by side with iconv, ICU and (for the
+// validation half of decoding) simdjson on four generated 16 MiB corpora.
+// Throughput is counted in bytes of the UTF-8 (or single-byte) side in both
+// directions.
+//
+// So that figures reproduce across processes: the corpora and one output
+// buffer per direction are made and touched before anything is timed, and
+// every contender writes into the same buffer; unless told otherwise the
+// program repeats every benchmark five times with the repetitions of all
+// contenders interleaved in random order, and reports the median, the
+// spread (min, max, coefficient of variation) and the mean.
 
 #include <qv/qvcl3.h>
 
 #include <benchmark/benchmark.h>
 #include <iconv.h>
+#include <simdjson.h>
 #include <unicode/ucnv.h>
 #include <unicode/ustring.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <map>
@@ -191,22 +202,97 @@ const Corpus& corpus(const std::string& name)
     return found->second;
 }
 
+const char* const corpusNames[] = {"english", "latin", "cjk", "emoji"};
+
+// One output buffer per direction, big enough for every corpus and written
+// all over before the first benchmark, shared by every contender: where a
+// fresh buffer lands (and whether its pages are mapped yet) changed results
+// by a third to a half between processes.
+std::u16string& decodeBuffer()
+{
+    static std::u16string buffer;
+    return buffer;
+}
+
+std::string& encodeBuffer()
+{
+    static std::string buffer;
+    return buffer;
+}
+
+void prepareCorpora()
+{
+    size_t units = 0;
+    size_t bytes = 0;
+    for (const char* name : corpusNames) {
+        units = std::max(units, corpus(name).utf8.size() + 16);
+        bytes = std::max(bytes, corpus(name).utf16.size() * 3 + 16);
+    }
+    decodeBuffer().assign(units, u'\1');
+    encodeBuffer().assign(bytes, '\1');
+}
+
+const char* levelName(SimdLevel level)
+{
+    static const char* const names[] = {"scalar", "sse2", "avx2", "avx512"};
+    return names[static_cast<int>(level)];
+}
+
+// True for this library's contenders ("qvcl3-avx2" and the like), with
+// their level switched on; a level the processor lacks skips the benchmark.
+bool isQvcl3(benchmark::State& state, const std::string& who)
+{
+    for (SimdLevel level : {SimdLevel::Scalar, SimdLevel::Sse2, SimdLevel::Avx2, SimdLevel::Avx512}) {
+        if (who == std::string("qvcl3-") + levelName(level)) {
+            if (setUtf8SimdLevel(level) != level) {
+                state.SkipWithError("level not available here");
+            }
+            return true;
+        }
+    }
+    return false;
+}
+
+// simdjson's UTF-8 validation with one of its kernels ("icelake" is
+// AVX-512, "haswell" AVX2, "westmere" SSE4.2): a ceiling for the checking
+// half of decoding, which writes nothing.
+void validateBenchmark(benchmark::State& state, const std::string& name, const std::string& kernel)
+{
+    const Corpus& c = corpus(name);
+    const simdjson::implementation* implementation = simdjson::get_available_implementations()[kernel];
+    if (implementation == nullptr || !implementation->supported_by_runtime_system()) {
+        state.SkipWithError("kernel not available here");
+        return;
+    }
+    if (!implementation->validate_utf8(c.utf8.data(), c.utf8.size())) {
+        state.SkipWithError("corpus rejected");
+    }
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(implementation->validate_utf8(c.utf8.data(), c.utf8.size()));
+    }
+    state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * static_cast<int64_t>(c.utf8.size()));
+}
+
 // Every contender's output is checked once against ICU's before timing.
 void decodeBenchmark(benchmark::State& state, const std::string& name, const std::string& who)
 {
     const Corpus& c = corpus(name);
-    std::u16string out(c.utf8.size() + 16, u'\0');
+    std::u16string& out = decodeBuffer();
     const int32_t inSize = static_cast<int32_t>(c.utf8.size());
     const int32_t outSize = static_cast<int32_t>(out.size());
-    BTCUTF8 ours;
+    const bool ours = isQvcl3(state, who);
+    if (state.error_occurred()) {
+        return;
+    }
+    BTCUTF8 decoder;
     iconv_t cd = iconv_open("UTF-16LE", "UTF-8");
     UErrorCode status = U_ZERO_ERROR;
     UConverter* icu = ucnv_open("UTF-8", &status);
     auto run = [&]() -> int32_t {
-        if (who == "qvcl3") {
+        if (ours) {
             int32_t ip = 0;
             int32_t op = 0;
-            ours.convert(reinterpret_cast<const signed char*>(c.utf8.data()), &ip, inSize, out.data(), &op, outSize);
+            decoder.convert(reinterpret_cast<const signed char*>(c.utf8.data()), &ip, inSize, out.data(), &op, outSize);
             return op;
         }
         if (who == "iconv") {
@@ -241,18 +327,22 @@ void decodeBenchmark(benchmark::State& state, const std::string& name, const std
 void encodeBenchmark(benchmark::State& state, const std::string& name, const std::string& who)
 {
     const Corpus& c = corpus(name);
-    std::string out(c.utf16.size() * 3 + 16, '\0');
+    std::string& out = encodeBuffer();
     const int32_t inSize = static_cast<int32_t>(c.utf16.size());
     const int32_t outSize = static_cast<int32_t>(out.size());
-    CTBUTF8 ours;
+    const bool ours = isQvcl3(state, who);
+    if (state.error_occurred()) {
+        return;
+    }
+    CTBUTF8 encoder;
     iconv_t cd = iconv_open("UTF-8", "UTF-16LE");
     UErrorCode status = U_ZERO_ERROR;
     UConverter* icu = ucnv_open("UTF-8", &status);
     auto run = [&]() -> int32_t {
-        if (who == "qvcl3") {
+        if (ours) {
             int32_t ip = 0;
             int32_t op = 0;
-            ours.convert(c.utf16.data(), &ip, inSize, reinterpret_cast<signed char*>(out.data()), &op, outSize);
+            encoder.convert(c.utf16.data(), &ip, inSize, reinterpret_cast<signed char*>(out.data()), &op, outSize);
             return op;
         }
         if (who == "iconv") {
@@ -329,8 +419,8 @@ template <typename Decoder>
 void singleByteBenchmark(benchmark::State& state, const std::string& kind, const char* iconvName)
 {
     const std::string bytes = singleByteText(kind, iconvName);
-    std::u16string out(bytes.size(), u'\0');
-    const int32_t size = static_cast<int32_t>(bytes.size());
+    std::u16string& out = decodeBuffer();
+    const int32_t size = static_cast<int32_t>(std::min(bytes.size(), out.size()));
     Decoder decoder;
     decoder.setSubstitutionMode(false);
     for (auto _ : state) {
@@ -343,36 +433,63 @@ void singleByteBenchmark(benchmark::State& state, const std::string& kind, const
     state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * size);
 }
 
+void withSpread(benchmark::internal::Benchmark* b)
+{
+    b->Unit(benchmark::kMillisecond);
+    b->ComputeStatistics("min", [](const std::vector<double>& v) { return *std::min_element(v.begin(), v.end()); });
+    b->ComputeStatistics("max", [](const std::vector<double>& v) { return *std::max_element(v.begin(), v.end()); });
+}
+
 } // namespace
 
 int main(int argc, char** argv)
 {
-    for (const char* name : {"english", "latin", "cjk", "emoji"}) {
-        for (const char* who : {"qvcl3", "iconv", "icu-ucnv", "icu-ustr"}) {
-            benchmark::RegisterBenchmark((std::string("decode/") + name + "/" + who).c_str(), decodeBenchmark,
-                                         std::string(name), std::string(who))
-                ->Unit(benchmark::kMillisecond);
+    prepareCorpora();
+    std::vector<std::string> contenders;
+    for (SimdLevel level : {SimdLevel::Scalar, SimdLevel::Sse2, SimdLevel::Avx2, SimdLevel::Avx512}) {
+        if (setUtf8SimdLevel(level) == level) {
+            contenders.push_back(std::string("qvcl3-") + levelName(level));
         }
-        for (const char* who : {"qvcl3", "iconv", "icu-ucnv", "icu-ustr"}) {
-            benchmark::RegisterBenchmark((std::string("encode/") + name + "/" + who).c_str(), encodeBenchmark,
-                                         std::string(name), std::string(who))
-                ->Unit(benchmark::kMillisecond);
+    }
+    contenders.insert(contenders.end(), {"iconv", "icu-ucnv", "icu-ustr"});
+    for (const char* name : corpusNames) {
+        for (const std::string& who : contenders) {
+            withSpread(benchmark::RegisterBenchmark((std::string("decode/") + name + "/" + who).c_str(),
+                                                    decodeBenchmark, std::string(name), who));
+        }
+        for (const char* kernel : {"westmere", "haswell", "icelake"}) {
+            const simdjson::implementation* implementation = simdjson::get_available_implementations()[kernel];
+            if (implementation != nullptr && implementation->supported_by_runtime_system()) {
+                withSpread(
+                    benchmark::RegisterBenchmark((std::string("validate/") + name + "/simdjson-" + kernel).c_str(),
+                                                 validateBenchmark, std::string(name), std::string(kernel)));
+            }
+        }
+        for (const std::string& who : contenders) {
+            withSpread(benchmark::RegisterBenchmark((std::string("encode/") + name + "/" + who).c_str(),
+                                                    encodeBenchmark, std::string(name), who));
         }
     }
     for (const char* kind : {"latin", "random"}) {
         const std::string k = kind;
-        benchmark::RegisterBenchmark(("singlebyte/" + k + "/ISO8859_1").c_str(), singleByteBenchmark<BTCISO8859_1>, k,
-                                     "ISO-8859-1")
-            ->Unit(benchmark::kMillisecond);
-        benchmark::RegisterBenchmark(("singlebyte/" + k + "/CP1252").c_str(), singleByteBenchmark<BTCCP1252>, k,
-                                     "CP1252")
-            ->Unit(benchmark::kMillisecond);
-        benchmark::RegisterBenchmark(("singlebyte/" + k + "/CP437").c_str(), singleByteBenchmark<BTCCP437>, k, "CP437")
-            ->Unit(benchmark::kMillisecond);
+        withSpread(benchmark::RegisterBenchmark(("singlebyte/" + k + "/ISO8859_1").c_str(),
+                                                singleByteBenchmark<BTCISO8859_1>, k, "ISO-8859-1"));
+        withSpread(benchmark::RegisterBenchmark(("singlebyte/" + k + "/CP1252").c_str(), singleByteBenchmark<BTCCP1252>,
+                                                k, "CP1252"));
+        withSpread(benchmark::RegisterBenchmark(("singlebyte/" + k + "/CP437").c_str(), singleByteBenchmark<BTCCP437>,
+                                                k, "CP437"));
     }
-    benchmark::RegisterBenchmark("singlebyte/ascii/ASCII", singleByteBenchmark<BTCASCII>, std::string("latin"), "ASCII")
-        ->Unit(benchmark::kMillisecond);
-    benchmark::Initialize(&argc, argv);
+    withSpread(benchmark::RegisterBenchmark("singlebyte/ascii/ASCII", singleByteBenchmark<BTCASCII>,
+                                            std::string("latin"), "ASCII"));
+    // Five interleaved repetitions, aggregates only, unless the command line
+    // says otherwise (its options come later and win).
+    std::vector<char*> args(argv, argv + argc);
+    std::string repetitions = "--benchmark_repetitions=5";
+    std::string interleave = "--benchmark_enable_random_interleaving=true";
+    std::string aggregates = "--benchmark_report_aggregates_only=true";
+    args.insert(args.begin() + 1, {repetitions.data(), interleave.data(), aggregates.data()});
+    int count = static_cast<int>(args.size());
+    benchmark::Initialize(&count, args.data());
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
     return 0;

@@ -3,7 +3,7 @@
 #   scripts/bench.sh [NAME...] [-- benchmark options]
 set -euo pipefail
 cd "$(dirname "$0")/.."
-scripts/install-deps.sh libbenchmark-dev libicu-dev libgmp-dev libpoco-dev libssl-dev libinih-dev libboost-dev libspdlog-dev
+scripts/install-deps.sh libbenchmark-dev libicu-dev libgmp-dev libpoco-dev libssl-dev libinih-dev libboost-dev libspdlog-dev libsimdjson-dev
 cmake -S . -B build/bench -DCMAKE_BUILD_TYPE=Release -DQVCL3_BUILD_TESTS=OFF -DQVCL3_BUILD_BENCH=ON
 cmake --build build/bench -j2
 names=()

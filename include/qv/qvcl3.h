@@ -213,6 +213,7 @@
 #include <qv/text/charset/CharsetExceptions.h>
 #include <qv/text/charset/CodecManager.h>
 #include <qv/text/charset/EncInfo.h>
+#include <qv/text/charset/SimdLevel.h>
 #include <qv/text/charset/qvcom/ConverterComponent.h>
 #include <qv/util/AbstractByteBuffer.h>
 #include <qv/util/AbstractCharBuffer.h>

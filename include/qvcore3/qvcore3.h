@@ -458,6 +458,12 @@ QVCORE3_API QVRESULT QVFileUnlock(int32_t fd, int64_t position, int64_t length) 
 /* The x86-64 SHA extensions (SHA-1 and SHA-256 rounds) together with SSSE3
    and SSE4.1, which code using them also needs. */
 #define QV_CPU_SHA 0x1u
+/* AVX2 with BMI1, BMI2, POPCNT and LZCNT, and an operating system that saves
+   the 256-bit registers (XCR0). */
+#define QV_CPU_AVX2 0x2u
+/* AVX-512 F, BW, VL, VBMI and VBMI2 on top of QV_CPU_AVX2, and an operating
+   system that saves the 512-bit and mask registers (XCR0). */
+#define QV_CPU_AVX512 0x4u
 
 /* The QV_CPU_* extensions this processor offers. When the environment
    variable QVCL3_PORTABLE_CODE is set to anything but "" or "0", none: the

@@ -1,7 +1,9 @@
 #include <qv/text/charset/BTCUTF8.h>
+#include <qv/text/charset/SimdLevel.h>
 
 #include "ConverterSupport.h"
 #include "Simd.h"
+#include "Utf8Kernels.h"
 
 namespace qv::text::charset {
 
@@ -347,6 +349,9 @@ int32_t BTCUTF8::convert(const signed char* inBytes, int32_t* inPos, int32_t inE
                          int32_t outEnd)
 {
     const uint8_t* in = reinterpret_cast<const uint8_t*>(inBytes);
+#if QVCL3_CHARSET_SSE2
+    const SimdLevel level = getUtf8SimdLevel();
+#endif
     return detail::runConversion(
         m_state, inBytes, inPos, inEnd, out, outPos, outEnd, [&](detail::Conversion<State>& c) {
             if (c.state.need != 0 && !continueSequence(c, in, inEnd, out, outEnd)) {
@@ -354,7 +359,12 @@ int32_t BTCUTF8::convert(const signed char* inBytes, int32_t* inPos, int32_t inE
             }
             while (c.ip < inEnd && c.op < outEnd) {
 #if QVCL3_CHARSET_SSE2
-                if (decodeVectorBlocks(in, c.ip, inEnd, out, c.op, outEnd))
+                if (level == SimdLevel::Avx512) {
+                    detail::decodeUtf8Avx512(in, c.ip, inEnd, out, c.op, outEnd);
+                } else if (level == SimdLevel::Avx2) {
+                    detail::decodeUtf8Avx2(in, c.ip, inEnd, out, c.op, outEnd);
+                }
+                if (level == SimdLevel::Scalar || decodeVectorBlocks(in, c.ip, inEnd, out, c.op, outEnd))
 #endif
                 {
                     decodeScalarRun(in, c.ip, inEnd, out, c.op, outEnd);

@@ -1,9 +1,11 @@
 #include <qv/text/charset/CTBUTF8.h>
+#include <qv/text/charset/SimdLevel.h>
 
 #include <cstring>
 
 #include "ConverterSupport.h"
 #include "Simd.h"
+#include "Utf8Kernels.h"
 
 namespace qv::text::charset {
 
@@ -342,18 +344,17 @@ inline bool encodeVectorBlocks(const char16_t* in, int32_t& ip, int32_t inEnd, u
 
 // Runs of non-ASCII characters with room for the longest one; with vector
 // blocks, a return to ASCII goes back to them.
-inline void encodeScalarRun(const char16_t* in, int32_t& ip, int32_t inEnd, uint8_t* out, int32_t& op, int32_t outEnd)
+inline void encodeScalarRun(const char16_t* in, int32_t& ip, int32_t inEnd, uint8_t* out, int32_t& op, int32_t outEnd,
+                            bool vectorBlocks)
 {
     while (ip < inEnd && outEnd - op >= 4) {
         uint32_t c = in[ip];
         if (c < 0x80) {
             out[op++] = static_cast<uint8_t>(c);
             ++ip;
-#if QVCL3_CHARSET_SSE2
-            if (ip < inEnd && in[ip] < 0x80) {
+            if (vectorBlocks && ip < inEnd && in[ip] < 0x80) {
                 break;
             }
-#endif
             continue;
         }
         int32_t units = 1;
@@ -428,6 +429,12 @@ int32_t CTBUTF8::convert(const char16_t* in, int32_t* inPos, int32_t inEnd, sign
                          int32_t outEnd)
 {
     uint8_t* out = reinterpret_cast<uint8_t*>(outBytes);
+#if QVCL3_CHARSET_SSE2
+    const SimdLevel level = getUtf8SimdLevel();
+    const bool vectorBlocks = level != SimdLevel::Scalar;
+#else
+    const bool vectorBlocks = false;
+#endif
     return detail::runConversion(
         m_state, in, inPos, inEnd, outBytes, outPos, outEnd, [&](detail::Conversion<State>& c) {
             if (c.state.high != 0 && (c.ip == inEnd || c.op == outEnd || !finishPair(c, in, out, outEnd))) {
@@ -435,10 +442,15 @@ int32_t CTBUTF8::convert(const char16_t* in, int32_t* inPos, int32_t inEnd, sign
             }
             while (c.ip < inEnd && c.op < outEnd) {
 #if QVCL3_CHARSET_SSE2
-                if (encodeVectorBlocks(in, c.ip, inEnd, out, c.op, outEnd))
+                if (level == SimdLevel::Avx512) {
+                    detail::encodeUtf8Avx512(in, c.ip, inEnd, out, c.op, outEnd);
+                } else if (level == SimdLevel::Avx2) {
+                    detail::encodeUtf8Avx2(in, c.ip, inEnd, out, c.op, outEnd);
+                }
+                if (!vectorBlocks || encodeVectorBlocks(in, c.ip, inEnd, out, c.op, outEnd))
 #endif
                 {
-                    encodeScalarRun(in, c.ip, inEnd, out, c.op, outEnd);
+                    encodeScalarRun(in, c.ip, inEnd, out, c.op, outEnd, vectorBlocks);
                 }
                 if (c.ip >= inEnd || c.op >= outEnd || !encodeCheckedCharacter(c, in, inEnd, out, outEnd)) {
                     break;

@@ -1,0 +1,198 @@
+// The UTF-8 converters at every instruction-set level the processor has,
+// against the scalar level: output, positions and errors must not differ.
+
+#include "ConverterHarness.h"
+
+#include <random>
+
+namespace charset_test {
+namespace {
+
+// One call over all of the input with room for `room` elements, then the
+// rest through the harness in pieces.
+template <typename Out>
+struct Outcome {
+    int32_t ip = 0;
+    int32_t op = 0;
+    std::basic_string<Out> firstCall;
+    std::basic_string<Out> whole;
+    std::string error;
+    bool operator==(const Outcome& o) const
+    {
+        return ip == o.ip && op == o.op && firstCall == o.firstCall && whole == o.whole && error == o.error;
+    }
+};
+
+template <typename Out>
+std::ostream& operator<<(std::ostream& s, const Outcome<Out>& o)
+{
+    return s << "{ip " << o.ip << ", op " << o.op << ", error \"" << o.error << "\"}";
+}
+
+template <typename Converter, typename In, typename Out>
+Outcome<Out> convertAt(SimdLevel level, const std::basic_string<In>& input, int32_t room, int inStep, int outStep)
+{
+    setUtf8SimdLevel(level);
+    Converter c;
+    Outcome<Out> o;
+    std::vector<Out> out(static_cast<size_t>(room));
+    const auto* in = reinterpret_cast<const std::conditional_t<sizeof(In) == 1, signed char, char16_t>*>(input.data());
+    auto* to = reinterpret_cast<std::conditional_t<sizeof(Out) == 1, signed char, char16_t>*>(out.data());
+    try {
+        c.convert(in, &o.ip, static_cast<int32_t>(input.size()), to, &o.op, room);
+        o.firstCall.assign(out.data(), static_cast<size_t>(o.op));
+        c.reset();
+        if constexpr (sizeof(In) == 1) {
+            const Text text = decodeAll(c, input, inStep, outStep);
+            o.whole.assign(text.begin(), text.end());
+        } else {
+            const Bytes bytes = encodeAll(c, input, inStep, outStep);
+            o.whole.assign(bytes.begin(), bytes.end());
+        }
+    } catch (const InvalidCharacterException& e) {
+        o.error = messageOf(e);
+    }
+    return o;
+}
+
+class CharsetSimdLevels : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        m_initial = getUtf8SimdLevel();
+        for (SimdLevel level : {SimdLevel::Sse2, SimdLevel::Avx2, SimdLevel::Avx512}) {
+            if (setUtf8SimdLevel(level) == level) {
+                m_levels.push_back(level);
+            }
+        }
+    }
+    void TearDown() override { setUtf8SimdLevel(m_initial); }
+
+    std::vector<SimdLevel> m_levels;
+    std::mt19937 m_random{23};
+
+private:
+    SimdLevel m_initial = SimdLevel::Scalar;
+};
+
+uint32_t randomCharacter(std::mt19937& random, int kind)
+{
+    switch (kind) {
+    case 0: return random() % 0x80;
+    case 1: return 0x80 + random() % 0x780;
+    case 2: {
+        const uint32_t cp = 0x800 + random() % 0xF800;
+        return cp >= 0xD800 && cp < 0xE000 ? cp + 0x800 : cp;
+    }
+    default: return 0x10000 + random() % 0x100000;
+    }
+}
+
+// Text of one kind of character with another kind sprinkled in: every mix
+// the block loops tell apart, with the edge values of each range now and then.
+std::u16string randomText(std::mt19937& random, size_t length)
+{
+    static const uint32_t edges[] = {0x7F, 0x80, 0x7FF, 0x800, 0xD7FF, 0xE000, 0xFFFF, 0x10000, 0x10FFFF};
+    const int main = static_cast<int>(random() % 4);
+    const int other = static_cast<int>(random() % 4);
+    const uint32_t every = 1 + random() % 8;
+    std::u16string text;
+    while (text.size() < length) {
+        uint32_t cp = randomCharacter(random, random() % every == 0 ? other : main);
+        if (random() % 64 == 0) {
+            cp = edges[random() % 9];
+        }
+        text += utf16({static_cast<char32_t>(cp)});
+    }
+    return text;
+}
+
+Bytes utf8Of(const std::u16string& text)
+{
+    CTBUTF8 encoder;
+    return encodeAll(encoder, text);
+}
+
+// Lengths around every block width (16, 32 and 64 elements, and the room the
+// loops want behind a block) and a few longer ones.
+std::vector<size_t> lengths()
+{
+    std::vector<size_t> sizes;
+    for (size_t width : {16, 32, 48, 64, 96, 128, 192}) {
+        for (size_t d = 0; d < 6; ++d) {
+            sizes.push_back(width + d - 3);
+        }
+    }
+    sizes.insert(sizes.end(), {0, 1, 2, 3, 5, 300, 1000});
+    return sizes;
+}
+
+TEST_F(CharsetSimdLevels, DecodingMatchesTheScalarLevelOnValidAndBrokenInput)
+{
+    static const Bytes faults[] = {"\x80",         "\xBF",     "\xC0\xAF",         "\xC1",    "\xE0\x9F\xBF",
+                                   "\xED\xA0\x80", "\xF0\x8F", "\xF4\x90\x80\x80", "\xF5",    "\xFF",
+                                   "\xC3",         "\xE2\x82", "\xF0\x9F\x98",     "\xC3\xC3"};
+    for (size_t length : lengths()) {
+        for (int round = 0; round < 12; ++round) {
+            Bytes bytes = utf8Of(randomText(m_random, length));
+            if (round % 3 != 0 && !bytes.empty()) {
+                // A fault anywhere: replacing, inserting or cutting.
+                const size_t at = m_random() % bytes.size();
+                const Bytes& fault = faults[m_random() % (sizeof faults / sizeof faults[0])];
+                if (round % 3 == 1) {
+                    bytes.replace(at, fault.size(), fault);
+                } else {
+                    bytes.insert(at, fault);
+                }
+            }
+            const int32_t room = static_cast<int32_t>(m_random() % (bytes.size() + 8)) + 1;
+            const int inStep = 1 + static_cast<int>(m_random() % 200);
+            const int outStep = 1 + static_cast<int>(m_random() % 200);
+            const auto scalar = convertAt<BTCUTF8, char, char16_t>(SimdLevel::Scalar, bytes, room, inStep, outStep);
+            for (SimdLevel level : m_levels) {
+                SCOPED_TRACE(testing::Message()
+                             << "level " << static_cast<int>(level) << ", length " << length << ", room " << room);
+                EXPECT_EQ(scalar, (convertAt<BTCUTF8, char, char16_t>(level, bytes, room, inStep, outStep)));
+            }
+        }
+    }
+}
+
+TEST_F(CharsetSimdLevels, EncodingMatchesTheScalarLevelOnValidAndBrokenInput)
+{
+    for (size_t length : lengths()) {
+        for (int round = 0; round < 12; ++round) {
+            std::u16string text = randomText(m_random, length);
+            if (round % 3 != 0 && !text.empty()) {
+                // A lone surrogate, or a pair turned round.
+                const size_t at = m_random() % text.size();
+                if (round % 3 == 1) {
+                    text[at] = static_cast<char16_t>(0xD800 + m_random() % 0x800);
+                } else {
+                    text.insert(at, u"\xDC00\xD800");
+                }
+            }
+            const int32_t room = static_cast<int32_t>(m_random() % (3 * text.size() + 8)) + 1;
+            const int inStep = 1 + static_cast<int>(m_random() % 200);
+            const int outStep = 1 + static_cast<int>(m_random() % 200);
+            const auto scalar = convertAt<CTBUTF8, char16_t, char>(SimdLevel::Scalar, text, room, inStep, outStep);
+            for (SimdLevel level : m_levels) {
+                SCOPED_TRACE(testing::Message()
+                             << "level " << static_cast<int>(level) << ", length " << length << ", room " << room);
+                EXPECT_EQ(scalar, (convertAt<CTBUTF8, char16_t, char>(level, text, room, inStep, outStep)));
+            }
+        }
+    }
+}
+
+TEST_F(CharsetSimdLevels, ALevelAboveTheProcessorsIsLoweredAndTheScalarLevelIsAlwaysThere)
+{
+    EXPECT_EQ(SimdLevel::Scalar, setUtf8SimdLevel(SimdLevel::Scalar));
+    EXPECT_EQ(SimdLevel::Scalar, getUtf8SimdLevel());
+    const SimdLevel best = setUtf8SimdLevel(SimdLevel::Avx512);
+    EXPECT_EQ(best, getUtf8SimdLevel());
+    EXPECT_EQ(m_levels.empty() ? SimdLevel::Scalar : m_levels.back(), best);
+}
+
+} // namespace
+} // namespace charset_test
