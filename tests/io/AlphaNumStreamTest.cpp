@@ -67,7 +67,7 @@ TEST(AlphaNumOutputStream, MatchesCoreutilsBase32WithItsAlphabet)
     // base32's output without the '=' padding.
     const char16_t base32Alphabet[] = u"ABCDEFGHIJKLMNOPQRSTUVWXYZ234567";
     std::mt19937 random(99);
-    std::vector<signed char> data(1000);
+    std::vector<signed char> data(20003);
     for (auto& b : data)
         b = static_cast<signed char>(random());
     char path[] = "/tmp/qvcl3-alphanum-XXXXXX";

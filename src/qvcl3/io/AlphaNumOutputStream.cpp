@@ -3,6 +3,8 @@
 #include "io/AlphaNumAlphabet.h"
 #include "io/StreamSupport.h"
 
+#include <cstring>
+
 namespace qv {
 namespace io {
 
@@ -34,24 +36,43 @@ void AlphaNumOutputStream::write(const signed char* buffer, int32_t count)
     int32_t length = 0;
     unsigned previous = m_previous;
     int p = m_groupPos;
+    constexpr int32_t kPairsWorthIt = 4096;
+    signed char pairs[1024][2];
+    bool pairsReady = false;
     for (int32_t i = 0; i < count; ++i) {
-        // A whole group at a group boundary: the 40 bits at once.
-        if (p == 0 && count - i >= 5 && length <= kBlock - 8) {
-            const unsigned char* g = reinterpret_cast<const unsigned char*>(buffer + i);
-            const uint64_t bits =
-                (uint64_t(g[0]) << 32) | (uint64_t(g[1]) << 24) | (uint64_t(g[2]) << 16) | (uint64_t(g[3]) << 8) | g[4];
-            for (int k = 0; k < 8; ++k)
-                text[length + k] = m_alphabet[(bits >> (35 - 5 * k)) & 31];
-            length += 8;
-            previous = g[4];
-            i += 4;
-            if (length >= kBlock) {
-                m_previous = previous;
-                m_groupPos = p;
-                m_out->write(text, length);
-                length = 0;
+        // Whole groups at a group boundary: 40 bits at once, two characters
+        // a lookup when the write is long enough to pay for the pair table.
+        if (p == 0 && count - i >= 5) {
+            if (!pairsReady && count - i >= kPairsWorthIt) {
+                for (int index = 0; index < 1024; ++index) {
+                    pairs[index][0] = m_alphabet[index >> 5];
+                    pairs[index][1] = m_alphabet[index & 31];
+                }
+                pairsReady = true;
             }
-            continue;
+            while (count - i >= 5) {
+                if (length > kBlock - 8) {
+                    m_previous = previous;
+                    m_groupPos = p;
+                    m_out->write(text, length);
+                    length = 0;
+                }
+                const unsigned char* g = reinterpret_cast<const unsigned char*>(buffer + i);
+                const uint64_t bits = (uint64_t(g[0]) << 32) | (uint64_t(g[1]) << 24) | (uint64_t(g[2]) << 16) |
+                                      (uint64_t(g[3]) << 8) | g[4];
+                if (pairsReady) {
+                    for (int k = 0; k < 4; ++k)
+                        std::memcpy(text + length + 2 * k, pairs[(bits >> (30 - 10 * k)) & 1023], 2);
+                } else {
+                    for (int k = 0; k < 8; ++k)
+                        text[length + k] = m_alphabet[(bits >> (35 - 5 * k)) & 31];
+                }
+                length += 8;
+                previous = g[4];
+                i += 5;
+            }
+            if (i == count)
+                break;
         }
         const unsigned b = static_cast<unsigned char>(buffer[i]);
         switch (p) {
