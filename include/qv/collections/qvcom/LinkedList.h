@@ -40,8 +40,10 @@ public:
     Reference<IQVUnknown> removeAt(int32_t index) override;
     void clear() override;
 
-    Reference<AbstractIterator> createIterator() override;
-    Reference<AbstractIterator> createConstIterator() const override;
+    // Steps in constant time each way; reaching the start index walks from
+    // the nearer end.
+    Reference<AbstractListIterator> createListIterator(int32_t index = 0) override;
+    Reference<AbstractListIterator> createConstListIterator(int32_t index = 0) const override;
 
 private:
     friend class LinkedListIterator;
@@ -63,23 +65,30 @@ private:
     int32_t m_size = 0;
 };
 
-// The iterator of a LinkedList: fail-fast, throwing IllegalStateException
-// from next() once the list has been changed other than through it.
-class QV_EXPORT LinkedListIterator final : public AbstractIterator {
+// The list iterator of a LinkedList: it keeps the link after the cursor and
+// the cursor's position, so each step, set, add and remove is constant time.
+class QV_EXPORT LinkedListIterator final : public AbstractListIterator {
 public:
-    LinkedListIterator(LinkedList* list, bool readOnly);
+    LinkedListIterator(LinkedList* list, int32_t index, bool readOnly);
     ~LinkedListIterator() override;
 
-    // Also true once the list has changed behind the iterator's back, so that
-    // the following next() reports it.
     bool hasNext() override;
     Reference<IQVUnknown> next() override;
     void remove() override;
+    bool hasPrevious() override;
+    Reference<IQVUnknown> previous() override;
+    int32_t nextIndex() const override { return m_nextIndex; }
+    Reference<IQVUnknown> set(IQVUnknown* element) override;
+    void add(IQVUnknown* element) override;
 
 private:
+    void checkForChange() const;
+    void checkWritable() const;
+
     CollectionHold<LinkedList> m_list;
     int32_t m_expectedModCount;
     LinkedList::Link* m_next;
+    int32_t m_nextIndex;
     LinkedList::Link* m_lastReturned = nullptr;
     bool m_readOnly;
 };
