@@ -8,6 +8,7 @@
 #include <qv/collections/qvcom/HashSet.h>
 #include <qv/collections/qvcom/IQVComparator.h>
 #include <qv/collections/qvcom/LinkedList.h>
+#include <qv/collections/qvcom/MapViews.h>
 #include <qv/collections/qvcom/SubList.h>
 
 namespace qv {
@@ -35,6 +36,9 @@ const ClassTableRow g_collectionsClassRows[] = {
     QV_CLASS_ROW(collections::qvcom::HashSet),
     QV_CLASS_ROW_NO_CREATOR(collections::qvcom::IndexedListIterator),
     QV_CLASS_ROW(collections::qvcom::LinkedList),
+    QV_CLASS_ROW_NO_CREATOR(collections::qvcom::MapKeySet),
+    QV_CLASS_ROW_NO_CREATOR(collections::qvcom::MapValues),
+    QV_CLASS_ROW_NO_CREATOR(collections::qvcom::MapViewIterator),
     QV_CLASS_ROW_NO_CREATOR(collections::qvcom::LinkedListIterator),
     QV_CLASS_ROW_NO_CREATOR(collections::qvcom::StringComparator),
     QV_CLASS_ROW_NO_CREATOR(collections::qvcom::SubList),

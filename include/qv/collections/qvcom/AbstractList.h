@@ -53,7 +53,10 @@ public:
 
     // Another List of equal elements in the same order.
     bool equals(const Object& other) const override;
-    // h = 31 * h + hash(element) over the elements, from 1.
+    // h = 31 * h + hash(element) over the elements, from 1. A collection that
+    // meets itself again while its hash code is worked out (it contains
+    // itself, directly or through other collections) counts 0 there; a pair
+    // met again while being compared counts as equal (equals) or 0 (compareTo).
     uint32_t hashCode() const override;
     // Against another List: element by element, the first unequal pair
     // decides (by its IQVComparable order where the element has one, by

@@ -108,6 +108,9 @@ bool AbstractList::equals(const Object& other) const
     const List* list = dynamic_cast<const List*>(&other);
     if (!list || sizeOf(*list) != getSize())
         return false;
+    CycleGuard guard(CycleGuard::EQUALS, this, &other);
+    if (guard.isRepeat())
+        return true;
     Reference<AbstractIterator> mine = createConstIterator();
     ElementWalk theirs(*list);
     while (mine->hasNext() && theirs.hasNext()) {
@@ -119,12 +122,13 @@ bool AbstractList::equals(const Object& other) const
 
 uint32_t AbstractList::hashCode() const
 {
+    CycleGuard guard(CycleGuard::HASH, this);
+    if (guard.isRepeat())
+        return 0;
     uint32_t hash = 1;
     Reference<AbstractIterator> it = createConstIterator();
-    while (it->hasNext()) {
-        Reference<IQVUnknown> element = it->next();
-        hash = 31u * hash + (isSelf(element.get()) ? 0u : elementHash(element.get()));
-    }
+    while (it->hasNext())
+        hash = 31u * hash + elementHash(it->next().get());
     return hash;
 }
 
@@ -135,6 +139,9 @@ int AbstractList::compareTo(const Object& other) const
     const List* list = dynamic_cast<const List*>(&other);
     if (!list)
         return Object::compareTo(other);
+    CycleGuard guard(CycleGuard::ORDER, this, &other);
+    if (guard.isRepeat())
+        return 0;
     Reference<AbstractIterator> mine = createConstIterator();
     ElementWalk theirs(*list);
     while (mine->hasNext() && theirs.hasNext()) {

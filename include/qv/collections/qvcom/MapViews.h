@@ -1,0 +1,67 @@
+#ifndef QV_COLLECTIONS_QVCOM_MAPVIEWS_H
+#define QV_COLLECTIONS_QVCOM_MAPVIEWS_H
+
+#include <qv/collections/qvcom/AbstractMap.h>
+
+namespace qv {
+namespace collections {
+namespace qvcom {
+
+// Walks a map's keys or values through its entry iterator, for maps that
+// have no walk of their own for them (AbstractMap::createViewIterator).
+class QV_EXPORT MapViewIterator final : public AbstractIterator {
+public:
+    MapViewIterator(Reference<AbstractIterator> entries, int32_t kind);
+    ~MapViewIterator() override;
+
+    bool hasNext() override;
+    Reference<IQVUnknown> next() override;
+    void remove() override;
+
+private:
+    Reference<AbstractIterator> m_entries;
+    int32_t m_kind;
+};
+
+// The live set of a map's keys (AbstractMap::keySet): size, contains, remove
+// and clear go to the map; the iterators walk the map in its own order and
+// remove from it. Adding is refused with UnsupportedOperationException.
+class QV_EXPORT MapKeySet final : public AbstractSet {
+public:
+    explicit MapKeySet(AbstractMap* map);
+    ~MapKeySet() override;
+
+    int32_t getSize() const override;
+    bool contains(const IQVUnknown* element) const override;
+    bool remove(const IQVUnknown* element) override;
+    void clear() override;
+    Reference<AbstractIterator> createIterator() override;
+    Reference<AbstractIterator> createConstIterator() const override;
+
+private:
+    CollectionHold<AbstractMap> m_map;
+};
+
+// The live collection of a map's values (AbstractMap::values), one element
+// per entry, in the map's order. remove(value) removes the first entry, in
+// that order, whose value is equal. Adding is refused.
+class QV_EXPORT MapValues final : public AbstractCollection {
+public:
+    explicit MapValues(AbstractMap* map);
+    ~MapValues() override;
+
+    int32_t getSize() const override;
+    bool contains(const IQVUnknown* element) const override;
+    void clear() override;
+    Reference<AbstractIterator> createIterator() override;
+    Reference<AbstractIterator> createConstIterator() const override;
+
+private:
+    CollectionHold<AbstractMap> m_map;
+};
+
+} // namespace qvcom
+} // namespace collections
+} // namespace qv
+
+#endif
