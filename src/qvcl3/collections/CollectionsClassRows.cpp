@@ -10,6 +10,7 @@
 #include <qv/collections/qvcom/LinkedList.h>
 #include <qv/collections/qvcom/MapViews.h>
 #include <qv/collections/qvcom/SubList.h>
+#include <qv/collections/qvcom/Unmodifiable.h>
 
 namespace qv {
 namespace detail {
@@ -36,12 +37,18 @@ const ClassTableRow g_collectionsClassRows[] = {
     QV_CLASS_ROW(collections::qvcom::HashSet),
     QV_CLASS_ROW_NO_CREATOR(collections::qvcom::IndexedListIterator),
     QV_CLASS_ROW(collections::qvcom::LinkedList),
+    QV_CLASS_ROW_NO_CREATOR(collections::qvcom::LinkedListIterator),
+    QV_CLASS_ROW_NO_CREATOR(collections::qvcom::MapEntrySet),
     QV_CLASS_ROW_NO_CREATOR(collections::qvcom::MapKeySet),
     QV_CLASS_ROW_NO_CREATOR(collections::qvcom::MapValues),
     QV_CLASS_ROW_NO_CREATOR(collections::qvcom::MapViewIterator),
-    QV_CLASS_ROW_NO_CREATOR(collections::qvcom::LinkedListIterator),
+    QV_CLASS_ROW_NO_CREATOR(collections::qvcom::NaturalOrdering),
     QV_CLASS_ROW_NO_CREATOR(collections::qvcom::StringComparator),
     QV_CLASS_ROW_NO_CREATOR(collections::qvcom::SubList),
+    QV_CLASS_ROW_NO_CREATOR(collections::qvcom::UnmodifiableCollection),
+    QV_CLASS_ROW_NO_CREATOR(collections::qvcom::UnmodifiableList),
+    QV_CLASS_ROW_NO_CREATOR(collections::qvcom::UnmodifiableMap),
+    QV_CLASS_ROW_NO_CREATOR(collections::qvcom::UnmodifiableSet),
     QV_CLASS_TABLE_END,
 };
 // clang-format on

@@ -45,7 +45,7 @@ public:
     // through the view makes every later use of the view throw
     // IllegalStateException. RangeErrorException unless
     // 0 <= from <= to <= size.
-    Reference<AbstractList> subList(int32_t from, int32_t to);
+    virtual Reference<AbstractList> subList(int32_t from, int32_t to);
 
     // Counts structural changes (insertions and removals, not replacements);
     // the iterators compare it.

@@ -60,6 +60,26 @@ private:
     CollectionHold<AbstractMap> m_map;
 };
 
+// The live set of a map's entries for maps without an entry set of their own
+// (HashMap has HashMapEntrySet): contains asks the map for the entry's key
+// and compares the values, remove removes the key, the iterators are the
+// map's entry walk.
+class QV_EXPORT MapEntrySet final : public AbstractSet {
+public:
+    explicit MapEntrySet(AbstractMap* map);
+    ~MapEntrySet() override;
+
+    int32_t getSize() const override;
+    bool contains(const IQVUnknown* element) const override;
+    bool remove(const IQVUnknown* element) override;
+    void clear() override;
+    Reference<AbstractIterator> createIterator() override;
+    Reference<AbstractIterator> createConstIterator() const override;
+
+private:
+    CollectionHold<AbstractMap> m_map;
+};
+
 } // namespace qvcom
 } // namespace collections
 } // namespace qv

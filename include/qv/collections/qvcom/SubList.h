@@ -32,6 +32,9 @@ private:
     void followStructuralChange(int32_t sizeChange) noexcept;
 
     CollectionHold<AbstractList> m_list;
+    // The list when it is a sublist itself: its own check comes first, so
+    // that a change below it reaches every view stacked on it.
+    const SubList* m_outer;
     int32_t m_offset;
     int32_t m_size;
     int32_t m_expectedModCount;

@@ -2,6 +2,8 @@
 
 #include "collections/qvcom/Elements.h"
 
+#include <qv/core/Boundary.h>
+
 #include <utility>
 
 namespace qv {
@@ -97,6 +99,52 @@ Reference<AbstractIterator> MapValues::createIterator()
 Reference<AbstractIterator> MapValues::createConstIterator() const
 {
     return m_map->createViewIterator(AbstractMap::VALUES, true);
+}
+
+MapEntrySet::MapEntrySet(AbstractMap* map) : m_map(map) {}
+
+MapEntrySet::~MapEntrySet() = default;
+
+int32_t MapEntrySet::getSize() const
+{
+    return m_map->getSize();
+}
+
+bool MapEntrySet::contains(const IQVUnknown* element) const
+{
+    Reference<IQVUnknown> key;
+    Reference<IQVUnknown> value;
+    if (!readEntry(element, key, value) || !m_map->containsKey(key.get()))
+        return false;
+    bool equal = false;
+    ::qv::qvcom::throwIfFailed(m_map->getValueComparator()->Equals(value.get(), m_map->get(key.get()).get(), &equal));
+    return equal;
+}
+
+bool MapEntrySet::remove(const IQVUnknown* element)
+{
+    if (!contains(element))
+        return false;
+    Reference<IQVUnknown> key;
+    Reference<IQVUnknown> value;
+    readEntry(element, key, value);
+    m_map->remove(key.get());
+    return true;
+}
+
+void MapEntrySet::clear()
+{
+    m_map->clear();
+}
+
+Reference<AbstractIterator> MapEntrySet::createIterator()
+{
+    return m_map->createViewIterator(AbstractMap::ENTRIES, false);
+}
+
+Reference<AbstractIterator> MapEntrySet::createConstIterator() const
+{
+    return m_map->createViewIterator(AbstractMap::ENTRIES, true);
 }
 
 } // namespace qvcom

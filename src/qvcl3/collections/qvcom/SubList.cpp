@@ -8,10 +8,11 @@ namespace collections {
 namespace qvcom {
 
 SubList::SubList(AbstractList* list, int32_t from, int32_t to)
-    : AbstractList(list->getComparator()), m_list(list), m_offset(from), m_size(to - from),
-      m_expectedModCount(list->getModCount())
+    : AbstractList(list->getComparator()), m_list(list), m_outer(dynamic_cast<const SubList*>(list)), m_offset(from),
+      m_size(to - from), m_expectedModCount(list->getModCount())
 {
-    const int32_t size = list->getSize();
+    checkForChange();
+    const int32_t size = m_list->getSize();
     if (from < 0 || from > to || to > size) {
         String message;
         message.format(u"sublist [{0}, {1}) outside [0, {2}]", -1, String::valueOf(from), String::valueOf(to),
@@ -24,6 +25,8 @@ SubList::~SubList() = default;
 
 void SubList::checkForChange() const
 {
+    if (m_outer)
+        m_outer->checkForChange();
     if (m_expectedModCount != m_list->getModCount())
         throw IllegalStateException(QV_STR(u"the backing list changed behind the sublist"));
 }
