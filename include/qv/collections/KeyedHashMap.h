@@ -35,6 +35,14 @@ public:
     public:
         const Key& getKey() const noexcept { return m_key; }
         const Reference<IQVUnknown>& getValue() const noexcept { return m_value; }
+        // Replaces the value in the map (not a structural change); returns
+        // the old one.
+        Reference<IQVUnknown> setValue(IQVUnknown* value) noexcept
+        {
+            Reference<IQVUnknown> previous(value);
+            m_value.swap(previous);
+            return previous;
+        }
 
     private:
         friend class KeyedHashMap;
@@ -57,6 +65,101 @@ public:
 
     private:
         HashCursor m_cursor;
+    };
+
+    // Live views of the keys, the values and the entries (keySet(),
+    // values(), entrySet()). They walk the map in its own order with the
+    // fail-fast cursor of Iterator, and what is removed through them or
+    // their iterators is removed from the map; Entry::setValue on an entry
+    // of the entry walk writes through. The map must outlive them. Each view
+    // has getSize, clear, createIterator (hasNext, next, remove) and, where
+    // it means something, contains and remove.
+    class KeySet {
+    public:
+        class Iterator {
+        public:
+            explicit Iterator(KeyedHashMap& map) noexcept : m_cursor(map.m_table) {}
+            bool hasNext() noexcept { return m_cursor.hasNext(); }
+            const Key& next() { return entryOf(m_cursor.next())->m_key; }
+            void remove() { m_cursor.remove(); }
+
+        private:
+            HashCursor m_cursor;
+        };
+
+        explicit KeySet(KeyedHashMap& map) noexcept : m_map(&map) {}
+        int32_t getSize() const noexcept { return m_map->getSize(); }
+        bool contains(const Key& key) const { return m_map->containsKey(key); }
+        bool remove(const Key& key)
+        {
+            if (!m_map->containsKey(key))
+                return false;
+            m_map->remove(key);
+            return true;
+        }
+        void clear() { m_map->clear(); }
+        Iterator createIterator() const noexcept { return Iterator(*m_map); }
+
+    private:
+        KeyedHashMap* m_map;
+    };
+
+    class Values {
+    public:
+        class Iterator {
+        public:
+            explicit Iterator(KeyedHashMap& map) noexcept : m_cursor(map.m_table) {}
+            bool hasNext() noexcept { return m_cursor.hasNext(); }
+            const Reference<IQVUnknown>& next() { return entryOf(m_cursor.next())->m_value; }
+            void remove() { m_cursor.remove(); }
+
+        private:
+            HashCursor m_cursor;
+        };
+
+        explicit Values(KeyedHashMap& map) noexcept : m_map(&map) {}
+        int32_t getSize() const noexcept { return m_map->getSize(); }
+        bool contains(const IQVUnknown* value) const { return m_map->containsValue(value); }
+        // Removes the first entry, in the map's order, whose value is equal
+        // (default comparator).
+        bool remove(const IQVUnknown* value)
+        {
+            for (Iterator it(*m_map); it.hasNext();) {
+                if (valuesEqual(value, it.next().get())) {
+                    it.remove();
+                    return true;
+                }
+            }
+            return false;
+        }
+        void clear() { m_map->clear(); }
+        Iterator createIterator() const noexcept { return Iterator(*m_map); }
+
+    private:
+        KeyedHashMap* m_map;
+    };
+
+    class EntrySet {
+    public:
+        class Iterator {
+        public:
+            explicit Iterator(KeyedHashMap& map) noexcept : m_cursor(map.m_table) {}
+            bool hasNext() noexcept { return m_cursor.hasNext(); }
+            // Valid until the map changes structurally.
+            Entry& next() { return *entryOf(m_cursor.next()); }
+            void remove() { m_cursor.remove(); }
+
+        private:
+            HashCursor m_cursor;
+        };
+
+        explicit EntrySet(KeyedHashMap& map) noexcept : m_map(&map) {}
+        int32_t getSize() const noexcept { return m_map->getSize(); }
+        void clear() { m_map->clear(); }
+        Iterator createIterator() const noexcept { return Iterator(*m_map); }
+
+    private:
+        KeyedHashMap* m_map;
     };
 
     explicit KeyedHashMap(int32_t capacity = DEFAULT_CAPACITY, float load = DEFAULT_LOAD)
@@ -90,12 +193,9 @@ public:
     // By the default comparator.
     bool containsValue(const IQVUnknown* value) const
     {
-        const qvcom::IQVComparator* comparator = qvcom::GetDefaultComparator();
         for (int32_t i = m_table.getCapacity() - 1; i >= 0; --i) {
             for (HashNode* node = m_table.getBucket(i); node; node = node->next) {
-                bool equal = false;
-                ::qv::qvcom::throwIfFailed(comparator->Equals(value, entryOf(node)->m_value.get(), &equal));
-                if (equal)
+                if (valuesEqual(value, entryOf(node)->m_value.get()))
                     return true;
             }
         }
@@ -137,8 +237,17 @@ public:
     void clear() { m_table.clear(); }
 
     Iterator createIterator() noexcept { return Iterator(*this); }
+    KeySet keySet() noexcept { return KeySet(*this); }
+    Values values() noexcept { return Values(*this); }
+    EntrySet entrySet() noexcept { return EntrySet(*this); }
 
 private:
+    static bool valuesEqual(const IQVUnknown* a, const IQVUnknown* b)
+    {
+        bool equal = false;
+        ::qv::qvcom::throwIfFailed(qvcom::GetDefaultComparator()->Equals(a, b, &equal));
+        return equal;
+    }
     static Entry* entryOf(HashNode* node) noexcept { return static_cast<Entry*>(node); }
     static const Entry* entryOf(const HashNode* node) noexcept { return static_cast<const Entry*>(node); }
     static void destroyEntry(HashNode* node) noexcept { delete entryOf(node); }
