@@ -74,6 +74,9 @@ public:
 
     bool hasNext() override;
     Reference<IQVUnknown> next() override;
+    // next() without a reference of the caller's own: the element stays
+    // valid until the list changes. Same checks and failures as next().
+    IQVUnknown* nextBorrowed();
     void remove() override;
     bool hasPrevious() override;
     Reference<IQVUnknown> previous() override;

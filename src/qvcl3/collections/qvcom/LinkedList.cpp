@@ -220,13 +220,18 @@ bool LinkedListIterator::hasPrevious()
 
 Reference<IQVUnknown> LinkedListIterator::next()
 {
+    return Reference<IQVUnknown>(nextBorrowed());
+}
+
+IQVUnknown* LinkedListIterator::nextBorrowed()
+{
     checkForChange();
     if (m_next == &m_list->m_header)
         LinkedList::throwNoMoreElements();
     m_lastReturned = m_next;
     m_next = m_next->next;
     ++m_nextIndex;
-    return static_cast<LinkedList::Node*>(m_lastReturned)->element;
+    return static_cast<LinkedList::Node*>(m_lastReturned)->element.get();
 }
 
 Reference<IQVUnknown> LinkedListIterator::previous()
