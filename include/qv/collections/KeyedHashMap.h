@@ -74,57 +74,65 @@ public:
     // of the entry walk writes through. The map must outlive them. Each view
     // has getSize, clear, createIterator (hasNext, next, remove) and, where
     // it means something, contains and remove.
-    class KeySet {
+    // The walk of the views: the fail-fast cursor of Iterator, handing out
+    // what Part takes from each entry (valid until the map changes).
+    template <class Part>
+    class ViewIterator {
     public:
-        class Iterator {
-        public:
-            explicit Iterator(KeyedHashMap& map) noexcept : m_cursor(map.m_table) {}
-            bool hasNext() noexcept { return m_cursor.hasNext(); }
-            const Key& next() { return entryOf(m_cursor.next())->m_key; }
-            void remove() { m_cursor.remove(); }
+        explicit ViewIterator(KeyedHashMap& map) noexcept : m_cursor(map.m_table) {}
+        bool hasNext() noexcept { return m_cursor.hasNext(); }
+        decltype(auto) next() { return Part::of(*entryOf(m_cursor.next())); }
+        void remove() { m_cursor.remove(); }
 
-        private:
-            HashCursor m_cursor;
-        };
+    private:
+        HashCursor m_cursor;
+    };
+    struct KeyPart {
+        static const Key& of(Entry& entry) noexcept { return entry.getKey(); }
+    };
+    struct ValuePart {
+        static const Reference<IQVUnknown>& of(Entry& entry) noexcept { return entry.getValue(); }
+    };
+    struct EntryPart {
+        static Entry& of(Entry& entry) noexcept { return entry; }
+    };
 
-        explicit KeySet(KeyedHashMap& map) noexcept : m_map(&map) {}
+    template <class Part>
+    class View {
+    public:
+        typedef ViewIterator<Part> Iterator;
+
+        explicit View(KeyedHashMap& map) noexcept : m_map(&map) {}
         int32_t getSize() const noexcept { return m_map->getSize(); }
-        bool contains(const Key& key) const { return m_map->containsKey(key); }
-        bool remove(const Key& key)
-        {
-            if (!m_map->containsKey(key))
-                return false;
-            m_map->remove(key);
-            return true;
-        }
         void clear() { m_map->clear(); }
         Iterator createIterator() const noexcept { return Iterator(*m_map); }
 
-    private:
+    protected:
         KeyedHashMap* m_map;
     };
 
-    class Values {
+    class KeySet : public View<KeyPart> {
     public:
-        class Iterator {
-        public:
-            explicit Iterator(KeyedHashMap& map) noexcept : m_cursor(map.m_table) {}
-            bool hasNext() noexcept { return m_cursor.hasNext(); }
-            const Reference<IQVUnknown>& next() { return entryOf(m_cursor.next())->m_value; }
-            void remove() { m_cursor.remove(); }
+        using View<KeyPart>::View;
+        bool contains(const Key& key) const { return this->m_map->containsKey(key); }
+        bool remove(const Key& key)
+        {
+            if (!this->m_map->containsKey(key))
+                return false;
+            this->m_map->remove(key);
+            return true;
+        }
+    };
 
-        private:
-            HashCursor m_cursor;
-        };
-
-        explicit Values(KeyedHashMap& map) noexcept : m_map(&map) {}
-        int32_t getSize() const noexcept { return m_map->getSize(); }
-        bool contains(const IQVUnknown* value) const { return m_map->containsValue(value); }
+    class Values : public View<ValuePart> {
+    public:
+        using View<ValuePart>::View;
+        bool contains(const IQVUnknown* value) const { return this->m_map->containsValue(value); }
         // Removes the first entry, in the map's order, whose value is equal
         // (default comparator).
         bool remove(const IQVUnknown* value)
         {
-            for (Iterator it(*m_map); it.hasNext();) {
+            for (typename View<ValuePart>::Iterator it(*this->m_map); it.hasNext();) {
                 if (valuesEqual(value, it.next().get())) {
                     it.remove();
                     return true;
@@ -132,35 +140,9 @@ public:
             }
             return false;
         }
-        void clear() { m_map->clear(); }
-        Iterator createIterator() const noexcept { return Iterator(*m_map); }
-
-    private:
-        KeyedHashMap* m_map;
     };
 
-    class EntrySet {
-    public:
-        class Iterator {
-        public:
-            explicit Iterator(KeyedHashMap& map) noexcept : m_cursor(map.m_table) {}
-            bool hasNext() noexcept { return m_cursor.hasNext(); }
-            // Valid until the map changes structurally.
-            Entry& next() { return *entryOf(m_cursor.next()); }
-            void remove() { m_cursor.remove(); }
-
-        private:
-            HashCursor m_cursor;
-        };
-
-        explicit EntrySet(KeyedHashMap& map) noexcept : m_map(&map) {}
-        int32_t getSize() const noexcept { return m_map->getSize(); }
-        void clear() { m_map->clear(); }
-        Iterator createIterator() const noexcept { return Iterator(*m_map); }
-
-    private:
-        KeyedHashMap* m_map;
-    };
+    typedef View<EntryPart> EntrySet;
 
     explicit KeyedHashMap(int32_t capacity = DEFAULT_CAPACITY, float load = DEFAULT_LOAD)
         : m_table(capacity, load, &destroyEntry, keyOrder())

@@ -35,14 +35,9 @@ void MapViewIterator::remove()
     m_entries->remove();
 }
 
-MapKeySet::MapKeySet(AbstractMap* map) : AbstractSet(map->getKeyComparator()), m_map(map) {}
+MapKeySet::MapKeySet(AbstractMap* map) : MapView(map, map->getKeyComparator()) {}
 
 MapKeySet::~MapKeySet() = default;
-
-int32_t MapKeySet::getSize() const
-{
-    return m_map->getSize();
-}
 
 bool MapKeySet::contains(const IQVUnknown* element) const
 {
@@ -57,58 +52,18 @@ bool MapKeySet::remove(const IQVUnknown* element)
     return true;
 }
 
-void MapKeySet::clear()
-{
-    m_map->clear();
-}
-
-Reference<AbstractIterator> MapKeySet::createIterator()
-{
-    return m_map->createViewIterator(AbstractMap::KEYS, false);
-}
-
-Reference<AbstractIterator> MapKeySet::createConstIterator() const
-{
-    return m_map->createViewIterator(AbstractMap::KEYS, true);
-}
-
-MapValues::MapValues(AbstractMap* map) : AbstractCollection(map->getValueComparator()), m_map(map) {}
+MapValues::MapValues(AbstractMap* map) : MapView(map, map->getValueComparator()) {}
 
 MapValues::~MapValues() = default;
-
-int32_t MapValues::getSize() const
-{
-    return m_map->getSize();
-}
 
 bool MapValues::contains(const IQVUnknown* element) const
 {
     return m_map->containsValue(element);
 }
 
-void MapValues::clear()
-{
-    m_map->clear();
-}
-
-Reference<AbstractIterator> MapValues::createIterator()
-{
-    return m_map->createViewIterator(AbstractMap::VALUES, false);
-}
-
-Reference<AbstractIterator> MapValues::createConstIterator() const
-{
-    return m_map->createViewIterator(AbstractMap::VALUES, true);
-}
-
-MapEntrySet::MapEntrySet(AbstractMap* map) : m_map(map) {}
+MapEntrySet::MapEntrySet(AbstractMap* map) : MapView(map, nullptr) {}
 
 MapEntrySet::~MapEntrySet() = default;
-
-int32_t MapEntrySet::getSize() const
-{
-    return m_map->getSize();
-}
 
 bool MapEntrySet::contains(const IQVUnknown* element) const
 {
@@ -130,21 +85,6 @@ bool MapEntrySet::remove(const IQVUnknown* element)
     readEntry(element, key, value);
     m_map->remove(key.get());
     return true;
-}
-
-void MapEntrySet::clear()
-{
-    m_map->clear();
-}
-
-Reference<AbstractIterator> MapEntrySet::createIterator()
-{
-    return m_map->createViewIterator(AbstractMap::ENTRIES, false);
-}
-
-Reference<AbstractIterator> MapEntrySet::createConstIterator() const
-{
-    return m_map->createViewIterator(AbstractMap::ENTRIES, true);
 }
 
 } // namespace qvcom
