@@ -52,7 +52,10 @@ private:
         Link* prev;
         Link* next;
     };
-    struct Node;
+    struct Node : Link {
+        explicit Node(IQVUnknown* value) noexcept : Link{nullptr, nullptr}, element(value) {}
+        Reference<IQVUnknown> element;
+    };
 
     Node* nodeAt(int32_t index) const;
     void linkBefore(Link* at, IQVUnknown* element);
@@ -72,11 +75,20 @@ public:
     LinkedListIterator(LinkedList* list, int32_t index, bool readOnly);
     ~LinkedListIterator() override;
 
-    bool hasNext() override;
+    bool hasNext() override { return m_expectedModCount != m_list->getModCount() || m_next != &m_list->m_header; }
     Reference<IQVUnknown> next() override;
     // next() without a reference of the caller's own: the element stays
     // valid until the list changes. Same checks and failures as next().
-    IQVUnknown* nextBorrowed();
+    // Inline, so that a walk costs about what a std::list walk does.
+    IQVUnknown* nextBorrowed()
+    {
+        if (m_expectedModCount != m_list->getModCount() || m_next == &m_list->m_header)
+            throwCannotStep();
+        m_lastReturned = m_next;
+        m_next = m_next->next;
+        ++m_nextIndex;
+        return static_cast<LinkedList::Node*>(m_lastReturned)->element.get();
+    }
     void remove() override;
     bool hasPrevious() override;
     Reference<IQVUnknown> previous() override;
@@ -87,6 +99,7 @@ public:
 private:
     void checkForChange() const;
     void checkWritable() const;
+    [[noreturn]] void throwCannotStep() const;
 
     CollectionHold<LinkedList> m_list;
     int32_t m_expectedModCount;

@@ -11,11 +11,6 @@ namespace qv {
 namespace collections {
 namespace qvcom {
 
-struct LinkedList::Node : LinkedList::Link {
-    explicit Node(IQVUnknown* value) noexcept : Link{nullptr, nullptr}, element(value) {}
-    Reference<IQVUnknown> element;
-};
-
 LinkedList::LinkedList(const IQVComparator* comparator) : AbstractList(comparator), m_header{&m_header, &m_header} {}
 
 LinkedList::LinkedList(const Collection& other, const IQVComparator* comparator)
@@ -208,11 +203,6 @@ void LinkedListIterator::checkWritable() const
     checkForChange();
 }
 
-bool LinkedListIterator::hasNext()
-{
-    return m_expectedModCount != m_list->getModCount() || m_next != &m_list->m_header;
-}
-
 bool LinkedListIterator::hasPrevious()
 {
     return m_expectedModCount != m_list->getModCount() || m_next->prev != &m_list->m_header;
@@ -223,15 +213,10 @@ Reference<IQVUnknown> LinkedListIterator::next()
     return Reference<IQVUnknown>(nextBorrowed());
 }
 
-IQVUnknown* LinkedListIterator::nextBorrowed()
+void LinkedListIterator::throwCannotStep() const
 {
     checkForChange();
-    if (m_next == &m_list->m_header)
-        LinkedList::throwNoMoreElements();
-    m_lastReturned = m_next;
-    m_next = m_next->next;
-    ++m_nextIndex;
-    return static_cast<LinkedList::Node*>(m_lastReturned)->element.get();
+    LinkedList::throwNoMoreElements();
 }
 
 Reference<IQVUnknown> LinkedListIterator::previous()
