@@ -118,14 +118,14 @@ private:
     void step(uint8_t op, uint8_t argument)
     {
         switch (op % 16) {
-        case 0: return listInsert(size(), argument);
-        case 1: return listInsert(positionIn(size() + 1, argument), argument);
-        case 2: return listRemove(argument);
-        case 3: return listSet(argument);
+        case 0: return insertInto(false, true, argument);
+        case 1: return insertInto(false, false, argument);
+        case 2: return removeFrom(false, argument);
+        case 3: return setIn(false, argument);
         case 4: return makeSub(argument, op);
-        case 5: return subInsert(argument);
-        case 6: return subRemove(argument);
-        case 7: return subSetAndGet(argument);
+        case 5: return insertInto(true, false, argument);
+        case 6: return removeFrom(true, argument);
+        case 7: return setIn(true, argument);
         case 8: return makeIterator(argument, op);
         case 9: return iteratorNext();
         case 10: return iteratorPrevious();
@@ -134,50 +134,6 @@ private:
         case 13: return iteratorRemove();
         case 14: return subClear();
         default: return checkWhole();
-        }
-    }
-
-    void listInsert(int32_t at, uint8_t argument)
-    {
-        if (size() >= MAX_SIZE)
-            return;
-        IQVUnknown* element = elementFor(argument);
-        if (at < 0 || at > size())
-            return expectThrow<qv::RangeErrorException>([&] { m_list.insert(at, element); },
-                                                        "list insert out of range did not throw RangeErrorException");
-        if (succeeds([&] { m_list.insert(at, element); }, "list insert failed")) {
-            m_model.insert(m_model.begin() + at, element);
-            listChanged(false);
-        }
-    }
-
-    void listRemove(uint8_t argument)
-    {
-        const int32_t at = positionIn(size(), argument);
-        if (at < 0 || at >= size())
-            return expectThrow<qv::RangeErrorException>([&] { m_list.removeAt(at); },
-                                                        "list removeAt out of range did not throw RangeErrorException");
-        qv::Reference<IQVUnknown> removed;
-        if (succeeds([&] { removed = m_list.removeAt(at); }, "list removeAt failed")) {
-            if (removed.get() != m_model[static_cast<size_t>(at)])
-                fail("list removeAt returned another element");
-            m_model.erase(m_model.begin() + at);
-            listChanged(false);
-        }
-    }
-
-    void listSet(uint8_t argument)
-    {
-        const int32_t at = positionIn(size(), argument);
-        IQVUnknown* element = elementFor(argument / 3u);
-        if (at < 0 || at >= size())
-            return expectThrow<qv::RangeErrorException>([&] { m_list.set(at, element); },
-                                                        "list set out of range did not throw RangeErrorException");
-        qv::Reference<IQVUnknown> previous;
-        if (succeeds([&] { previous = m_list.set(at, element); }, "list set failed")) {
-            if (previous.get() != m_model[static_cast<size_t>(at)])
-                fail("list set returned another element");
-            m_model[static_cast<size_t>(at)] = element;
         }
     }
 
@@ -209,57 +165,86 @@ private:
         return true;
     }
 
-    void subInsert(uint8_t argument)
+    // The list or the sublist as the target of insert, removeAt and set;
+    // false when the sublist is missing or stale (its failure checked).
+    bool target(bool onSub, AbstractList*& list, int32_t& offset, int32_t& bound)
     {
-        if (!subUsable("a stale sublist did not throw IllegalStateException") || size() >= MAX_SIZE)
+        if (onSub && !subUsable("a stale sublist did not throw IllegalStateException"))
+            return false;
+        list = onSub ? m_sub.get() : &m_list;
+        offset = onSub ? m_subOffset : 0;
+        bound = onSub ? m_subSize : size();
+        return true;
+    }
+    void changed(bool onSub, int32_t sizeChange, bool byIterator = false)
+    {
+        if (onSub) {
+            m_subSize += sizeChange;
+            subChanged(byIterator);
+        } else {
+            listChanged(byIterator);
+        }
+    }
+
+    void insertInto(bool onSub, bool append, uint8_t argument)
+    {
+        AbstractList* list = nullptr;
+        int32_t offset = 0;
+        int32_t bound = 0;
+        if (!target(onSub, list, offset, bound) || size() >= MAX_SIZE)
             return;
-        const int32_t at = positionIn(m_subSize + 1, argument);
+        const int32_t at = append ? bound : positionIn(bound + 1, argument);
         IQVUnknown* element = elementFor(argument / 5u);
-        if (at < 0 || at > m_subSize)
-            return expectThrow<qv::RangeErrorException>([&] { m_sub->insert(at, element); },
-                                                        "sublist insert out of range did not throw");
-        if (succeeds([&] { m_sub->insert(at, element); }, "sublist insert failed")) {
-            m_model.insert(m_model.begin() + m_subOffset + at, element);
-            ++m_subSize;
-            subChanged(false);
+        if (at < 0 || at > bound)
+            return expectThrow<qv::RangeErrorException>([&] { list->insert(at, element); },
+                                                        "insert out of range did not throw RangeErrorException");
+        if (succeeds([&] { list->insert(at, element); }, "insert failed")) {
+            m_model.insert(m_model.begin() + offset + at, element);
+            changed(onSub, 1);
         }
     }
 
-    void subRemove(uint8_t argument)
+    void removeFrom(bool onSub, uint8_t argument)
     {
-        if (!subUsable("a stale sublist did not throw IllegalStateException"))
+        AbstractList* list = nullptr;
+        int32_t offset = 0;
+        int32_t bound = 0;
+        if (!target(onSub, list, offset, bound))
             return;
-        const int32_t at = positionIn(m_subSize, argument);
-        if (at < 0 || at >= m_subSize)
-            return expectThrow<qv::RangeErrorException>([&] { m_sub->removeAt(at); },
-                                                        "sublist removeAt out of range did not throw");
+        const int32_t at = positionIn(bound, argument);
+        if (at < 0 || at >= bound)
+            return expectThrow<qv::RangeErrorException>([&] { list->removeAt(at); },
+                                                        "removeAt out of range did not throw RangeErrorException");
         qv::Reference<IQVUnknown> removed;
-        if (succeeds([&] { removed = m_sub->removeAt(at); }, "sublist removeAt failed")) {
-            if (removed.get() != m_model[static_cast<size_t>(m_subOffset + at)])
-                fail("sublist removeAt returned another element");
-            m_model.erase(m_model.begin() + m_subOffset + at);
-            --m_subSize;
-            subChanged(false);
+        if (succeeds([&] { removed = list->removeAt(at); }, "removeAt failed")) {
+            if (removed.get() != m_model[static_cast<size_t>(offset + at)])
+                fail("removeAt returned another element");
+            m_model.erase(m_model.begin() + offset + at);
+            changed(onSub, -1);
         }
     }
 
-    void subSetAndGet(uint8_t argument)
+    // Replacing goes through to the list and is not a structural change.
+    void setIn(bool onSub, uint8_t argument)
     {
-        if (!subUsable("a stale sublist did not throw IllegalStateException"))
+        AbstractList* list = nullptr;
+        int32_t offset = 0;
+        int32_t bound = 0;
+        if (!target(onSub, list, offset, bound))
             return;
-        const int32_t at = positionIn(m_subSize, argument);
+        const int32_t at = positionIn(bound, argument);
         IQVUnknown* element = elementFor(argument / 7u);
-        if (at < 0 || at >= m_subSize)
-            return expectThrow<qv::RangeErrorException>([&] { m_sub->set(at, element); },
-                                                        "sublist set out of range did not throw");
+        if (at < 0 || at >= bound)
+            return expectThrow<qv::RangeErrorException>([&] { list->set(at, element); },
+                                                        "set out of range did not throw RangeErrorException");
         qv::Reference<IQVUnknown> previous;
-        if (succeeds([&] { previous = m_sub->set(at, element); }, "sublist set failed")) {
-            const size_t index = static_cast<size_t>(m_subOffset + at);
+        if (succeeds([&] { previous = list->set(at, element); }, "set failed")) {
+            const size_t index = static_cast<size_t>(offset + at);
             if (previous.get() != m_model[index])
-                fail("sublist set returned another element");
+                fail("set returned another element");
             m_model[index] = element;
             if (m_list.get(static_cast<int32_t>(index)).get() != element)
-                fail("sublist set did not reach the list");
+                fail("set did not reach the list");
         }
     }
 
@@ -368,7 +353,7 @@ private:
         m_model.insert(m_model.begin() + targetOffset() + m_cursor, element);
         ++m_cursor;
         m_lastReturned = -1;
-        structuralChangeByIterator(1);
+        changed(m_iteratorOnSub, 1, true);
     }
 
     void iteratorRemove()
@@ -384,17 +369,7 @@ private:
         if (m_lastReturned < m_cursor)
             --m_cursor;
         m_lastReturned = -1;
-        structuralChangeByIterator(-1);
-    }
-
-    void structuralChangeByIterator(int32_t sizeChange)
-    {
-        if (m_iteratorOnSub) {
-            m_subSize += sizeChange;
-            subChanged(true);
-        } else {
-            listChanged(true);
-        }
+        changed(m_iteratorOnSub, -1, true);
     }
 
     AbstractList& m_list;
