@@ -15,27 +15,13 @@
 
 using namespace qv;
 using namespace qv::collections::qvcom;
-using qvtest::drain;
 using qvtest::idOf;
+using qvtest::idsOf;
 using qvtest::key;
+using qvtest::listOf;
 using qvtest::unk;
 
 namespace {
-
-template <class L>
-Reference<L> listOf(std::initializer_list<int32_t> ids)
-{
-    Reference<L> list = makeReference<L>();
-    for (int32_t id : ids)
-        list->add(unk(key(id)));
-    return list;
-}
-
-std::vector<int32_t> idsOf(const AbstractCollection& list)
-{
-    Reference<AbstractIterator> it = list.createConstIterator();
-    return drain(*it);
-}
 
 template <class Operation>
 std::string messageOf(Operation operation)

@@ -16,8 +16,8 @@
 
 using namespace qv;
 using namespace qv::collections::qvcom;
-using qvtest::drain;
 using qvtest::idOf;
+using qvtest::idsOf;
 using qvtest::key;
 using qvtest::unk;
 
@@ -50,12 +50,6 @@ std::vector<int32_t> keysInEntryOrder(AbstractMap& map)
         ids.push_back(idOf(k.get()));
     }
     return ids;
-}
-
-std::vector<int32_t> idsOf(const AbstractCollection& collection)
-{
-    Reference<AbstractIterator> it = collection.createConstIterator();
-    return drain(*it);
 }
 
 } // namespace
