@@ -14,6 +14,7 @@ void demoRuntimeCore();
 void demoStrings();
 void demoNumbers();
 void demoEncodings();
+void demoCollections();
 void demoIo();
 void demoTextIo();
 void demoExec();

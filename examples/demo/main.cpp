@@ -173,6 +173,7 @@ int main(int argc, char** argv)
         demoStrings();
         demoNumbers();
         demoEncodings();
+        demoCollections();
         demoIo();
         demoTextIo();
         demoExec();

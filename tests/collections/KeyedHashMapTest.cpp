@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -155,4 +157,127 @@ TEST(Str1HashMapTest, FailedAllocationLeavesTheMapUnchanged)
     // The lower-cased copy of the key and the entry.
     EXPECT_GE(failures, 2);
     EXPECT_TRUE(map.containsKey(Str1(u"some-long-encoding-name")));
+}
+
+namespace {
+
+struct IntegerKeys {
+    using Map = IntegerHashMap;
+    static int32_t make(int32_t n) { return n * 101; } // many share a bucket
+    static bool same(int32_t a, int32_t b) { return a == b; }
+};
+struct StringKeys {
+    using Map = StringHashMap;
+    static String make(int32_t n) { return String::valueOf(n); }
+    static bool same(const String& a, const String& b) { return a == b; }
+};
+template <class M>
+struct Str1Keys {
+    using Map = M;
+    // Lower case: the folding map keeps its keys lower-cased.
+    static Str1 make(int32_t n)
+    {
+        const std::u16string text = u"key" + std::u16string(1, static_cast<char16_t>(u'a' + n % 26)) +
+                                    std::u16string(static_cast<size_t>(n / 26), u'x');
+        return Str1(text.data(), static_cast<int32_t>(text.size()));
+    }
+    static bool same(const Str1& a, const Str1& b) { return a.equals(b); }
+};
+
+constexpr int32_t KEY_COUNT = 40;
+
+template <class K, class Key>
+int32_t numberOf(const Key& key)
+{
+    for (int32_t n = 0; n < KEY_COUNT; ++n) {
+        if (K::same(K::make(n), key))
+            return n;
+    }
+    return -1;
+}
+
+} // namespace
+
+template <class K>
+class KeyedMapViews : public ::testing::Test {};
+
+using KeyKinds = ::testing::Types<IntegerKeys, StringKeys, Str1Keys<Str1HashMap>, Str1Keys<Str1HashMapLC>>;
+TYPED_TEST_SUITE(KeyedMapViews, KeyKinds);
+
+// Random puts and removals through the map, the key set, the values and the
+// view iterators (with setValue on entries), against std::map; the three
+// walks must agree with each other, that is with the map's own order.
+TYPED_TEST(KeyedMapViews, ViewsAreLiveAndFollowTheMapOrder)
+{
+    using Map = typename TypeParam::Map;
+    std::vector<Reference<qvtest::TestKey>> values;
+    for (int32_t v = 0; v < 8; ++v)
+        values.push_back(key(v));
+    std::mt19937 random(11);
+    Map map(5);
+    auto keySet = map.keySet();
+    auto valueView = map.values();
+    auto entrySet = map.entrySet();
+    std::map<int32_t, int32_t> model;
+    for (int step = 0; step < 3000; ++step) {
+        const int32_t n = static_cast<int32_t>(random() % KEY_COUNT);
+        const int32_t v = static_cast<int32_t>(random() % 8);
+        switch (random() % 6) {
+        case 0:
+        case 1:
+            map.put(TypeParam::make(n), unk(values[v]));
+            model[n] = v;
+            break;
+        case 2: ASSERT_EQ(keySet.remove(TypeParam::make(n)), model.erase(n) == 1); break;
+        case 3: {
+            int32_t first = -1;
+            for (auto it = entrySet.createIterator(); it.hasNext() && first < 0;) {
+                const auto& entry = it.next();
+                if (idOf(entry.getValue().get()) == v)
+                    first = numberOf<TypeParam>(entry.getKey());
+            }
+            ASSERT_EQ(valueView.remove(unk(values[v])), first >= 0);
+            if (first >= 0) {
+                model.erase(first);
+                ASSERT_FALSE(map.containsKey(TypeParam::make(first)));
+            }
+            break;
+        }
+        default: {
+            auto keys = keySet.createIterator();
+            auto vals = valueView.createIterator();
+            auto entries = entrySet.createIterator();
+            std::map<int32_t, int32_t> seen;
+            while (entries.hasNext()) {
+                ASSERT_TRUE(keys.hasNext() && vals.hasNext());
+                auto& entry = entries.next();
+                const int32_t number = numberOf<TypeParam>(entry.getKey());
+                EXPECT_EQ(numberOf<TypeParam>(keys.next()), number);
+                EXPECT_EQ(vals.next().get(), entry.getValue().get());
+                seen[number] = idOf(entry.getValue().get());
+                if (random() % 7 == 0) {
+                    EXPECT_EQ(idOf(entry.setValue(unk(values[v])).get()), model[number]);
+                    model[number] = seen[number] = v;
+                }
+            }
+            EXPECT_FALSE(keys.hasNext());
+            EXPECT_EQ(seen, model);
+            // Removal through a view iterator.
+            auto remover = keySet.createIterator();
+            if (remover.hasNext()) {
+                model.erase(numberOf<TypeParam>(remover.next()));
+                remover.remove();
+            }
+        }
+        }
+        ASSERT_EQ(keySet.getSize(), static_cast<int32_t>(model.size()));
+        ASSERT_EQ(valueView.getSize(), static_cast<int32_t>(model.size()));
+    }
+    for (const auto& pair : model) {
+        EXPECT_TRUE(keySet.contains(TypeParam::make(pair.first)));
+        EXPECT_EQ(idOf(map.get(TypeParam::make(pair.first)).get()), pair.second);
+    }
+    auto stale = keySet.createIterator();
+    map.put(TypeParam::make(KEY_COUNT), nullptr);
+    EXPECT_THROW(stale.next(), Exception);
 }

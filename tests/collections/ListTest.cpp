@@ -15,24 +15,8 @@ using qvtest::idOf;
 using qvtest::key;
 using qvtest::unk;
 
-namespace {
-
-template <class L>
-Reference<L> listOf(std::initializer_list<int32_t> ids)
-{
-    Reference<L> list = makeReference<L>();
-    for (int32_t id : ids)
-        list->add(id < 0 ? nullptr : unk(key(id)));
-    return list;
-}
-
-std::vector<int32_t> idsOf(AbstractList& list)
-{
-    Reference<AbstractIterator> it = list.createConstIterator();
-    return drain(*it);
-}
-
-} // namespace
+using qvtest::idsOf;
+using qvtest::listOf;
 
 template <class L>
 class ListContract : public ::testing::Test {};

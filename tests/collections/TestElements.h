@@ -1,6 +1,7 @@
 #ifndef QVCL3_TESTS_COLLECTIONS_TESTELEMENTS_H
 #define QVCL3_TESTS_COLLECTIONS_TESTELEMENTS_H
 
+#include <qv/collections/qvcom/AbstractCollection.h>
 #include <qv/collections/qvcom/AbstractIterator.h>
 #include <qv/collections/qvcom/IQVComparator.h>
 #include <qv/core/Object.h>
@@ -8,6 +9,7 @@
 #include <qv/lang/String.h>
 
 #include <cstdint>
+#include <initializer_list>
 #include <vector>
 
 namespace qvtest {
@@ -65,6 +67,23 @@ inline std::vector<int32_t> drain(qv::collections::qvcom::AbstractIterator& it)
     while (it.hasNext())
         ids.push_back(idOf(it.next().get()));
     return ids;
+}
+
+// The ids of a collection's elements in iteration order.
+inline std::vector<int32_t> idsOf(const qv::collections::qvcom::AbstractCollection& collection)
+{
+    qv::Reference<qv::collections::qvcom::AbstractIterator> it = collection.createConstIterator();
+    return drain(*it);
+}
+
+// A new list of TestKeys with these ids (a negative id puts null).
+template <class L>
+qv::Reference<L> listOf(std::initializer_list<int32_t> ids)
+{
+    qv::Reference<L> list = qv::makeReference<L>();
+    for (int32_t id : ids)
+        list->add(id < 0 ? nullptr : unk(key(id)));
+    return list;
 }
 
 // A comparator that fails for TestKey id 13, to check that maps stay as

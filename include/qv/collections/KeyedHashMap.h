@@ -35,6 +35,14 @@ public:
     public:
         const Key& getKey() const noexcept { return m_key; }
         const Reference<IQVUnknown>& getValue() const noexcept { return m_value; }
+        // Replaces the value in the map (not a structural change); returns
+        // the old one.
+        Reference<IQVUnknown> setValue(IQVUnknown* value) noexcept
+        {
+            Reference<IQVUnknown> previous(value);
+            m_value.swap(previous);
+            return previous;
+        }
 
     private:
         friend class KeyedHashMap;
@@ -58,6 +66,83 @@ public:
     private:
         HashCursor m_cursor;
     };
+
+    // Live views of the keys, the values and the entries (keySet(),
+    // values(), entrySet()). They walk the map in its own order with the
+    // fail-fast cursor of Iterator, and what is removed through them or
+    // their iterators is removed from the map; Entry::setValue on an entry
+    // of the entry walk writes through. The map must outlive them. Each view
+    // has getSize, clear, createIterator (hasNext, next, remove) and, where
+    // it means something, contains and remove.
+    // The walk of the views: the fail-fast cursor of Iterator, handing out
+    // what Part takes from each entry (valid until the map changes).
+    template <class Part>
+    class ViewIterator {
+    public:
+        explicit ViewIterator(KeyedHashMap& map) noexcept : m_cursor(map.m_table) {}
+        bool hasNext() noexcept { return m_cursor.hasNext(); }
+        decltype(auto) next() { return Part::of(*entryOf(m_cursor.next())); }
+        void remove() { m_cursor.remove(); }
+
+    private:
+        HashCursor m_cursor;
+    };
+    struct KeyPart {
+        static const Key& of(Entry& entry) noexcept { return entry.getKey(); }
+    };
+    struct ValuePart {
+        static const Reference<IQVUnknown>& of(Entry& entry) noexcept { return entry.getValue(); }
+    };
+    struct EntryPart {
+        static Entry& of(Entry& entry) noexcept { return entry; }
+    };
+
+    template <class Part>
+    class View {
+    public:
+        typedef ViewIterator<Part> Iterator;
+
+        explicit View(KeyedHashMap& map) noexcept : m_map(&map) {}
+        int32_t getSize() const noexcept { return m_map->getSize(); }
+        void clear() { m_map->clear(); }
+        Iterator createIterator() const noexcept { return Iterator(*m_map); }
+
+    protected:
+        KeyedHashMap* m_map;
+    };
+
+    class KeySet : public View<KeyPart> {
+    public:
+        using View<KeyPart>::View;
+        bool contains(const Key& key) const { return this->m_map->containsKey(key); }
+        bool remove(const Key& key)
+        {
+            if (!this->m_map->containsKey(key))
+                return false;
+            this->m_map->remove(key);
+            return true;
+        }
+    };
+
+    class Values : public View<ValuePart> {
+    public:
+        using View<ValuePart>::View;
+        bool contains(const IQVUnknown* value) const { return this->m_map->containsValue(value); }
+        // Removes the first entry, in the map's order, whose value is equal
+        // (default comparator).
+        bool remove(const IQVUnknown* value)
+        {
+            for (typename View<ValuePart>::Iterator it(*this->m_map); it.hasNext();) {
+                if (valuesEqual(value, it.next().get())) {
+                    it.remove();
+                    return true;
+                }
+            }
+            return false;
+        }
+    };
+
+    typedef View<EntryPart> EntrySet;
 
     explicit KeyedHashMap(int32_t capacity = DEFAULT_CAPACITY, float load = DEFAULT_LOAD)
         : m_table(capacity, load, &destroyEntry, keyOrder())
@@ -90,12 +175,9 @@ public:
     // By the default comparator.
     bool containsValue(const IQVUnknown* value) const
     {
-        const qvcom::IQVComparator* comparator = qvcom::GetDefaultComparator();
         for (int32_t i = m_table.getCapacity() - 1; i >= 0; --i) {
             for (HashNode* node = m_table.getBucket(i); node; node = node->next) {
-                bool equal = false;
-                ::qv::qvcom::throwIfFailed(comparator->Equals(value, entryOf(node)->m_value.get(), &equal));
-                if (equal)
+                if (valuesEqual(value, entryOf(node)->m_value.get()))
                     return true;
             }
         }
@@ -135,8 +217,17 @@ public:
     void clear() { m_table.clear(); }
 
     Iterator createIterator() noexcept { return Iterator(*this); }
+    KeySet keySet() noexcept { return KeySet(*this); }
+    Values values() noexcept { return Values(*this); }
+    EntrySet entrySet() noexcept { return EntrySet(*this); }
 
 private:
+    static bool valuesEqual(const IQVUnknown* a, const IQVUnknown* b)
+    {
+        bool equal = false;
+        ::qv::qvcom::throwIfFailed(qvcom::GetDefaultComparator()->Equals(a, b, &equal));
+        return equal;
+    }
     static Entry* entryOf(HashNode* node) noexcept { return static_cast<Entry*>(node); }
     static const Entry* entryOf(const HashNode* node) noexcept { return static_cast<const Entry*>(node); }
     static void destroyEntry(HashNode* node) noexcept { delete entryOf(node); }

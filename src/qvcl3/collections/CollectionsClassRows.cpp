@@ -8,6 +8,9 @@
 #include <qv/collections/qvcom/HashSet.h>
 #include <qv/collections/qvcom/IQVComparator.h>
 #include <qv/collections/qvcom/LinkedList.h>
+#include <qv/collections/qvcom/MapViews.h>
+#include <qv/collections/qvcom/SubList.h>
+#include <qv/collections/qvcom/Unmodifiable.h>
 
 namespace qv {
 namespace detail {
@@ -22,19 +25,30 @@ const ClassTableRow g_collectionsClassRows[] = {
     QV_CLASS_ROW_NO_CREATOR(collections::qvcom::AbstractCollection),
     QV_CLASS_ROW_NO_CREATOR(collections::qvcom::AbstractIterator),
     QV_CLASS_ROW_NO_CREATOR(collections::qvcom::AbstractList),
+    QV_CLASS_ROW_NO_CREATOR(collections::qvcom::AbstractListIterator),
     QV_CLASS_ROW_NO_CREATOR(collections::qvcom::AbstractMap),
     QV_CLASS_ROW_NO_CREATOR(collections::qvcom::AbstractSet),
     QV_CLASS_ROW(collections::qvcom::ArrayList),
-    QV_CLASS_ROW_NO_CREATOR(collections::qvcom::ArrayListIterator),
     QV_CLASS_ROW_NO_CREATOR(collections::qvcom::DefaultComparator),
     QV_CLASS_ROW(collections::qvcom::HashMap),
     QV_CLASS_ROW_NO_CREATOR(collections::qvcom::HashMapEntry),
     QV_CLASS_ROW_NO_CREATOR(collections::qvcom::HashMapEntrySet),
     QV_CLASS_ROW_NO_CREATOR(collections::qvcom::HashMapIterator),
     QV_CLASS_ROW(collections::qvcom::HashSet),
+    QV_CLASS_ROW_NO_CREATOR(collections::qvcom::IndexedListIterator),
     QV_CLASS_ROW(collections::qvcom::LinkedList),
     QV_CLASS_ROW_NO_CREATOR(collections::qvcom::LinkedListIterator),
+    QV_CLASS_ROW_NO_CREATOR(collections::qvcom::MapEntrySet),
+    QV_CLASS_ROW_NO_CREATOR(collections::qvcom::MapKeySet),
+    QV_CLASS_ROW_NO_CREATOR(collections::qvcom::MapValues),
+    QV_CLASS_ROW_NO_CREATOR(collections::qvcom::MapViewIterator),
+    QV_CLASS_ROW_NO_CREATOR(collections::qvcom::NaturalOrdering),
     QV_CLASS_ROW_NO_CREATOR(collections::qvcom::StringComparator),
+    QV_CLASS_ROW_NO_CREATOR(collections::qvcom::SubList),
+    QV_CLASS_ROW_NO_CREATOR(collections::qvcom::UnmodifiableCollection),
+    QV_CLASS_ROW_NO_CREATOR(collections::qvcom::UnmodifiableList),
+    QV_CLASS_ROW_NO_CREATOR(collections::qvcom::UnmodifiableMap),
+    QV_CLASS_ROW_NO_CREATOR(collections::qvcom::UnmodifiableSet),
     QV_CLASS_TABLE_END,
 };
 // clang-format on

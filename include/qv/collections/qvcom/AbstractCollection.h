@@ -54,6 +54,9 @@ public:
     const IQVComparator* getComparator() const noexcept { return m_comparator.get(); }
 
     // "[a, b, c]", each element by its toString() where it is a qv::Object.
+    // Where the collection meets itself again among its elements, directly
+    // or through other collections and maps, it is written
+    // "(this collection)".
     String toString() const override;
 
     Result GetSize(int32_t* size) const override;
@@ -78,9 +81,6 @@ protected:
 
     bool elementsEqual(const IQVUnknown* a, const IQVUnknown* b) const;
     uint32_t elementHash(const IQVUnknown* element) const;
-    // True when element is this very collection (as a self-containing
-    // collection would hold it).
-    bool isSelf(const IQVUnknown* element) const noexcept;
 
 private:
     Reference<const IQVComparator> m_comparator;

@@ -37,6 +37,20 @@ public:
     // Elements are MapEntry objects; remove() is refused.
     virtual Reference<AbstractIterator> createConstEntryIterator() const = 0;
 
+    enum ViewKind { KEYS = 0, VALUES = 1, ENTRIES = 2 };
+
+    // Live views: what is removed from them (or through their iterators) is
+    // removed from the map, MapEntry::SetValue on an entry of entrySet()
+    // writes through, and they walk the map in its own order. Adding to a
+    // view is refused with UnsupportedOperationException.
+    Reference<AbstractSet> keySet();
+    Reference<AbstractCollection> values();
+    Reference<AbstractSet> entrySet() { return createEntrySet(); }
+    // The keys, values or entries in the map's order; remove() removes from
+    // the map unless readOnly. By default a projection of the entry set's
+    // iterator.
+    virtual Reference<AbstractIterator> createViewIterator(ViewKind kind, bool readOnly) const;
+
     // Puts every entry of other, in other's order. other may be this map.
     virtual void putAll(const Map& other);
 
@@ -51,7 +65,11 @@ public:
     // Against another Map: 0 when equal, otherwise by size, then by hash
     // code, then by address. Anything else by address.
     int compareTo(const Object& other) const override;
-    // "{key=value, ...}".
+    // "{key=value, ...}"; where the map meets itself again among its keys or
+    // values, directly or through other collections, it is written
+    // "(this map)". Likewise a map met again while its own hash code is
+    // worked out counts 0, and a pair met again while it is being compared
+    // counts as equal.
     String toString() const override;
 
     Result GetSize(int32_t* size) const override;
@@ -64,6 +82,8 @@ public:
     Result PutAll(const Map* other) override;
     Result CreateEntrySet(Set** entries) override;
     Result CreateConstEntryIterator(ConstIterator** entries) const override;
+    Result CreateKeySet(Set** keys) override;
+    Result CreateValues(Collection** values) override;
 
 protected:
     // Null comparators mean the default comparator.

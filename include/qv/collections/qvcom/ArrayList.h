@@ -9,29 +9,6 @@ namespace qv {
 namespace collections {
 namespace qvcom {
 
-class ArrayList;
-
-// The iterator of an ArrayList: fail-fast, throwing IllegalStateException
-// from next() once the list has been changed other than through it.
-class QV_EXPORT ArrayListIterator final : public AbstractIterator {
-public:
-    ArrayListIterator(ArrayList* list, bool readOnly);
-    ~ArrayListIterator() override;
-
-    // Also true once the list has changed behind the iterator's back, so that
-    // the following next() reports it.
-    bool hasNext() override;
-    Reference<IQVUnknown> next() override;
-    void remove() override;
-
-private:
-    CollectionHold<ArrayList> m_list;
-    int32_t m_expectedModCount;
-    int32_t m_cursor = 0;
-    int32_t m_lastReturned = -1;
-    bool m_readOnly;
-};
-
 // A list in one contiguous run of references that doubles when it is full,
 // so appending is amortised constant time and positions are reached directly.
 class QV_EXPORT ArrayList final : public AbstractList {
@@ -82,12 +59,7 @@ public:
     int32_t indexOf(const IQVUnknown* element) const override;
     int32_t lastIndexOf(const IQVUnknown* element) const override;
 
-    Reference<AbstractIterator> createIterator() override;
-    Reference<AbstractIterator> createConstIterator() const override;
-
 private:
-    friend class ArrayListIterator;
-
     void grow(int32_t minCapacity);
     void reallocate(int32_t capacity);
     void appendAll(const Collection& other);

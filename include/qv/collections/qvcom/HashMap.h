@@ -126,6 +126,7 @@ public:
     void clear() override;
     Reference<AbstractSet> createEntrySet() override;
     Reference<AbstractIterator> createConstEntryIterator() const override;
+    Reference<AbstractIterator> createViewIterator(ViewKind kind, bool readOnly) const override;
 
     Reference<HashMapIterator> createKeyIterator();
     Reference<HashMapIterator> createValueIterator();

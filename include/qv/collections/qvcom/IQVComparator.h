@@ -60,10 +60,41 @@ private:
     bool m_ignoreCase;
 };
 
+// An order of collection elements, for sorting and searching: the
+// comparators above only tell equal from unequal. Either element may be
+// null. An ordering that cannot place an element returns a failure code
+// (sort and search throw it as ResultException and leave the list as it was).
+class IQVOrdering : public IQVUnknown {
+public:
+    static constexpr GUID iid = {0x27718418, 0xD927, 0x4077, {0xB4, 0xDB, 0xA4, 0xF2, 0xB5, 0xCB, 0x84, 0xBA}};
+
+    // Negative, 0 or positive as a comes before, together with, or after b.
+    virtual Result Compare(const IQVUnknown* a, const IQVUnknown* b, int32_t* order) const = 0;
+
+protected:
+    ~IQVOrdering() = default;
+};
+
+// The elements' own order: IQVComparable::CompareTo of the first element.
+// Null comes before everything else; a non-null element without
+// IQVComparable gives 0x80004002 (no such interface).
+class QV_EXPORT NaturalOrdering final : public ComObject, public IQVOrdering {
+    QV_DECLARE_INTERFACE_MAP()
+
+public:
+    Result Compare(const IQVUnknown* a, const IQVUnknown* b, int32_t* order) const override;
+
+private:
+    friend const IQVOrdering* GetNaturalOrdering() noexcept;
+    NaturalOrdering() noexcept = default;
+    ~NaturalOrdering() override;
+};
+
 // Process-wide instances; they live until the process ends, so holding or
 // releasing references to them is always safe.
 QV_EXPORT const IQVComparator* GetDefaultComparator() noexcept;
 QV_EXPORT const IQVComparator* GetStringComparator(bool ignoreCase = false) noexcept;
+QV_EXPORT const IQVOrdering* GetNaturalOrdering() noexcept;
 
 } // namespace qvcom
 } // namespace collections

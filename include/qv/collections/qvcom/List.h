@@ -2,6 +2,7 @@
 #define QV_COLLECTIONS_QVCOM_LIST_H
 
 #include <qv/collections/qvcom/Collection.h>
+#include <qv/collections/qvcom/ListIterator.h>
 
 namespace qv {
 namespace collections {
@@ -24,6 +25,11 @@ public:
     // -1 when absent.
     virtual Result IndexOf(const IQVUnknown* element, int32_t* index) const = 0;
     virtual Result LastIndexOf(const IQVUnknown* element, int32_t* index) const = 0;
+    // A list iterator whose first Next returns the element at index (0 to
+    // the size).
+    virtual Result CreateListIterator(int32_t index, ListIterator** iterator) = 0;
+    // A live view of the positions [from, to) (see AbstractList::subList).
+    virtual Result CreateSubList(int32_t from, int32_t to, List** view) = 0;
 
 protected:
     ~List() = default;

@@ -1,6 +1,7 @@
 #ifndef QV_COLLECTIONS_QVCOM_MAP_H
 #define QV_COLLECTIONS_QVCOM_MAP_H
 
+#include <qv/collections/qvcom/Collection.h>
 #include <qv/collections/qvcom/Iterator.h>
 #include <qv/collections/qvcom/Set.h>
 #include <qv/core/IQVUnknown.h>
@@ -46,6 +47,10 @@ public:
     virtual Result CreateEntrySet(Set** entries) = 0;
     // A read-only walk over the entries.
     virtual Result CreateConstEntryIterator(ConstIterator** entries) const = 0;
+    // Live views of the keys and of the values, in the map's order; removing
+    // from them removes from the map, adding to them is refused.
+    virtual Result CreateKeySet(Set** keys) = 0;
+    virtual Result CreateValues(Collection** values) = 0;
 
 protected:
     ~Map() = default;

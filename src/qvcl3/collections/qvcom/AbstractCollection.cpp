@@ -64,11 +64,6 @@ uint32_t AbstractCollection::elementHash(const IQVUnknown* element) const
     return hash;
 }
 
-bool AbstractCollection::isSelf(const IQVUnknown* element) const noexcept
-{
-    return element && dynamic_cast<const AbstractCollection*>(element) == this;
-}
-
 bool AbstractCollection::contains(const IQVUnknown* element) const
 {
     Reference<AbstractIterator> it = createConstIterator();
@@ -162,6 +157,9 @@ bool AbstractCollection::retainAll(const Collection& other)
 
 String AbstractCollection::toString() const
 {
+    CycleGuard guard(CycleGuard::TEXT, this);
+    if (guard.isRepeat())
+        return String(u"(this collection)");
     String text(u"[");
     Reference<AbstractIterator> it = createConstIterator();
     bool first = true;
@@ -170,10 +168,7 @@ String AbstractCollection::toString() const
         if (!first)
             text += u", ";
         first = false;
-        if (isSelf(element.get()))
-            text += u"(this collection)";
-        else
-            appendElementText(text, element.get());
+        appendElementText(text, element.get());
     }
     text += u']';
     return text;

@@ -1,4 +1,5 @@
 #include <qv/collections/qvcom/AbstractList.h>
+#include <qv/collections/qvcom/SubList.h>
 
 #include "collections/qvcom/Elements.h"
 
@@ -26,6 +27,13 @@ void AbstractList::throwBadIndex(int32_t index, int32_t size)
     throw RangeErrorException(message);
 }
 
+void AbstractList::throwBadPosition(int32_t index, int32_t size)
+{
+    String message;
+    message.format(u"list position {0} outside [0, {1}]", -1, String::valueOf(index), String::valueOf(size));
+    throw RangeErrorException(message);
+}
+
 void AbstractList::throwConcurrentChange()
 {
     throw IllegalStateException(QV_STR(u"the list changed during iteration"));
@@ -34,6 +42,31 @@ void AbstractList::throwConcurrentChange()
 void AbstractList::throwNoMoreElements()
 {
     throw IllegalStateException(QV_STR(u"no more elements"));
+}
+
+Reference<AbstractListIterator> AbstractList::createListIterator(int32_t index)
+{
+    return makeReference<IndexedListIterator>(this, index, false);
+}
+
+Reference<AbstractListIterator> AbstractList::createConstListIterator(int32_t index) const
+{
+    return makeReference<IndexedListIterator>(const_cast<AbstractList*>(this), index, true);
+}
+
+Reference<AbstractIterator> AbstractList::createIterator()
+{
+    return createListIterator(0);
+}
+
+Reference<AbstractIterator> AbstractList::createConstIterator() const
+{
+    return createConstListIterator(0);
+}
+
+Reference<AbstractList> AbstractList::subList(int32_t from, int32_t to)
+{
+    return makeReference<SubList>(this, from, to);
 }
 
 bool AbstractList::add(IQVUnknown* element)
@@ -75,6 +108,9 @@ bool AbstractList::equals(const Object& other) const
     const List* list = dynamic_cast<const List*>(&other);
     if (!list || sizeOf(*list) != getSize())
         return false;
+    CycleGuard guard(CycleGuard::EQUALS, this, &other);
+    if (guard.isRepeat())
+        return true;
     Reference<AbstractIterator> mine = createConstIterator();
     ElementWalk theirs(*list);
     while (mine->hasNext() && theirs.hasNext()) {
@@ -86,12 +122,13 @@ bool AbstractList::equals(const Object& other) const
 
 uint32_t AbstractList::hashCode() const
 {
+    CycleGuard guard(CycleGuard::HASH, this);
+    if (guard.isRepeat())
+        return 0;
     uint32_t hash = 1;
     Reference<AbstractIterator> it = createConstIterator();
-    while (it->hasNext()) {
-        Reference<IQVUnknown> element = it->next();
-        hash = 31u * hash + (isSelf(element.get()) ? 0u : elementHash(element.get()));
-    }
+    while (it->hasNext())
+        hash = 31u * hash + elementHash(it->next().get());
     return hash;
 }
 
@@ -102,6 +139,9 @@ int AbstractList::compareTo(const Object& other) const
     const List* list = dynamic_cast<const List*>(&other);
     if (!list)
         return Object::compareTo(other);
+    CycleGuard guard(CycleGuard::ORDER, this, &other);
+    if (guard.isRepeat())
+        return 0;
     Reference<AbstractIterator> mine = createConstIterator();
     ElementWalk theirs(*list);
     while (mine->hasNext() && theirs.hasNext()) {
@@ -164,6 +204,22 @@ Result AbstractList::LastIndexOf(const IQVUnknown* element, int32_t* index) cons
         return results::POINTER;
     *index = -1;
     return guardBoundary([&] { *index = lastIndexOf(element); });
+}
+
+Result AbstractList::CreateListIterator(int32_t index, ListIterator** iterator)
+{
+    if (!iterator)
+        return results::POINTER;
+    *iterator = nullptr;
+    return guardBoundary([&] { *iterator = createListIterator(index).detach(); });
+}
+
+Result AbstractList::CreateSubList(int32_t from, int32_t to, List** view)
+{
+    if (!view)
+        return results::POINTER;
+    *view = nullptr;
+    return guardBoundary([&] { *view = subList(from, to).detach(); });
 }
 
 } // namespace qvcom

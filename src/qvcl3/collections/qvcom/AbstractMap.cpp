@@ -1,10 +1,13 @@
 #include <qv/collections/qvcom/AbstractMap.h>
+#include <qv/collections/qvcom/MapViews.h>
 
 #include "collections/qvcom/Elements.h"
 
 #include <qv/core/Boundary.h>
 #include <qv/core/Exception.h>
 #include <qv/lang/String.h>
+
+#include <utility>
 
 namespace qv {
 namespace collections {
@@ -72,6 +75,9 @@ bool AbstractMap::equals(const Object& other) const
     const Map* map = dynamic_cast<const Map*>(&other);
     if (!map || sizeOf(*map) != getSize())
         return false;
+    CycleGuard guard(CycleGuard::EQUALS, this, &other);
+    if (guard.isRepeat())
+        return true;
     EntryWalk walk(*this);
     Reference<IQVUnknown> key;
     Reference<IQVUnknown> value;
@@ -87,6 +93,9 @@ bool AbstractMap::equals(const Object& other) const
 
 uint32_t AbstractMap::hashCode() const
 {
+    CycleGuard guard(CycleGuard::HASH, this);
+    if (guard.isRepeat())
+        return 0;
     uint32_t hash = 0;
     EntryWalk walk(*this);
     Reference<IQVUnknown> key;
@@ -103,6 +112,9 @@ int AbstractMap::compareTo(const Object& other) const
 
 String AbstractMap::toString() const
 {
+    CycleGuard guard(CycleGuard::TEXT, this);
+    if (guard.isRepeat())
+        return String(u"(this map)");
     String text(u"{");
     EntryWalk walk(*this);
     Reference<IQVUnknown> key;
@@ -112,18 +124,31 @@ String AbstractMap::toString() const
         if (!first)
             text += u", ";
         first = false;
-        if (dynamic_cast<const AbstractMap*>(key.get()) == this)
-            text += u"(this map)";
-        else
-            appendElementText(text, key.get());
+        appendElementText(text, key.get());
         text += u'=';
-        if (dynamic_cast<const AbstractMap*>(value.get()) == this)
-            text += u"(this map)";
-        else
-            appendElementText(text, value.get());
+        appendElementText(text, value.get());
     }
     text += u'}';
     return text;
+}
+
+Reference<AbstractSet> AbstractMap::keySet()
+{
+    return makeReference<MapKeySet>(this);
+}
+
+Reference<AbstractCollection> AbstractMap::values()
+{
+    return makeReference<MapValues>(this);
+}
+
+Reference<AbstractIterator> AbstractMap::createViewIterator(ViewKind kind, bool readOnly) const
+{
+    Reference<AbstractIterator> entries =
+        readOnly ? createConstEntryIterator() : const_cast<AbstractMap*>(this)->createEntrySet()->createIterator();
+    if (kind == ENTRIES)
+        return entries;
+    return makeReference<MapViewIterator>(std::move(entries), kind);
 }
 
 Result AbstractMap::GetSize(int32_t* size) const
@@ -215,6 +240,22 @@ Result AbstractMap::CreateConstEntryIterator(ConstIterator** entries) const
         return results::POINTER;
     *entries = nullptr;
     return guardBoundary([&] { *entries = createConstEntryIterator().detach(); });
+}
+
+Result AbstractMap::CreateKeySet(Set** keys)
+{
+    if (!keys)
+        return results::POINTER;
+    *keys = nullptr;
+    return guardBoundary([&] { *keys = keySet().detach(); });
+}
+
+Result AbstractMap::CreateValues(Collection** values)
+{
+    if (!values)
+        return results::POINTER;
+    *values = nullptr;
+    return guardBoundary([&] { *values = this->values().detach(); });
 }
 
 } // namespace qvcom

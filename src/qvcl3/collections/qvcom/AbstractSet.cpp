@@ -18,18 +18,21 @@ bool AbstractSet::equals(const Object& other) const
     if (&other == this)
         return true;
     const Set* set = dynamic_cast<const Set*>(&other);
+    CycleGuard guard(CycleGuard::EQUALS, this, &other);
+    if (guard.isRepeat())
+        return true;
     return set && sizeOf(*set) == getSize() && containsAll(*set);
 }
 
 uint32_t AbstractSet::hashCode() const
 {
+    CycleGuard guard(CycleGuard::HASH, this);
+    if (guard.isRepeat())
+        return 0;
     uint32_t hash = 0;
     Reference<AbstractIterator> it = createConstIterator();
-    while (it->hasNext()) {
-        Reference<IQVUnknown> element = it->next();
-        if (!isSelf(element.get()))
-            hash += elementHash(element.get());
-    }
+    while (it->hasNext())
+        hash += elementHash(it->next().get());
     return hash;
 }
 

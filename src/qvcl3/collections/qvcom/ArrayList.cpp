@@ -124,7 +124,7 @@ Reference<IQVUnknown> ArrayList::set(int32_t index, IQVUnknown* element)
 void ArrayList::insert(int32_t index, IQVUnknown* element)
 {
     if (index < 0 || index > m_size)
-        throwBadIndex(index, m_size + 1);
+        throwBadPosition(index, m_size);
     if (m_size == m_capacity)
         grow(m_size + 1);
     new (m_data + m_size) Reference<IQVUnknown>();
@@ -173,51 +173,6 @@ int32_t ArrayList::lastIndexOf(const IQVUnknown* element) const
             return i;
     }
     return -1;
-}
-
-Reference<AbstractIterator> ArrayList::createIterator()
-{
-    return makeReference<ArrayListIterator>(this, false);
-}
-
-Reference<AbstractIterator> ArrayList::createConstIterator() const
-{
-    return makeReference<ArrayListIterator>(const_cast<ArrayList*>(this), true);
-}
-
-ArrayListIterator::ArrayListIterator(ArrayList* list, bool readOnly)
-    : m_list(list), m_expectedModCount(list->getModCount()), m_readOnly(readOnly)
-{}
-
-ArrayListIterator::~ArrayListIterator() = default;
-
-bool ArrayListIterator::hasNext()
-{
-    return m_expectedModCount != m_list->getModCount() || m_cursor < m_list->m_size;
-}
-
-Reference<IQVUnknown> ArrayListIterator::next()
-{
-    if (m_expectedModCount != m_list->getModCount())
-        ArrayList::throwConcurrentChange();
-    if (m_cursor >= m_list->m_size)
-        ArrayList::throwNoMoreElements();
-    m_lastReturned = m_cursor++;
-    return m_list->m_data[m_lastReturned];
-}
-
-void ArrayListIterator::remove()
-{
-    if (m_readOnly)
-        AbstractIterator::remove();
-    if (m_lastReturned < 0)
-        throw IllegalStateException(QV_STR(u"no element to remove"));
-    if (m_expectedModCount != m_list->getModCount())
-        ArrayList::throwConcurrentChange();
-    m_list->removeAt(m_lastReturned);
-    m_cursor = m_lastReturned;
-    m_lastReturned = -1;
-    m_expectedModCount = m_list->getModCount();
 }
 
 } // namespace qvcom

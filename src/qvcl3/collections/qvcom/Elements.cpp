@@ -84,10 +84,15 @@ bool EntryWalk::next(Reference<IQVUnknown>& key, Reference<IQVUnknown>& value)
             return false;
         throwIfFailed(m_foreign->Next(element.put()));
     }
-    if (!readEntry(element.get(), key, value))
+    readWalkedEntry(element.get(), key, value);
+    return true;
+}
+
+void readWalkedEntry(const IQVUnknown* element, Reference<IQVUnknown>& key, Reference<IQVUnknown>& value)
+{
+    if (!readEntry(element, key, value))
         throw ResultException(results::NOINTERFACE,
                               QV_STR(u"a map's entry walk gave an element that is not a map entry"));
-    return true;
 }
 
 bool readEntry(const IQVUnknown* element, Reference<IQVUnknown>& key, Reference<IQVUnknown>& value)
@@ -100,6 +105,27 @@ bool readEntry(const IQVUnknown* element, Reference<IQVUnknown>& key, Reference<
     throwIfFailed(entry->GetKey(key.put()));
     throwIfFailed(entry->GetValue(value.put()));
     return true;
+}
+
+namespace {
+thread_local CycleGuard* t_innermostGuard = nullptr;
+} // namespace
+
+CycleGuard::CycleGuard(Work work, const void* object, const void* other) noexcept
+    : m_work(work), m_object(object), m_other(other), m_outer(t_innermostGuard)
+{
+    for (const CycleGuard* guard = m_outer; guard; guard = guard->m_outer) {
+        if (guard->m_work == work && guard->m_object == object && guard->m_other == other) {
+            m_repeat = true;
+            break;
+        }
+    }
+    t_innermostGuard = this;
+}
+
+CycleGuard::~CycleGuard()
+{
+    t_innermostGuard = m_outer;
 }
 
 void appendElementText(String& text, const IQVUnknown* element)

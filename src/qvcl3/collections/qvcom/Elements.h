@@ -42,6 +42,37 @@ private:
 // Key and value of an element that should be a MapEntry; false when it is not.
 bool readEntry(const IQVUnknown* element, Reference<IQVUnknown>& key, Reference<IQVUnknown>& value);
 
+// The same for an element a map's entry walk gave: ResultException
+// 0x80004002 when it is not a MapEntry.
+void readWalkedEntry(const IQVUnknown* element, Reference<IQVUnknown>& key, Reference<IQVUnknown>& value);
+
+// Marks on the current thread that text, hash, equality or order of a
+// collection (or of a pair of them) is being worked out, so that meeting the
+// same work again through the elements (a list holding a map holding the
+// list) is recognised instead of recursing without end. The guards of one
+// thread form a chain through the stack, innermost first; nothing is
+// allocated.
+class CycleGuard {
+public:
+    enum Work { TEXT, HASH, EQUALS, ORDER };
+
+    CycleGuard(Work work, const void* object, const void* other = nullptr) noexcept;
+    CycleGuard(const CycleGuard&) = delete;
+    CycleGuard& operator=(const CycleGuard&) = delete;
+    ~CycleGuard();
+
+    // True when an outer guard of this thread does the same work on the same
+    // objects.
+    bool isRepeat() const noexcept { return m_repeat; }
+
+private:
+    Work m_work;
+    const void* m_object;
+    const void* m_other;
+    CycleGuard* m_outer;
+    bool m_repeat = false;
+};
+
 // The text of an element inside a collection's text form.
 void appendElementText(String& text, const IQVUnknown* element);
 

@@ -228,6 +228,11 @@ Reference<AbstractIterator> HashMap::createConstEntryIterator() const
     return makeReference<HashMapIterator>(const_cast<HashMap*>(this), HashMapIterator::ENTRIES, true);
 }
 
+Reference<AbstractIterator> HashMap::createViewIterator(ViewKind kind, bool readOnly) const
+{
+    return makeReference<HashMapIterator>(const_cast<HashMap*>(this), kind, readOnly);
+}
+
 Reference<HashMapIterator> HashMap::createKeyIterator()
 {
     return makeReference<HashMapIterator>(this, HashMapIterator::KEYS);

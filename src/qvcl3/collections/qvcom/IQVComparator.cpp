@@ -139,6 +139,38 @@ const IQVComparator* GetStringComparator(bool ignoreCase) noexcept
     return ignoreCase ? folded : exact;
 }
 
+QV_BEGIN_INTERFACE_MAP(NaturalOrdering)
+QV_INTERFACE_ENTRY(NaturalOrdering, IQVOrdering)
+QV_END_INTERFACE_MAP()
+
+NaturalOrdering::~NaturalOrdering() = default;
+
+Result NaturalOrdering::Compare(const IQVUnknown* a, const IQVUnknown* b, int32_t* order) const
+{
+    if (!order)
+        return results::POINTER;
+    *order = 0;
+    if (!a || !b) {
+        *order = a ? 1 : (b ? -1 : 0);
+        return results::OK;
+    }
+    Reference<IQVComparable> comparable = comparableOf(a);
+    if (!comparable)
+        return results::NOINTERFACE;
+    int result = 0;
+    const Result code = comparable->CompareTo(b, &result);
+    if (code >= 0)
+        *order = result;
+    return code;
+}
+
+const IQVOrdering* GetNaturalOrdering() noexcept
+{
+    alignas(NaturalOrdering) static unsigned char storage[sizeof(NaturalOrdering)];
+    static NaturalOrdering* const ordering = keepForever(new (storage) NaturalOrdering());
+    return ordering;
+}
+
 } // namespace qvcom
 } // namespace collections
 } // namespace qv

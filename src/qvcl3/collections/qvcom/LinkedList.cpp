@@ -11,11 +11,6 @@ namespace qv {
 namespace collections {
 namespace qvcom {
 
-struct LinkedList::Node : LinkedList::Link {
-    explicit Node(IQVUnknown* value) noexcept : Link{nullptr, nullptr}, element(value) {}
-    Reference<IQVUnknown> element;
-};
-
 LinkedList::LinkedList(const IQVComparator* comparator) : AbstractList(comparator), m_header{&m_header, &m_header} {}
 
 LinkedList::LinkedList(const Collection& other, const IQVComparator* comparator)
@@ -149,7 +144,7 @@ void LinkedList::insert(int32_t index, IQVUnknown* element)
     if (index == m_size)
         addLast(element);
     else if (index < 0 || index > m_size)
-        throwBadIndex(index, m_size + 1);
+        throwBadPosition(index, m_size);
     else
         linkBefore(nodeAt(index), element);
 }
@@ -173,47 +168,97 @@ void LinkedList::clear()
     }
 }
 
-Reference<AbstractIterator> LinkedList::createIterator()
+Reference<AbstractListIterator> LinkedList::createListIterator(int32_t index)
 {
-    return makeReference<LinkedListIterator>(this, false);
+    return makeReference<LinkedListIterator>(this, index, false);
 }
 
-Reference<AbstractIterator> LinkedList::createConstIterator() const
+Reference<AbstractListIterator> LinkedList::createConstListIterator(int32_t index) const
 {
-    return makeReference<LinkedListIterator>(const_cast<LinkedList*>(this), true);
+    return makeReference<LinkedListIterator>(const_cast<LinkedList*>(this), index, true);
 }
 
-LinkedListIterator::LinkedListIterator(LinkedList* list, bool readOnly)
-    : m_list(list), m_expectedModCount(list->getModCount()), m_next(list->m_header.next), m_readOnly(readOnly)
-{}
+LinkedListIterator::LinkedListIterator(LinkedList* list, int32_t index, bool readOnly)
+    : m_list(list), m_expectedModCount(list->getModCount()), m_next(&list->m_header), m_nextIndex(index),
+      m_readOnly(readOnly)
+{
+    if (index < 0 || index > list->m_size)
+        LinkedList::throwBadPosition(index, list->m_size);
+    if (index < list->m_size)
+        m_next = list->nodeAt(index);
+}
 
 LinkedListIterator::~LinkedListIterator() = default;
 
-bool LinkedListIterator::hasNext()
+void LinkedListIterator::checkForChange() const
 {
-    return m_expectedModCount != m_list->getModCount() || m_next != &m_list->m_header;
+    if (m_expectedModCount != m_list->getModCount())
+        LinkedList::throwConcurrentChange();
+}
+
+void LinkedListIterator::checkWritable() const
+{
+    if (m_readOnly)
+        throw UnsupportedOperationException(QV_STR(u"this iterator cannot change the list"));
+    checkForChange();
+}
+
+bool LinkedListIterator::hasPrevious()
+{
+    return m_expectedModCount != m_list->getModCount() || m_next->prev != &m_list->m_header;
 }
 
 Reference<IQVUnknown> LinkedListIterator::next()
 {
-    if (m_expectedModCount != m_list->getModCount())
-        LinkedList::throwConcurrentChange();
-    if (m_next == &m_list->m_header)
+    return Reference<IQVUnknown>(nextBorrowed());
+}
+
+void LinkedListIterator::throwCannotStep() const
+{
+    checkForChange();
+    LinkedList::throwNoMoreElements();
+}
+
+Reference<IQVUnknown> LinkedListIterator::previous()
+{
+    checkForChange();
+    if (m_next->prev == &m_list->m_header)
         LinkedList::throwNoMoreElements();
+    m_next = m_next->prev;
     m_lastReturned = m_next;
-    m_next = m_next->next;
+    --m_nextIndex;
     return static_cast<LinkedList::Node*>(m_lastReturned)->element;
 }
 
 void LinkedListIterator::remove()
 {
-    if (m_readOnly)
-        AbstractIterator::remove();
+    checkWritable();
     if (!m_lastReturned)
-        throw IllegalStateException(QV_STR(u"no element to remove"));
-    if (m_expectedModCount != m_list->getModCount())
-        LinkedList::throwConcurrentChange();
+        throwNothingToChange();
+    if (m_lastReturned == m_next)
+        m_next = m_next->next; // after previous(): the cursor keeps its position
+    else
+        --m_nextIndex;
     m_list->unlink(static_cast<LinkedList::Node*>(m_lastReturned));
+    m_lastReturned = nullptr;
+    m_expectedModCount = m_list->getModCount();
+}
+
+Reference<IQVUnknown> LinkedListIterator::set(IQVUnknown* element)
+{
+    checkWritable();
+    if (!m_lastReturned)
+        throwNothingToChange();
+    Reference<IQVUnknown> previous(element);
+    static_cast<LinkedList::Node*>(m_lastReturned)->element.swap(previous);
+    return previous;
+}
+
+void LinkedListIterator::add(IQVUnknown* element)
+{
+    checkWritable();
+    m_list->linkBefore(m_next, element);
+    ++m_nextIndex;
     m_lastReturned = nullptr;
     m_expectedModCount = m_list->getModCount();
 }
