@@ -27,9 +27,9 @@ public:
     // ordering puts together with key, or -(insertion point) - 1.
     static int32_t binarySearch(const AbstractList& list, const IQVUnknown* key, const IQVOrdering* ordering = nullptr);
     static void reverse(AbstractList& list);
-    // Fisher-Yates from the last position down, swapping position i with
-    // (splitmix64 output mod (i + 1)) from the seed: the same seed gives the
-    // same order on every platform.
+    // Walks from the last position down, swapping position i with a position
+    // in [0, i] drawn from a fixed 64-bit generator started at the caller's seed:
+    // the same seed gives the same order on every platform.
     static void shuffle(AbstractList& list, uint64_t seed);
     // The first smallest (largest) element in iteration order;
     // IllegalStateException when the collection is empty.
