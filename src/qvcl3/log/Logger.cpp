@@ -14,13 +14,14 @@ namespace {
 const char16_t* const g_fieldKeys[Logger::FIELD_COUNT] = {u"sequence",  u"thread", u"name",
                                                           u"timestamp", u"level",  u"text"};
 
-// The keys as Strings made once: an entry then shares their text instead of
-// copying it for every field of every entry.
+// The keys as Strings made once and never destroyed: an entry borrows them
+// instead of copying or counting them for every field of every entry.
 const String& fieldKey(int field)
 {
-    static const String keys[Logger::FIELD_COUNT] = {String(g_fieldKeys[0]), String(g_fieldKeys[1]),
-                                                     String(g_fieldKeys[2]), String(g_fieldKeys[3]),
-                                                     String(g_fieldKeys[4]), String(g_fieldKeys[5])};
+    // Entries dropped during the process's exit may still name them.
+    static const String* const keys =
+        new String[Logger::FIELD_COUNT]{String(g_fieldKeys[0]), String(g_fieldKeys[1]), String(g_fieldKeys[2]),
+                                        String(g_fieldKeys[3]), String(g_fieldKeys[4]), String(g_fieldKeys[5])};
     return keys[field];
 }
 
@@ -98,27 +99,27 @@ Reference<ILogEntry> Logger::getLogEntry(int level, const String& text) const
     Reference<LogEntry> entry = LogEntry::create();
     if (m_fields[LEVEL]) {
         Reference<Integer32> value(new Integer32(level));
-        entry->setField(fieldKey(LEVEL), value.get());
+        entry->setLastingField(fieldKey(LEVEL), value.get());
     }
     if (m_fields[TEXT]) {
         Reference<String> value(new String(text));
-        entry->setField(fieldKey(TEXT), value.get());
+        entry->setLastingField(fieldKey(TEXT), value.get());
     }
     if (m_fields[SEQUENCE]) {
         Reference<Integer32> value(new Integer32(m_sequence.load(std::memory_order_relaxed)));
-        entry->setField(fieldKey(SEQUENCE), value.get());
+        entry->setLastingField(fieldKey(SEQUENCE), value.get());
     }
     if (m_fields[THREAD]) {
         Reference<UInteger32> value(new UInteger32(exec::Thread::getCurrentID()));
-        entry->setField(fieldKey(THREAD), value.get());
+        entry->setLastingField(fieldKey(THREAD), value.get());
     }
     if (m_fields[TIMESTAMP]) {
         Reference<TimeStamp> value(new TimeStamp(true));
-        entry->setField(fieldKey(TIMESTAMP), value.get());
+        entry->setLastingField(fieldKey(TIMESTAMP), value.get());
     }
     if (m_fields[NAME]) {
         Reference<String> value(new String(m_name));
-        entry->setField(fieldKey(NAME), value.get());
+        entry->setLastingField(fieldKey(NAME), value.get());
     }
     return Reference<ILogEntry>(static_cast<ILogEntry*>(entry.get()));
 }
