@@ -90,7 +90,12 @@ bool waitFor(const std::function<bool()>& done)
 TEST(EntryRecyclingTest, HammerFromProducersToWorkersLosesAndCorruptsNothing)
 {
     const int producers = 4;
+    // Enough for many batches to go round; the thread sanitizer runs fewer.
+#if defined(__SANITIZE_THREAD__)
+    const int perProducer = 5000;
+#else
     const int perProducer = 20000;
+#endif
     Reference<CheckingProcessor> sink(new CheckingProcessor());
     Reference<AsyncProcessor> async = AsyncProcessor::create(sink.get(), 2);
     std::atomic<int> heldBroken{0};

@@ -72,9 +72,10 @@ private:
     // Finds name's field, or null.
     Field* find(const String& name, uint32_t hash) const;
     Reference<IQVUnknown> lookup(const String& name) const;
-    void put(const String& name, bool lasting, IQVUnknown* value, const Object* object);
-    // setField for a name that outlives every entry.
-    void setLastingField(const String& name, const Object* value);
+    void put(const String& name, uint32_t hash, bool lasting, IQVUnknown* value, const Object* object);
+    // setField for a name that outlives every entry, whose hash (as the
+    // map's, String::hashCode(false)) the caller knows.
+    void setLastingField(const String& name, uint32_t hash, const Object* value);
 
     // The fields in the order they were first set, while they are few
     // enough for a StringHashMap of 101 buckets not to grow; the names are

@@ -123,13 +123,12 @@ LogEntry::Field* LogEntry::find(const String& name, uint32_t hash) const
     return nullptr;
 }
 
-void LogEntry::put(const String& name, bool lasting, IQVUnknown* value, const Object* object)
+void LogEntry::put(const String& name, uint32_t hash, bool lasting, IQVUnknown* value, const Object* object)
 {
     if (m_map) {
         m_map->put(name, value);
         return;
     }
-    const uint32_t hash = collections::StringKeyTraits::hash(name);
     if (Field* field = find(name, hash)) {
         field->value = Reference<IQVUnknown>(value);
         field->object = object;
@@ -170,12 +169,13 @@ void LogEntry::put(const String& name, bool lasting, IQVUnknown* value, const Ob
 
 void LogEntry::setField(const String& name, const Object* value)
 {
-    put(name, false, value ? const_cast<Object*>(value)->GetUnknown() : nullptr, value);
+    put(name, collections::StringKeyTraits::hash(name), false,
+        value ? const_cast<Object*>(value)->GetUnknown() : nullptr, value);
 }
 
-void LogEntry::setLastingField(const String& name, const Object* value)
+void LogEntry::setLastingField(const String& name, uint32_t hash, const Object* value)
 {
-    put(name, true, value ? const_cast<Object*>(value)->GetUnknown() : nullptr, value);
+    put(name, hash, true, value ? const_cast<Object*>(value)->GetUnknown() : nullptr, value);
 }
 
 Reference<IQVUnknown> LogEntry::lookup(const String& name) const
@@ -234,7 +234,8 @@ Result LogEntry::SetField(const char16_t* name, IQVUnknown* value)
     return ::qv::qvcom::guardBoundary([&] {
         if (!name)
             return results::POINTER;
-        put(String(name), false, value, dynamic_cast<const Object*>(value));
+        const String key(name);
+        put(key, collections::StringKeyTraits::hash(key), false, value, dynamic_cast<const Object*>(value));
         return results::OK;
     });
 }
