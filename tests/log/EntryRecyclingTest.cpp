@@ -23,6 +23,7 @@
 using namespace qv;
 using namespace qv::log;
 using logtest::field;
+using logtest::waitFor;
 
 namespace {
 
@@ -74,16 +75,6 @@ public:
 private:
     std::mutex m_lock;
 };
-
-bool waitFor(const std::function<bool()>& done)
-{
-    for (int i = 0; i < 2000; ++i) {
-        if (done())
-            return true;
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    }
-    return done();
-}
 
 } // namespace
 
