@@ -5,6 +5,7 @@
 // fields out of the entry's own storage, a worker that sleeps through a lone
 // entry.
 
+#include "AllocationSweep.h"
 #include "LogTestSupport.h"
 
 #include <qv/qvcl3.h>
@@ -227,4 +228,37 @@ TEST(AsyncProcessorTest, IdleWorkersWakeForEachLoneEntry)
     async.reset();
     logger.reset();
     EXPECT_EQ(sink->count(), 305u);
+}
+
+TEST(EntryRecyclingTest, AllocationFailureWhileFieldsMoveOutKeepsTheEntryWhole)
+{
+    if (!qvtest::allocationFaultsAvailable())
+        GTEST_SKIP() << "fault injection not built";
+    ExtraFieldsLogger logger;
+    Reference<logtest::CollectingProcessor> sink(new logtest::CollectingProcessor());
+    logger.addProcessor(sink.get());
+    logger.log(1, u"six fields");
+    ASSERT_EQ(sink->count(), 1u);
+    Reference<LogEntry> entry(dynamic_cast<LogEntry*>(const_cast<ILogEntry*>(sink->entries()[0].get())));
+    ASSERT_TRUE(entry);
+    // "level", "text", "name", "host", "pid": the next two new names move
+    // every field out of the entry's own storage.
+    const std::vector<std::string> before = logtest::names(entry.get());
+    ASSERT_EQ(before.size(), 5u);
+    Reference<String> value(new String(u"v"));
+    const int failures = qvtest::sweepAllocations(
+        [&] {
+            entry->setField(String(u"sixth"), value.get());
+            entry->setField(String(u"seventh"), value.get());
+        },
+        [&] {
+            EXPECT_EQ(field(entry.get(), u"text"), "replaced");
+            EXPECT_EQ(field(entry.get(), u"name"), "app");
+            EXPECT_EQ(field(entry.get(), u"pid"), "4242");
+            EXPECT_FALSE(entry->hasField(u"seventh"));
+        });
+    EXPECT_GT(failures, 0);
+    EXPECT_EQ(logtest::names(entry.get()).size(), 7u);
+    EXPECT_EQ(field(entry.get(), u"seventh"), "v");
+    EXPECT_EQ(field(entry.get(), u"level"), "1");
 }
