@@ -209,7 +209,7 @@ TEST(EntryRecyclingTest, LoggerKeysAndOwnNamesSurviveTheMoveOutOfTheEntry)
     EXPECT_NE(dynamic_cast<const Integer32*>(level.get()), nullptr);
 }
 
-TEST(AsyncProcessorTest, IdleWorkersWakeForEachLoneEntry)
+TEST(AsyncProcessorTest, IdleWorkerThreadsWakeForEachLoneEntry)
 {
     Reference<logtest::CollectingProcessor> sink(new logtest::CollectingProcessor());
     Reference<AsyncProcessor> async = AsyncProcessor::create(sink.get(), 3);
