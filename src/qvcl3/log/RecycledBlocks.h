@@ -66,9 +66,6 @@ public:
             freeChain(batch);
     }
 
-    // Blocks waiting on the shared stack, for tests.
-    static size_t sharedBlocks() noexcept { return Shared::instance().waiting.load() * BATCH; }
-
 private:
     struct Block {
         Block* next;
