@@ -19,9 +19,9 @@ namespace log {
 // than it allocates passes them on in batches of BATCH through a shared
 // stack; a thread whose list is empty takes a whole batch from there, so the
 // shared lock is taken once per BATCH blocks, not once per block. At most
-// MAX_BATCHES batches wait on the stack and 2 x BATCH blocks on a thread's
-// list; beyond that blocks go back to the general allocator, as they do when
-// a thread ends.
+// MAX_BATCHES batches wait on the stack and fewer than 2 x BATCH blocks on a
+// thread's list; beyond that blocks go back to the general allocator, as they
+// do when a thread ends.
 template <size_t Size>
 class RecycledBlocks {
 public:
