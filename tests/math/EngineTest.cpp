@@ -5,6 +5,7 @@
 #include "Limbs.h"
 #include "Montgomery.h"
 #include "Natural.h"
+#include "NewtonDivider.h"
 #include "NumberTheoreticTransform.h"
 #include "WideMath.h"
 
@@ -116,10 +117,11 @@ TEST(Multiplication, EveryAlgorithmMatchesSchoolbookAcrossItsBoundaries)
     // Small thresholds make each recursion level and each uneven split
     // happen with operands the schoolbook reference handles quickly.
     const size_t off = defaultThresholds().nttMul;
-    const Thresholds settings[] = {{4, 4, 9, 9, 64, off, off},
-                                   {2, 2, 3, 3, 64, off, off},
-                                   {8, 16, 20, 30, 64, off, off},
-                                   {4, 4, 9, 9, 64, 12, 20},
+    const size_t newton = defaultThresholds().newtonDivision;
+    const Thresholds settings[] = {{4, 4, 9, 9, 64, off, off, newton},
+                                   {2, 2, 3, 3, 64, off, off, newton},
+                                   {8, 16, 20, 30, 64, off, off, newton},
+                                   {4, 4, 9, 9, 64, 12, 20, newton},
                                    defaultThresholds()};
     for (const Thresholds& t : settings) {
         thresholds() = t;
@@ -213,6 +215,87 @@ TEST(Division, QuotientAndRemainderRebuildTheDividend)
             ASSERT_EQ(magAdd(magMul(q, b), r), a) << an << " / " << bn << " threshold " << threshold;
         }
     }
+}
+
+TEST(Division, NewtonReciprocalIsBelowTheTrueOneByAFewUnits)
+{
+    // Only speed depends on the error (every unit is one correction of a
+    // quotient block), so it is checked here, where a lost limb of
+    // precision shows.
+    int shape = 0;
+    for (size_t k : {size_t(1), size_t(8), size_t(9), size_t(10), size_t(33), size_t(64), size_t(257)}) {
+        for (int kind = 0; kind < 4; ++kind, ++shape) {
+            Mag d = randomMag(k, shape);
+            if (kind == 1)
+                d.assign(k, ~Limb(0));
+            d.back() |= Limb(1) << 63;
+            if (kind == 2) {
+                d.assign(k, 0);
+                d.back() = Limb(1) << 63;
+            }
+            Mag power(2 * k + 1);
+            power.back() = 1;
+            Mag exact;
+            magDivModClassic(power, magAddSmall(d, 1), &exact, nullptr);
+            const Mag x = approximateReciprocal(d);
+            ASSERT_LE(magCompare(x, exact), 0) << k << " limbs, kind " << kind;
+            ASSERT_LE(magCompare(magSub(exact, x), magFromU64(4)), 0) << k << " limbs, kind " << kind;
+        }
+    }
+}
+
+TEST(Division, NewtonReciprocalAgreesWithClassicDivision)
+{
+    // Divisors from the reciprocal's schoolbook base (8 limbs) through
+    // several Newton steps; quotients shorter than, as long as and many
+    // times longer than the divisor (one block, then several); precisions
+    // below the divisor's length as magDivMod uses them for short quotients.
+    // Divisor shapes: random, all ones (the reciprocal is B^k exactly, the
+    // largest d + 1), B^(n-1) 2^63 (the smallest normalised divisor) and a
+    // single low bit on top (the largest normalising shift).
+    int shape = 0;
+    for (size_t bn : {size_t(2), size_t(8), size_t(9), size_t(17), size_t(40), size_t(130)}) {
+        for (size_t an : {bn, bn + 1, bn + bn / 2, 2 * bn, 2 * bn + 1, 5 * bn + 3}) {
+            for (int kind = 0; kind < 4; ++kind, ++shape) {
+                Mag b = randomMag(bn, shape);
+                if (kind == 1)
+                    b.assign(bn, ~Limb(0));
+                if (kind == 2) {
+                    b.assign(bn, 0);
+                    b.back() = Limb(1) << 63;
+                }
+                if (kind == 3)
+                    b.back() = 1;
+                Mag a = randomMag(an, shape + 1);
+                // Exact multiples and one below them put the remainder at
+                // both of its ends.
+                Mag exact = magMul(b, randomMag(an - bn + 1, shape + 2));
+                for (const Mag& x : {a, exact, magSubSmall(exact, 1)}) {
+                    Mag q0, r0;
+                    magDivModClassic(x, b, &q0, &r0);
+                    for (size_t precision : {size_t(2), an - bn + 2, bn}) {
+                        Mag q, r;
+                        NewtonDivider(b, precision).divMod(x, &q, &r);
+                        ASSERT_EQ(q, q0) << x.size() << " / " << bn << " kind " << kind << " precision " << precision;
+                        ASSERT_EQ(r, r0) << x.size() << " / " << bn << " kind " << kind << " precision " << precision;
+                    }
+                }
+            }
+        }
+    }
+    // Through magDivMod with the switch lowered, and a dividend below the
+    // divisor.
+    ThresholdGuard guard;
+    thresholds().newtonDivision = 2;
+    Mag b = randomMag(50, 0), q, r;
+    magDivMod(magSubSmall(b, 1), b, &q, &r);
+    EXPECT_TRUE(q.empty());
+    EXPECT_EQ(r, magSubSmall(b, 1));
+    Mag a = randomMag(300, 1);
+    magDivMod(a, b, &q, nullptr);
+    magDivMod(a, b, nullptr, &r);
+    EXPECT_EQ(magAdd(magMul(q, b), r), a);
+    EXPECT_LT(magCompare(r, b), 0);
 }
 
 TEST(Division, SmallDivisorsAndExactDivision)

@@ -1,10 +1,13 @@
 #include "Natural.h"
 
 #include "MathError.h"
+#include "NewtonDivider.h"
 
 #include <cmath>
 #include <cstring>
 #include <deque>
+#include <memory>
+#include <vector>
 
 namespace qv {
 namespace math {
@@ -54,8 +57,26 @@ public:
         return m_powers[j];
     }
 
+    // x / powers[j]. Every level of a conversion divides by the same power,
+    // so where division goes through a reciprocal it is computed once.
+    void divMod(const Mag& x, size_t j, Mag* q, Mag* r)
+    {
+        const Mag& power = get(j);
+        const size_t threshold = thresholds().newtonDivision;
+        if (power.size() < threshold || x.size() < power.size() + threshold) {
+            magDivMod(x, power, q, r);
+            return;
+        }
+        if (m_reciprocals.size() <= j)
+            m_reciprocals.resize(j + 1);
+        if (!m_reciprocals[j])
+            m_reciprocals[j].reset(new NewtonDivider(power, power.size()));
+        m_reciprocals[j]->divMod(x, q, r);
+    }
+
 private:
     std::deque<Mag> m_powers;
+    std::vector<std::unique_ptr<NewtonDivider>> m_reciprocals;
 };
 
 const char DIGIT_PAIRS[] = "00010203040506070809101112131415161718192021222324252627282930313233343536373839"
@@ -127,7 +148,7 @@ void digitsRecursive(const Mag& x, char* end, size_t width, const BigBase& bb, P
         --j;
     const size_t lowDigits = bb.digits << j;
     Mag q, r;
-    magDivMod(x, powers.get(j), &q, &r);
+    powers.divMod(x, j, &q, &r);
     digitsRecursive(r, end, lowDigits, bb, powers);
     digitsRecursive(q, end - lowDigits, width - lowDigits, bb, powers);
 }
