@@ -170,6 +170,31 @@ TEST(Multiplication, TransformMatchesSchoolbook)
     }
 }
 
+TEST(Multiplication, WrappedTransformIsTheProductModuloBaseToTheLengthMinusOne)
+{
+    // All-ones operands make the wrapped sum carry round at the top; their
+    // products are multiples of B^n - 1 when n is their length, and may
+    // come out as 0 or as B^n - 1.
+    const size_t sizes[][3] = {{2, 1, 1}, {2, 2, 2}, {8, 8, 8}, {8, 5, 3}, {64, 64, 64}, {64, 40, 1}, {256, 200, 150}};
+    int shape = 0;
+    for (const auto& size : sizes) {
+        const size_t n = size[0];
+        for (int round = 0; round < 3; ++round, ++shape) {
+            Mag a = randomMag(size[1], shape), b = randomMag(size[2], shape + 1);
+            if (round == 1)
+                a.assign(size[1], ~Limb(0)), b.assign(size[2], ~Limb(0));
+            Mag wrapped(n);
+            nttMultiplyWrapped(wrapped.data(), n, a.data(), a.size(), b.data(), b.size());
+            trim(wrapped);
+            Mag modulus(n, ~Limb(0)), expected, actual;
+            magDivMod(schoolbookProduct(a, b), modulus, nullptr, &expected);
+            magDivMod(wrapped, modulus, nullptr, &actual);
+            ASSERT_EQ(actual, expected) << n << ": " << size[1] << " x " << size[2] << " round " << round;
+            ASSERT_LE(magCompare(wrapped, modulus), 0);
+        }
+    }
+}
+
 TEST(ModularPower, MontgomeryProductsAgreeWithDivision)
 {
     for (size_t n : {size_t(1), size_t(2), size_t(5), size_t(33), size_t(40)}) {
@@ -252,40 +277,46 @@ TEST(Division, NewtonReciprocalAgreesWithClassicDivision)
     // below the divisor's length as magDivMod uses them for short quotients.
     // Divisor shapes: random, all ones (the reciprocal is B^k exactly, the
     // largest d + 1), B^(n-1) 2^63 (the smallest normalised divisor) and a
-    // single low bit on top (the largest normalising shift).
+    // single low bit on top (the largest normalising shift). With the
+    // transform from 4 limbs on, the residues come from wrapped products.
+    ThresholdGuard guard;
     int shape = 0;
-    for (size_t bn : {size_t(2), size_t(8), size_t(9), size_t(17), size_t(40), size_t(130)}) {
-        for (size_t an : {bn, bn + 1, bn + bn / 2, 2 * bn, 2 * bn + 1, 5 * bn + 3}) {
-            for (int kind = 0; kind < 4; ++kind, ++shape) {
-                Mag b = randomMag(bn, shape);
-                if (kind == 1)
-                    b.assign(bn, ~Limb(0));
-                if (kind == 2) {
-                    b.assign(bn, 0);
-                    b.back() = Limb(1) << 63;
-                }
-                if (kind == 3)
-                    b.back() = 1;
-                Mag a = randomMag(an, shape + 1);
-                // Exact multiples and one below them put the remainder at
-                // both of its ends.
-                Mag exact = magMul(b, randomMag(an - bn + 1, shape + 2));
-                for (const Mag& x : {a, exact, magSubSmall(exact, 1)}) {
-                    Mag q0, r0;
-                    magDivModClassic(x, b, &q0, &r0);
-                    for (size_t precision : {size_t(2), an - bn + 2, bn}) {
-                        Mag q, r;
-                        NewtonDivider(b, precision).divMod(x, &q, &r);
-                        ASSERT_EQ(q, q0) << x.size() << " / " << bn << " kind " << kind << " precision " << precision;
-                        ASSERT_EQ(r, r0) << x.size() << " / " << bn << " kind " << kind << " precision " << precision;
+    for (size_t ntt : {defaultThresholds().nttMul, size_t(4)})
+        for (size_t bn : {size_t(2), size_t(8), size_t(9), size_t(17), size_t(40), size_t(130)}) {
+            for (size_t an : {bn, bn + 1, bn + bn / 2, 2 * bn, 2 * bn + 1, 5 * bn + 3}) {
+                for (int kind = 0; kind < 4; ++kind, ++shape) {
+                    thresholds().nttMul = thresholds().nttSqr = ntt;
+                    Mag b = randomMag(bn, shape);
+                    if (kind == 1)
+                        b.assign(bn, ~Limb(0));
+                    if (kind == 2) {
+                        b.assign(bn, 0);
+                        b.back() = Limb(1) << 63;
+                    }
+                    if (kind == 3)
+                        b.back() = 1;
+                    Mag a = randomMag(an, shape + 1);
+                    // Exact multiples and one below them put the remainder at
+                    // both of its ends.
+                    Mag exact = magMul(b, randomMag(an - bn + 1, shape + 2));
+                    for (const Mag& x : {a, exact, magSubSmall(exact, 1)}) {
+                        Mag q0, r0;
+                        magDivModClassic(x, b, &q0, &r0);
+                        for (size_t precision : {size_t(2), an - bn + 2, bn}) {
+                            Mag q, r;
+                            NewtonDivider(b, precision).divMod(x, &q, &r);
+                            ASSERT_EQ(q, q0)
+                                << x.size() << " / " << bn << " kind " << kind << " precision " << precision;
+                            ASSERT_EQ(r, r0)
+                                << x.size() << " / " << bn << " kind " << kind << " precision " << precision;
+                        }
                     }
                 }
             }
         }
-    }
     // Through magDivMod with the switch lowered, and a dividend below the
     // divisor.
-    ThresholdGuard guard;
+    thresholds() = defaultThresholds();
     thresholds().newtonDivision = 2;
     Mag b = randomMag(50, 0), q, r;
     magDivMod(magSubSmall(b, 1), b, &q, &r);

@@ -1,5 +1,7 @@
 #include "NewtonDivider.h"
 
+#include "NumberTheoreticTransform.h"
+
 #include <algorithm>
 
 namespace qv {
@@ -16,6 +18,56 @@ Mag powerOfLimbBase(size_t limbs)
     Mag p = allocMag(limbs + 1);
     p[limbs] = 1;
     return p;
+}
+
+// x mod (B^n - 1): the n-limb pieces of x added up, carries going around.
+// B^n - 1 itself stands for zero and is left so.
+Mag foldedModBaseMinusOne(const Mag& x, size_t n)
+{
+    Mag r = allocMag(n);
+    for (size_t i = 0; i < x.size(); i += n) {
+        const size_t len = std::min(n, x.size() - i);
+        Limb carry = add(r.data(), r.data(), n, x.data() + i, len);
+        while (carry)
+            carry = add1(r.data(), r.data(), n, carry);
+    }
+    return r;
+}
+
+// (x - y) mod (B^n - 1) for x, y of n limbs, normalised, below B^n - 1.
+Mag subtractModBaseMinusOne(Mag x, const Mag& y, size_t n)
+{
+    if (sub(x.data(), x.data(), n, y.data(), n))
+        sub1(x.data(), x.data(), n, 1); // went round: add B^n - 1
+    trim(x);
+    return x;
+}
+
+// The length of a wrapped product a * b mod (B^n - 1) that determines a
+// value known to be below B^limbs, or 0 when the full product is as cheap:
+// below the transform threshold, or when both round to the same length.
+size_t wrappedLength(const Mag& a, const Mag& b, size_t limbs) noexcept
+{
+    if (std::min(a.size(), b.size()) < thresholds().nttMul)
+        return 0;
+    const size_t n = nttLength(limbs + 2);
+    return n < nttLength(a.size() + b.size()) && a.size() <= n && b.size() <= n ? n : 0;
+}
+
+// x - a * b for a result known to be below B^(n-1), from the product
+// wrapped modulo B^n - 1. Empty when the result is out of that range (the
+// caller then takes the full product).
+bool differenceFromWrapped(const Mag& x, const Mag& a, const Mag& b, size_t n, Mag& result)
+{
+    Mag product = allocMag(n);
+    nttMultiplyWrapped(product.data(), n, a.data(), a.size(), b.data(), b.size());
+    Mag folded = foldedModBaseMinusOne(x, n);
+    // Both below B^n - 1 before subtracting: fold an all-ones value to 0.
+    for (Mag* v : {&product, &folded})
+        if (std::all_of(v->begin(), v->end(), [](Limb l) { return l == ~Limb(0); }))
+            std::fill(v->begin(), v->end(), Limb(0));
+    result = subtractModBaseMinusOne(std::move(folded), product, n);
+    return result.size() < n;
 }
 
 } // namespace
@@ -37,12 +89,18 @@ Mag approximateReciprocal(const Mag& d)
     }
     const size_t h = (k + 1) / 2 + 1;
     const Mag xh = approximateReciprocal(magHighLimbs(d, k - h));
-    const Mag p = magMul(magAddSmall(d, 1), xh);
-    // p <= B^(k+h) because xh is not above the reciprocal of d's top limbs
-    // plus one; the residue is small, about k limbs.
+    const Mag d1 = magAddSmall(d, 1);
+    // (d + 1) xh <= B^(k+h) because xh is not above the reciprocal of d's
+    // top limbs plus one; the residue is small, at most k + 1 limbs, so a
+    // product wrapped around B^n - 1 with n above that gives it.
     Mag residue;
-    if (p.size() <= k + h)
-        residue = magSub(powerOfLimbBase(k + h), p);
+    const size_t wrap = wrappedLength(d1, xh, k + 1);
+    if (!wrap || !differenceFromWrapped(powerOfLimbBase(k + h), d1, xh, wrap, residue) || residue.size() > k + 1) {
+        const Mag p = magMul(d1, xh);
+        residue.clear();
+        if (p.size() <= k + h)
+            residue = magSub(powerOfLimbBase(k + h), p);
+    }
     const size_t keep = k - h + 2;
     const size_t u = xh.size() > keep ? xh.size() - keep : 0;
     size_t s = residue.size() > keep ? residue.size() - keep : 0;
@@ -69,6 +127,17 @@ void NewtonDivider::divBlock(const Mag& z, size_t m, Mag& q, Mag& r) const
     cut = std::max(cut, n - m_precision);
     const Mag estimate = magMul(magHighLimbs(z, n - 1), magHighLimbs(m_inverse, cut - (n - m_precision)));
     q = magHighLimbs(estimate, n + 1 - cut);
+    // The remainder is below a few times the divisor, so where the
+    // transform is used only the product modulo B^w - 1 (w > n + 1) is
+    // needed.
+    const size_t wrap = wrappedLength(q, m_divisor, n + 1);
+    if (wrap && differenceFromWrapped(z, q, m_divisor, wrap, r) && r.size() <= n + 1) {
+        while (magCompare(r, m_divisor) >= 0) {
+            r = magSub(r, m_divisor);
+            q = magAddSmall(q, 1);
+        }
+        return;
+    }
     Mag product = magMul(q, m_divisor);
     // The estimate never exceeds the quotient; this loop only guards that.
     while (magCompare(product, z) > 0) {

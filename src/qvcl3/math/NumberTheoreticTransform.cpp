@@ -1,5 +1,7 @@
 #include "NumberTheoreticTransform.h"
 
+#include "Limbs.h"
+
 #include <algorithm>
 #include <memory>
 
@@ -332,10 +334,14 @@ size_t nttLength(size_t rn) noexcept
     return std::max(n, size_t(2));
 }
 
-void nttMultiply(Limb* r, const Limb* a, size_t an, const Limb* b, size_t bn)
+namespace {
+
+// The cyclic convolution of a and b of length n, its first `coefficients`
+// coefficients added up with carries into r[0, limbs) (limbs >= the
+// coefficients). Returns what carries out of r in carry[0..1].
+void convolveAndRebuild(Limb* r, size_t limbs, size_t n, size_t coefficients, const Limb* a, size_t an, const Limb* b,
+                        size_t bn, Limb carry[2])
 {
-    const size_t rn = an + bn;
-    const size_t n = nttLength(rn);
     // Three residue vectors, the second operand's transform and the
     // twiddle pairs; all written before they are read.
     std::unique_ptr<Limb[]> buffer(new Limb[6 * n]);
@@ -343,7 +349,7 @@ void nttMultiply(Limb* r, const Limb* a, size_t an, const Limb* b, size_t bn)
     for (int i = 0; i < 3; ++i) {
         const PrimeField& f = field(i);
         convolve(residues[i], buffer.get() + 3 * n, buffer.get() + 4 * n, n, a, an, b, bn, f);
-        for (size_t j = 0; j + 1 < rn; ++j)
+        for (size_t j = 0; j < coefficients; ++j)
             residues[i][j] = f.reduceTwice(f.reduceFourTimes(residues[i][j]));
     }
 
@@ -363,8 +369,8 @@ void nttMultiply(Limb* r, const Limb* a, size_t an, const Limb* b, size_t bn)
     const Limb p12ModP3 = f3.mul(p1ModP3, f3.toMontgomery(f3.reduce(p2)));
     const Limb p12InverseModP3 = f3.power(p12ModP3, f3.modulus() - 2);
     Limb acc0 = 0, acc1 = 0, acc2 = 0;
-    for (size_t i = 0; i < rn; ++i) {
-        if (i + 1 < rn) {
+    for (size_t i = 0; i < limbs; ++i) {
+        if (i < coefficients) {
             const Limb x1 = residues[0][i];
             const Limb v2 = f2.mul(f2.sub(residues[1][i], f2.reduce(x1)), p1InverseModP2);
             const Limb low = f3.add(f3.reduce(x1), f3.mul(f3.reduce(v2), p1ModP3));
@@ -396,6 +402,28 @@ void nttMultiply(Limb* r, const Limb* a, size_t an, const Limb* b, size_t bn)
         acc1 = acc2;
         acc2 = 0;
     }
+    carry[0] = acc0;
+    carry[1] = acc1;
+}
+
+} // namespace
+
+void nttMultiply(Limb* r, const Limb* a, size_t an, const Limb* b, size_t bn)
+{
+    const size_t rn = an + bn;
+    Limb carry[2];
+    convolveAndRebuild(r, rn, nttLength(rn), rn - 1, a, an, b, bn, carry);
+}
+
+void nttMultiplyWrapped(Limb* r, size_t n, const Limb* a, size_t an, const Limb* b, size_t bn)
+{
+    Limb carry[2];
+    convolveAndRebuild(r, n, n, n, a, an, b, bn, carry);
+    // B^n = 1: what carries out of the top goes in at the bottom, and the
+    // carry of that addition once more (it is then 1 at most).
+    Limb c = add(r, r, n, carry, 2);
+    while (c)
+        c = add1(r, r, n, c);
 }
 
 } // namespace detail

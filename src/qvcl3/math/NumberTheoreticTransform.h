@@ -22,6 +22,12 @@ size_t nttLength(size_t rn) noexcept;
 // the same array. an, bn >= 1 and an + bn <= 2^26.
 void nttMultiply(Limb* r, const Limb* a, size_t an, const Limb* b, size_t bn);
 
+// r (n limbs) = a * b mod (B^n - 1), the product wrapped around, from one
+// transform of length n (a power of two, 2 <= n <= 2^25); an, bn <= n, r
+// distinct from a and b. Zero may come out as B^n - 1. Half the cost of the
+// full product when only its low limbs are unknown.
+void nttMultiplyWrapped(Limb* r, size_t n, const Limb* a, size_t an, const Limb* b, size_t bn);
+
 } // namespace detail
 } // namespace math
 } // namespace qv
