@@ -149,9 +149,11 @@ TEST(Multiplication, LargeOperandsGoThroughToomAndStillAgree)
 TEST(Multiplication, TransformMatchesSchoolbook)
 {
     // Shape 1 (all-ones limbs) gives the largest coefficients the residues
-    // must rebuild; lengths around powers of two test the padding.
-    const size_t sizes[][2] = {{1, 1},  {2, 1},    {5, 3},     {33, 32},  {64, 64},
-                               {65, 2}, {300, 17}, {513, 512}, {1024, 1}, {1500, 1500}};
+    // must rebuild; lengths around powers of two test the padding, and
+    // those up to three quarters of one (4 x 3, 49 x 48, 65 x 2, 300 x 17,
+    // 1500 x 1500) take two transforms of half and a quarter the length.
+    const size_t sizes[][2] = {{1, 1},   {2, 1},  {5, 3},    {4, 3},     {49, 48},  {49, 49},    {33, 32},
+                               {64, 64}, {65, 2}, {300, 17}, {513, 512}, {1024, 1}, {1500, 1500}};
     int shape = 0;
     for (const auto& size : sizes) {
         for (int round = 0; round < 3; ++round, ++shape) {

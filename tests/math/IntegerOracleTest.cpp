@@ -155,7 +155,7 @@ private:
 
 TEST(IntegerOracle, AgreesWithPythonAtProductionThresholds)
 {
-    std::string data = oracle::run("oracle.py", "20261121", "1", "3000");
+    std::string data = oracle::run("oracle.py", "20261121", "1", "20000");
     ASSERT_FALSE(data.empty()) << "the oracle script did not run";
     oracle::Checker c = runCases(data);
     EXPECT_GT(c.lines, 20000u);

@@ -12,9 +12,9 @@ namespace detail {
 namespace {
 
 // Measured crossovers of Toom-3 and the transform (docs/math.md).
-constexpr size_t NTT_MUL = 3000;
-constexpr size_t NTT_SQR = 3500;
-constexpr size_t NEWTON_DIVISION = 1500;
+constexpr size_t NTT_MUL = 1800;
+constexpr size_t NTT_SQR = 2000;
+constexpr size_t NEWTON_DIVISION = 4000;
 
 } // namespace
 

@@ -51,7 +51,7 @@ size_t wrappedLength(const Mag& a, const Mag& b, size_t limbs) noexcept
     if (std::min(a.size(), b.size()) < thresholds().nttMul)
         return 0;
     const size_t n = nttLength(limbs + 2);
-    return n < nttLength(a.size() + b.size()) && a.size() <= n && b.size() <= n ? n : 0;
+    return n < nttProductLength(a.size() + b.size()) && a.size() <= n && b.size() <= n ? n : 0;
 }
 
 // x - a * b for a result known to be below B^(n-1), from the product

@@ -299,6 +299,18 @@ void load(Limb* t, size_t n, const Limb* a, size_t an, const PrimeField& f) noex
     std::fill(t + an, t + n, Limb(0));
 }
 
+// ta = ta * tb pointwise (tb = ta when squaring), with the factor 1 / n of
+// the inverse transform. mul(x, y) leaves a factor 1/R; scale = R^2 / n
+// takes it and the n out in one more product. mul takes factors below 2p
+// and answers below p.
+void multiplyPointwise(Limb* ta, const Limb* tb, size_t n, const PrimeField& f) noexcept
+{
+    const Limb nInverse = f.modulus() - (f.modulus() - 1) / n;
+    const Limb scale = f.toMontgomery(f.toMontgomery(nInverse));
+    for (size_t i = 0; i < n; ++i)
+        ta[i] = f.mul(f.mul(ta[i], tb[i]), scale);
+}
+
 // The cyclic convolution of a and b modulo one prime, left in ta with each
 // value below 4p.
 void convolve(Limb* ta, Limb* tb, Limb* tw, size_t n, const Limb* a, size_t an, const Limb* b, size_t bn,
@@ -312,16 +324,70 @@ void convolve(Limb* ta, Limb* tb, Limb* tw, size_t n, const Limb* a, size_t an, 
         load(tb, n, b, bn, f);
         forward(tb, n, tw, f);
     }
-    const Limb* fb = squaring ? ta : tb;
-    // mul(x, y) leaves a factor 1/R; scale = R^2 / n takes it and the n of
-    // the inverse transform out in one more product. mul takes factors below
-    // 2p and answers below p.
-    const Limb nInverse = f.modulus() - (f.modulus() - 1) / n;
-    const Limb scale = f.toMontgomery(f.toMontgomery(nInverse));
-    for (size_t i = 0; i < n; ++i)
-        ta[i] = f.mul(f.mul(ta[i], fb[i]), scale);
+    multiplyPointwise(ta, squaring ? ta : tb, n, f);
     invertTwiddles(tw, f, n);
     inverse(ta, n, tw, f);
+}
+
+// a (an <= 3m limbs) modulo x^(2m) + 1, its coefficients multiplied by
+// psi^i (psi of order 4m, so that the cyclic transform of length 2m gives
+// the negacyclic convolution), into t; and a modulo x^m - 1 into c.
+void loadSplit(Limb* t, Limb* c, size_t m, const Limb* a, size_t an, Limb psi, const PrimeField& f) noexcept
+{
+    auto digit = [&](size_t i) { return i < an ? f.reduce(a[i]) : Limb(0); };
+    Limb twist = f.toMontgomery(1);
+    for (size_t i = 0; i < 2 * m; ++i) {
+        t[i] = f.mul(f.sub(digit(i), digit(i + 2 * m)), twist);
+        twist = f.mul(twist, psi);
+    }
+    for (size_t i = 0; i < m; ++i)
+        c[i] = f.add(f.add(digit(i), digit(i + m)), digit(i + 2 * m));
+}
+
+// The product of a and b (an + bn - 1 <= 3m coefficients) modulo one prime
+// from two transforms of lengths 2m and m instead of one of 4m: modulo
+// x^(2m) + 1 it is A, modulo x^m - 1 it is C, and as x^(2m) + 1 = 2 there,
+// the product is A + (x^(2m) + 1) (C - A) / 2. Coefficients below p into
+// out[0, 3m); scratch holds 10m limbs.
+void convolveSplit(Limb* out, Limb* scratch, size_t m, const Limb* a, size_t an, const Limb* b, size_t bn,
+                   const PrimeField& f) noexcept
+{
+    const bool squaring = a == b && an == bn;
+    Limb* ta = scratch;
+    Limb* tb = ta + 2 * m;
+    Limb* ca = tb + 2 * m;
+    Limb* cb = ca + m;
+    Limb* tw = cb + m;
+    const Limb psi = f.rootOfUnity(4 * m);
+    fillTwiddles(tw, f, 2 * m);
+    loadSplit(ta, ca, m, a, an, psi, f);
+    forward(ta, 2 * m, tw, f);
+    forward(ca, m, tw, f);
+    if (!squaring) {
+        loadSplit(tb, cb, m, b, bn, psi, f);
+        forward(tb, 2 * m, tw, f);
+        forward(cb, m, tw, f);
+    }
+    multiplyPointwise(ta, squaring ? ta : tb, 2 * m, f);
+    multiplyPointwise(ca, squaring ? ca : cb, m, f);
+    invertTwiddles(tw, f, 2 * m);
+    inverse(ta, 2 * m, tw, f);
+    inverse(ca, m, tw, f);
+
+    const Limb psiInverse = f.power(psi, 4 * m - 1);
+    Limb untwist = f.toMontgomery(1);
+    for (size_t i = 0; i < 2 * m; ++i) {
+        ta[i] = f.mul(f.reduceTwice(f.reduceFourTimes(ta[i])), untwist);
+        untwist = f.mul(untwist, psiInverse);
+    }
+    const Limb half = (f.modulus() + 1) / 2;
+    for (size_t i = 0; i < m; ++i) {
+        Limb q = f.sub(f.reduceTwice(f.reduceFourTimes(ca[i])), f.add(ta[i], ta[i + m]));
+        q = (q >> 1) + (q & 1 ? half : 0);
+        out[i] = f.add(ta[i], q);
+        out[i + m] = ta[i + m];
+        out[i + 2 * m] = q;
+    }
 }
 
 } // namespace
@@ -334,21 +400,34 @@ size_t nttLength(size_t rn) noexcept
     return std::max(n, size_t(2));
 }
 
+size_t nttProductLength(size_t rn) noexcept
+{
+    const size_t n = nttLength(rn);
+    return n >= 8 && rn - 1 <= 3 * (n / 4) ? 3 * (n / 4) : n;
+}
+
 namespace {
 
-// The cyclic convolution of a and b of length n, its first `coefficients`
+// The convolution of a and b of length n, cyclic for a power of two and the
+// plain product for 3 m (an + bn - 1 <= 3 m); its first `coefficients`
 // coefficients added up with carries into r[0, limbs) (limbs >= the
 // coefficients). Returns what carries out of r in carry[0..1].
 void convolveAndRebuild(Limb* r, size_t limbs, size_t n, size_t coefficients, const Limb* a, size_t an, const Limb* b,
                         size_t bn, Limb carry[2])
 {
-    // Three residue vectors, the second operand's transform and the
-    // twiddle pairs; all written before they are read.
-    std::unique_ptr<Limb[]> buffer(new Limb[6 * n]);
+    // Three residue vectors and the scratch of the transforms (the second
+    // operand's and the twiddle pairs); all written before they are read.
+    const bool split = (n & (n - 1)) != 0;
+    std::unique_ptr<Limb[]> buffer(new Limb[split ? 3 * n + 10 * (n / 3) : 6 * n]);
     Limb* residues[3] = {buffer.get(), buffer.get() + n, buffer.get() + 2 * n};
+    Limb* scratch = buffer.get() + 3 * n;
     for (int i = 0; i < 3; ++i) {
         const PrimeField& f = field(i);
-        convolve(residues[i], buffer.get() + 3 * n, buffer.get() + 4 * n, n, a, an, b, bn, f);
+        if (split) {
+            convolveSplit(residues[i], scratch, n / 3, a, an, b, bn, f);
+            continue;
+        }
+        convolve(residues[i], scratch, scratch + n, n, a, an, b, bn, f);
         for (size_t j = 0; j < coefficients; ++j)
             residues[i][j] = f.reduceTwice(f.reduceFourTimes(residues[i][j]));
     }
@@ -412,7 +491,7 @@ void nttMultiply(Limb* r, const Limb* a, size_t an, const Limb* b, size_t bn)
 {
     const size_t rn = an + bn;
     Limb carry[2];
-    convolveAndRebuild(r, rn, nttLength(rn), rn - 1, a, an, b, bn, carry);
+    convolveAndRebuild(r, rn, nttProductLength(rn), rn - 1, a, an, b, bn, carry);
 }
 
 void nttMultiplyWrapped(Limb* r, size_t n, const Limb* a, size_t an, const Limb* b, size_t bn)

@@ -18,6 +18,11 @@ namespace detail {
 // that holds its rn - 1 coefficients.
 size_t nttLength(size_t rn) noexcept;
 
+// The number of points a product of rn limbs takes: nttLength(rn), or three
+// quarters of it when that holds the coefficients (one transform of half
+// the length and one of a quarter).
+size_t nttProductLength(size_t rn) noexcept;
+
 // r (an + bn limbs, distinct from a and b) = a * b; squares when a and b are
 // the same array. an, bn >= 1 and an + bn <= 2^26.
 void nttMultiply(Limb* r, const Limb* a, size_t an, const Limb* b, size_t bn);
