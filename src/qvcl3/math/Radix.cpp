@@ -20,7 +20,7 @@ const char DIGITS[] = "0123456789abcdefghijklmnopqrstuvwxyz";
 // Below this many limbs a number is converted by repeated division by the
 // radix's largest power that fits a limb; above it, divide and conquer.
 const size_t TO_STRING_BASECASE_LIMBS = 30;
-const size_t FROM_DIGITS_BASECASE_LIMBS = 40;
+const size_t FROM_DIGITS_BASECASE_LIMBS = 60;
 
 struct BigBase {
     Limb radix;
@@ -191,6 +191,24 @@ Mag powerOfTwoFromDigits(const unsigned char* d, size_t n, int bitsPerDigit)
     return r;
 }
 
+// The value of take <= bb.digits digits. Two halves accumulate side by side,
+// so that their chains of dependent multiplications overlap.
+Limb chunkValue(const unsigned char* d, size_t take, Limb radix) noexcept
+{
+    const size_t half = take / 2, rest = take - half;
+    Limb high = 0, low = 0, scale = 1;
+    for (size_t i = 0; i < half; ++i) {
+        high = high * radix + d[i];
+        low = low * radix + d[half + i];
+        scale *= radix;
+    }
+    if (rest > half) {
+        low = low * radix + d[take - 1];
+        scale *= radix;
+    }
+    return high * scale + low;
+}
+
 Mag fromDigitsBasecase(const unsigned char* d, size_t n, const BigBase& bb)
 {
     Mag r = allocMag(n / bb.digits + 1);
@@ -198,16 +216,12 @@ Mag fromDigitsBasecase(const unsigned char* d, size_t n, const BigBase& bb)
     size_t first = n % bb.digits;
     if (first == 0)
         first = bb.digits;
-    for (size_t pos = 0; pos < n;) {
-        size_t take = pos == 0 ? first : bb.digits;
-        Limb chunk = 0, scale = 1;
-        for (size_t i = 0; i < take; ++i) {
-            chunk = chunk * bb.radix + d[pos + i];
-            scale *= bb.radix;
-        }
-        pos += take;
-        // With no limbs yet, add1 hands the whole chunk back as its carry.
-        Limb carry = mul1(r.data(), r.data(), used, scale) + add1(r.data(), r.data(), used, chunk);
+    r[used++] = chunkValue(d, first, bb.radix);
+    for (size_t pos = first; pos < n; pos += bb.digits) {
+        // r = r * base + chunk in one pass, the chunk entering as the carry.
+        Limb carry = chunkValue(d + pos, bb.digits, bb.radix);
+        for (size_t i = 0; i < used; ++i)
+            r[i] = mulAdd2(r[i], bb.base, carry, 0, carry);
         if (carry)
             r[used++] = carry;
     }
