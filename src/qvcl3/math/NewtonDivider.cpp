@@ -54,9 +54,10 @@ size_t wrappedLength(const Mag& a, const Mag& b, size_t limbs) noexcept
     return n < nttProductLength(a.size() + b.size()) && a.size() <= n && b.size() <= n ? n : 0;
 }
 
-// x - a * b for a result known to be below B^(n-1), from the product
-// wrapped modulo B^n - 1. Empty when the result is out of that range (the
-// caller then takes the full product).
+// result = x - a * b for a difference expected below B^(n-1), from the
+// product wrapped modulo B^n - 1. False when the result is out of that
+// range, as a negative difference would be (the caller then takes the full
+// product).
 bool differenceFromWrapped(const Mag& x, const Mag& a, const Mag& b, size_t n, Mag& result)
 {
     Mag product = allocMag(n);
