@@ -168,6 +168,15 @@ TEST(Multiplication, TransformMatchesSchoolbook)
             nttMultiply(s.data(), a.data(), a.size(), a.data(), a.size());
             trim(s);
             ASSERT_EQ(s, schoolbookProduct(a, a)) << size[0] << " squared, round " << round;
+            // b's transforms kept and used twice, as radix conversion does.
+            const NttOperand fixed(b.data(), b.size(), a.size() + b.size());
+            ASSERT_TRUE(fixed.fits(a.size()));
+            for (const Mag& x : {a, randomMag(a.size(), shape + 2)}) {
+                Mag t(x.size() + b.size());
+                fixed.multiply(t.data(), x.data(), x.size());
+                trim(t);
+                ASSERT_EQ(t, schoolbookProduct(x, b)) << size[0] << " x " << size[1] << " kept, round " << round;
+            }
         }
     }
 }

@@ -312,19 +312,19 @@ void multiplyPointwise(Limb* ta, const Limb* tb, size_t n, const PrimeField& f) 
 }
 
 // The cyclic convolution of a and b modulo one prime, left in ta with each
-// value below 4p.
+// value below 4p. fixed, when given, is b's transform (b is then unused).
 void convolve(Limb* ta, Limb* tb, Limb* tw, size_t n, const Limb* a, size_t an, const Limb* b, size_t bn,
-              const PrimeField& f) noexcept
+              const Limb* fixed, const PrimeField& f) noexcept
 {
-    const bool squaring = a == b && an == bn;
+    const bool squaring = !fixed && a == b && an == bn;
     fillTwiddles(tw, f, n);
     load(ta, n, a, an, f);
     forward(ta, n, tw, f);
-    if (!squaring) {
+    if (!squaring && !fixed) {
         load(tb, n, b, bn, f);
         forward(tb, n, tw, f);
     }
-    multiplyPointwise(ta, squaring ? ta : tb, n, f);
+    multiplyPointwise(ta, fixed ? fixed : squaring ? ta : tb, n, f);
     invertTwiddles(tw, f, n);
     inverse(ta, n, tw, f);
 }
@@ -348,28 +348,34 @@ void loadSplit(Limb* t, Limb* c, size_t m, const Limb* a, size_t an, Limb psi, c
 // from two transforms of lengths 2m and m instead of one of 4m: modulo
 // x^(2m) + 1 it is A, modulo x^m - 1 it is C, and as x^(2m) + 1 = 2 there,
 // the product is A + (x^(2m) + 1) (C - A) / 2. Coefficients below p into
-// out[0, 3m); scratch holds 10m limbs.
+// out[0, 3m); scratch holds 10m limbs. b's two transforms are the 3m
+// limbs at fixed when given (as transformSplit leaves them).
 void convolveSplit(Limb* out, Limb* scratch, size_t m, const Limb* a, size_t an, const Limb* b, size_t bn,
-                   const PrimeField& f) noexcept
+                   const Limb* fixed, const PrimeField& f) noexcept
 {
-    const bool squaring = a == b && an == bn;
+    const bool squaring = !fixed && a == b && an == bn;
     Limb* ta = scratch;
-    Limb* tb = ta + 2 * m;
-    Limb* ca = tb + 2 * m;
-    Limb* cb = ca + m;
+    Limb* ca = ta + 2 * m;
+    Limb* tb = ca + m;
+    Limb* cb = tb + 2 * m;
     Limb* tw = cb + m;
     const Limb psi = f.rootOfUnity(4 * m);
     fillTwiddles(tw, f, 2 * m);
     loadSplit(ta, ca, m, a, an, psi, f);
     forward(ta, 2 * m, tw, f);
     forward(ca, m, tw, f);
-    if (!squaring) {
+    const Limb* fb = squaring ? ta : tb;
+    const Limb* fc = squaring ? ca : cb;
+    if (fixed) {
+        fb = fixed;
+        fc = fixed + 2 * m;
+    } else if (!squaring) {
         loadSplit(tb, cb, m, b, bn, psi, f);
         forward(tb, 2 * m, tw, f);
         forward(cb, m, tw, f);
     }
-    multiplyPointwise(ta, squaring ? ta : tb, 2 * m, f);
-    multiplyPointwise(ca, squaring ? ca : cb, m, f);
+    multiplyPointwise(ta, fb, 2 * m, f);
+    multiplyPointwise(ca, fc, m, f);
     invertTwiddles(tw, f, 2 * m);
     inverse(ta, 2 * m, tw, f);
     inverse(ca, m, tw, f);
@@ -413,7 +419,7 @@ namespace {
 // coefficients added up with carries into r[0, limbs) (limbs >= the
 // coefficients). Returns what carries out of r in carry[0..1].
 void convolveAndRebuild(Limb* r, size_t limbs, size_t n, size_t coefficients, const Limb* a, size_t an, const Limb* b,
-                        size_t bn, Limb carry[2])
+                        size_t bn, const Limb* fixed, Limb carry[2])
 {
     // Three residue vectors and the scratch of the transforms (the second
     // operand's and the twiddle pairs); all written before they are read.
@@ -424,10 +430,10 @@ void convolveAndRebuild(Limb* r, size_t limbs, size_t n, size_t coefficients, co
     for (int i = 0; i < 3; ++i) {
         const PrimeField& f = field(i);
         if (split) {
-            convolveSplit(residues[i], scratch, n / 3, a, an, b, bn, f);
+            convolveSplit(residues[i], scratch, n / 3, a, an, b, bn, fixed ? fixed + i * n : nullptr, f);
             continue;
         }
-        convolve(residues[i], scratch, scratch + n, n, a, an, b, bn, f);
+        convolve(residues[i], scratch, scratch + n, n, a, an, b, bn, fixed ? fixed + i * n : nullptr, f);
         for (size_t j = 0; j < coefficients; ++j)
             residues[i][j] = f.reduceTwice(f.reduceFourTimes(residues[i][j]));
     }
@@ -491,18 +497,52 @@ void nttMultiply(Limb* r, const Limb* a, size_t an, const Limb* b, size_t bn)
 {
     const size_t rn = an + bn;
     Limb carry[2];
-    convolveAndRebuild(r, rn, nttProductLength(rn), rn - 1, a, an, b, bn, carry);
+    convolveAndRebuild(r, rn, nttProductLength(rn), rn - 1, a, an, b, bn, nullptr, carry);
 }
 
 void nttMultiplyWrapped(Limb* r, size_t n, const Limb* a, size_t an, const Limb* b, size_t bn)
 {
     Limb carry[2];
-    convolveAndRebuild(r, n, n, n, a, an, b, bn, carry);
+    convolveAndRebuild(r, n, n, n, a, an, b, bn, nullptr, carry);
     // B^n = 1: what carries out of the top goes in at the bottom, and the
     // carry of that addition once more (it is then 1 at most).
     Limb c = add(r, r, n, carry, 2);
     while (c)
         c = add1(r, r, n, c);
+}
+
+NttOperand::NttOperand(const Limb* b, size_t bn, size_t rn)
+    : m_limbs(bn), m_length(nttProductLength(rn)), m_transforms(new Limb[3 * m_length])
+{
+    const bool split = (m_length & (m_length - 1)) != 0;
+    const size_t m = m_length / 3;
+    std::unique_ptr<Limb[]> twiddles(new Limb[split ? 4 * m : 2 * m_length]);
+    for (int i = 0; i < 3; ++i) {
+        const PrimeField& f = field(i);
+        Limb* t = m_transforms.get() + i * m_length;
+        if (split) {
+            fillTwiddles(twiddles.get(), f, 2 * m);
+            loadSplit(t, t + 2 * m, m, b, bn, f.rootOfUnity(4 * m), f);
+            forward(t, 2 * m, twiddles.get(), f);
+            forward(t + 2 * m, m, twiddles.get(), f);
+        } else {
+            fillTwiddles(twiddles.get(), f, m_length);
+            load(t, m_length, b, bn, f);
+            forward(t, m_length, twiddles.get(), f);
+        }
+    }
+}
+
+bool NttOperand::fits(size_t an) const noexcept
+{
+    return an >= 1 && nttProductLength(an + m_limbs) == m_length;
+}
+
+void NttOperand::multiply(Limb* r, const Limb* a, size_t an) const
+{
+    const size_t rn = an + m_limbs;
+    Limb carry[2];
+    convolveAndRebuild(r, rn, m_length, rn - 1, a, an, nullptr, 0, m_transforms.get(), carry);
 }
 
 } // namespace detail

@@ -9,6 +9,7 @@
 #include "WideMath.h"
 
 #include <cstddef>
+#include <memory>
 
 namespace qv {
 namespace math {
@@ -32,6 +33,29 @@ void nttMultiply(Limb* r, const Limb* a, size_t an, const Limb* b, size_t bn);
 // distinct from a and b. Zero may come out as B^n - 1. Half the cost of the
 // full product when only its low limbs are unknown.
 void nttMultiplyWrapped(Limb* r, size_t n, const Limb* a, size_t an, const Limb* b, size_t bn);
+
+// One operand's transforms (modulo each prime), kept for many products
+// with it: a radix conversion multiplies by the same power at every step
+// of a level, and a third of each product's transforms is then saved.
+class NttOperand {
+public:
+    // For products of about rn limbs in all; b (bn >= 1 limbs) is copied
+    // into the transforms and not kept.
+    NttOperand(const Limb* b, size_t bn, size_t rn);
+    NttOperand(const NttOperand&) = delete;
+    NttOperand& operator=(const NttOperand&) = delete;
+
+    // Whether a product with an operand of an limbs has the transforms'
+    // length.
+    bool fits(size_t an) const noexcept;
+    // r (an + bn limbs, distinct from a) = a * b; fits(an) must hold.
+    void multiply(Limb* r, const Limb* a, size_t an) const;
+
+private:
+    size_t m_limbs;
+    size_t m_length;
+    std::unique_ptr<Limb[]> m_transforms;
+};
 
 } // namespace detail
 } // namespace math

@@ -2,7 +2,9 @@
 
 #include "MathError.h"
 #include "NewtonDivider.h"
+#include "NumberTheoreticTransform.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <deque>
@@ -74,9 +76,30 @@ public:
         m_reciprocals[j]->divMod(x, q, r);
     }
 
+    // x * powers[j]. Every product of one level of a conversion from text
+    // has the same power and, but for the first, operands of one length, so
+    // where it goes through the transform, the power's is computed once.
+    Mag multiply(const Mag& x, size_t j)
+    {
+        const Mag& power = get(j);
+        if (x.empty() || std::min(x.size(), power.size()) < thresholds().nttMul)
+            return magMul(x, power);
+        if (m_transforms.size() <= j)
+            m_transforms.resize(j + 1);
+        if (!m_transforms[j])
+            m_transforms[j].reset(new NttOperand(power.data(), power.size(), 2 * power.size()));
+        if (!m_transforms[j]->fits(x.size()))
+            return magMul(x, power);
+        Mag r = allocMag(x.size() + power.size());
+        m_transforms[j]->multiply(r.data(), x.data(), x.size());
+        trim(r);
+        return r;
+    }
+
 private:
     std::deque<Mag> m_powers;
     std::vector<std::unique_ptr<NewtonDivider>> m_reciprocals;
+    std::vector<std::unique_ptr<NttOperand>> m_transforms;
 };
 
 const char DIGIT_PAIRS[] = "00010203040506070809101112131415161718192021222324252627282930313233343536373839"
@@ -239,7 +262,7 @@ Mag fromDigitsRecursive(const unsigned char* d, size_t n, const BigBase& bb, Pow
     const size_t lowDigits = bb.digits << j;
     Mag high = fromDigitsRecursive(d, n - lowDigits, bb, powers);
     Mag low = fromDigitsRecursive(d + (n - lowDigits), lowDigits, bb, powers);
-    return magAdd(magMul(high, powers.get(j)), low);
+    return magAdd(powers.multiply(high, j), low);
 }
 
 } // namespace
