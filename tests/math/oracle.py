@@ -219,13 +219,13 @@ def main():
         out.append('double %s %s' % (h(x), d))
 
     # Beyond the sizes above: division through Newton's reciprocal (from
-    # 4,000 limbs of divisor and quotient), products of up to 16,000 limbs
+    # 6,000 limbs of divisor and quotient), products of operands up to 24,000 limbs
     # through the transform of three quarters of a power of two, and
     # decimal text long enough for the reciprocals of the powers of ten.
     # Quotients shorter than, as long as and longer than the divisor, and
     # exact quotients (remainder 0 and divisor - 1).
     for i in range(count(10)):
-        bn = min(rng.randrange(3900, 6500), max_limbs)
+        bn = min(rng.randrange(5900, 8000), max_limbs)
         qn = min([rng.randrange(1, 12), rng.randrange(bn // 3, bn), bn + rng.randrange(-3, 4),
                   2 * bn + rng.randrange(0, 50)][i % 4], max_limbs)
         b = magnitude(bn)
@@ -242,9 +242,9 @@ def main():
         out.append('remt %s' % h(a - qt * b))
         out.append('modf %s' % h(a % b))
     for i in range(count(3)):
-        x = magnitude(min(rng.randrange(8100, 8700), max_limbs))
+        x = magnitude(min(rng.randrange(14200, 15500), max_limbs))
         if i == 1:
-            x = 10 ** (19 * min(8400, max_limbs)) - 1  # nine all the way: every block's remainder maximal
+            x = 10 ** (19 * min(14600, max_limbs)) - 1  # nine all the way: every block's remainder maximal
         if i == 2:
             x = -x
         out.append('radix 10 %s %s' % (h(x), str(x)))
