@@ -242,9 +242,9 @@ def main():
         out.append('remt %s' % h(a - qt * b))
         out.append('modf %s' % h(a % b))
     for i in range(count(3)):
-        x = magnitude(min(rng.randrange(14200, 15500), max_limbs))
+        x = magnitude(min(rng.randrange(16300, 17000), max_limbs))
         if i == 1:
-            x = 10 ** (19 * min(14600, max_limbs)) - 1  # nine all the way: every block's remainder maximal
+            x = 10 ** (19 * min(16600, max_limbs)) - 1  # nine all the way: every block's remainder maximal
         if i == 2:
             x = -x
         out.append('radix 10 %s %s' % (h(x), str(x)))
