@@ -214,8 +214,8 @@ Mag powerOfTwoFromDigits(const unsigned char* d, size_t n, int bitsPerDigit)
     return r;
 }
 
-// The value of take <= bb.digits digits. Two halves accumulate side by side,
-// so that their chains of dependent multiplications overlap.
+// The value of take digits (no more than fit a limb). Two halves accumulate
+// side by side, so that their chains of dependent multiplications overlap.
 Limb chunkValue(const unsigned char* d, size_t take, Limb radix) noexcept
 {
     const size_t half = take / 2, rest = take - half;
