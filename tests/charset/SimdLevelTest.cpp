@@ -254,6 +254,40 @@ TEST_F(CharsetSimdLevels, DecodingMatchesTheScalarLevelWithAFaultAtEveryPosition
     }
 }
 
+// Text of each kind with a character of each length, a lone surrogate of
+// either kind or a pair turned round at every position of the first blocks:
+// pairs across every block edge, and every lane holding the fault.
+TEST_F(CharsetSimdLevels, EncodingMatchesTheScalarLevelWithACharacterOrAFaultAtEveryPosition)
+{
+    static const std::u16string kinds[] = {u"a", u"\u00E9", u"\u4E2D", u"\U0001F600", std::u16string(1, u'\0')};
+    static const std::u16string inserts[] = {u"b",          u"\u00FF", u"\uFFFF", u"\U0010FFFF",
+                                             u"\U0001F600", u"\xD800", u"\xDFFF", u"\xDC00\xD800"};
+    for (const std::u16string& kind : kinds) {
+        for (size_t shift = 0; shift < 2; ++shift) {
+            std::u16string clean(shift, u'a');
+            while (clean.size() < 140) {
+                clean += kind;
+            }
+            for (size_t at = 0; at < 100; ++at) {
+                // At a character boundary, so that only the insert can be at fault.
+                const size_t boundary = at + ((clean[at] & 0xFC00) == 0xDC00 ? 1 : 0);
+                for (const std::u16string& insert : inserts) {
+                    std::u16string text = clean;
+                    text.insert(boundary, insert);
+                    const int32_t room = static_cast<int32_t>(3 * text.size());
+                    const auto scalar = convertAt<CTBUTF8, char16_t, char>(SimdLevel::Scalar, text, room, 1000, 1000);
+                    for (SimdLevel level : m_levels) {
+                        SCOPED_TRACE(testing::Message()
+                                     << "level " << static_cast<int>(level) << ", kind " << int(kind[0]) << ", at "
+                                     << boundary << ", insert " << int(insert[0]));
+                        EXPECT_EQ(scalar, (convertAt<CTBUTF8, char16_t, char>(level, text, room, 1000, 1000)));
+                    }
+                }
+            }
+        }
+    }
+}
+
 TEST_F(CharsetSimdLevels, ALevelAboveTheProcessorsIsLoweredAndTheScalarLevelIsAlwaysThere)
 {
     EXPECT_EQ(SimdLevel::Scalar, setUtf8SimdLevel(SimdLevel::Scalar));

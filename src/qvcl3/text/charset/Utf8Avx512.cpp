@@ -236,10 +236,15 @@ void decodeUtf8Avx512(const uint8_t* in, int32_t& inPos, int32_t inEnd, char16_t
 // surrogate none), and the bytes that count are packed together. A block
 // with a lone surrogate is left to the careful step; a pair cut by the end
 // of the block is left to the next block.
-void encodeUtf8Avx512(const char16_t* in, int32_t& ip, int32_t inEnd, uint8_t* out, int32_t& op, int32_t outEnd)
+void encodeUtf8Avx512(const char16_t* in, int32_t& inPos, int32_t inEnd, uint8_t* out, int32_t& outPos, int32_t outEnd)
 {
+    int32_t ip = inPos;
+    int32_t op = outPos;
     const __m512i next = _mm512_set_epi16(31, 31, 30, 29, 28, 27, 26, 25, 24, 23, 22, 21, 20, 19, 18, 17, 16, 15, 14,
                                           13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1);
+    // vpmultishiftqb bit offsets of the four bytes of both 32-bit lanes of
+    // each quadword.
+    const __m512i groupStarts = _mm512_set1_epi64(0x20262C3200060C12);
     while (inEnd - ip >= 32 && outEnd - op >= 128) {
         const __m512i u = _mm512_loadu_si512(in + ip);
         const uint32_t ascii = _mm512_cmplt_epu16_mask(u, _mm512_set1_epi16(0x80));
@@ -268,54 +273,64 @@ void encodeUtf8Avx512(const char16_t* in, int32_t& ip, int32_t inEnd, uint8_t* o
         uint32_t highs = _mm512_cmpeq_epi16_mask(tag, _mm512_set1_epi16(static_cast<short>(0xD800)));
         const uint32_t lows = _mm512_cmpeq_epi16_mask(tag, _mm512_set1_epi16(static_cast<short>(0xDC00)));
         if ((highs << 1) != lows) {
-            return;
+            break;
         }
+        // A pair cut by the end of the block waits for the next one; its
+        // high surrogate, like every low one, writes nothing here. A branch,
+        // not arithmetic: predicted, it lets the next load start before this
+        // block's classification is known.
         int length = 32;
+        uint32_t silent = lows;
         if ((highs >> 31) != 0) {
             length = 31;
             highs &= 0x7FFFFFFFu;
+            silent |= 0x80000000u;
         }
-        const uint32_t keep = length == 32 ? ~0u : 0x7FFFFFFFu;
-        const uint32_t twoByte = below800 & ~ascii & keep;
-        const uint32_t threeByte = ~below800 & ~(highs | lows) & keep;
-        const uint32_t oneByte = ascii & keep;
-        const __m512i following = _mm512_permutexvar_epi16(next, u);
+        const uint32_t twoByte = below800 & ~ascii;
+        const uint32_t threeByte = ~below800 & ~(highs | lows);
+        // Whether a block has pairs is steady in most text, whether each
+        // half has is not: the branch is taken per block.
+        const bool pairs = highs != 0;
+        const __m512i following = pairs ? _mm512_permutexvar_epi16(next, u) : u;
         for (int half = 0; half < 2; ++half) {
             const int shift = 16 * half;
             const __m512i c =
                 _mm512_cvtepu16_epi32(half == 0 ? _mm512_castsi512_si256(u) : _mm512_extracti64x4_epi64(u, 1));
-            const __m512i d = _mm512_cvtepu16_epi32(half == 0 ? _mm512_castsi512_si256(following)
-                                                              : _mm512_extracti64x4_epi64(following, 1));
             const __mmask16 h = static_cast<__mmask16>(highs >> shift);
-            const __mmask16 one = static_cast<__mmask16>(oneByte >> shift);
+            const __mmask16 one = static_cast<__mmask16>(ascii >> shift);
             const __mmask16 two = static_cast<__mmask16>(twoByte >> shift);
             const __mmask16 three = static_cast<__mmask16>(threeByte >> shift);
-            // (high << 10) + low - (0xD800 << 10) - 0xDC00 + 0x10000
-            const __m512i cp = _mm512_mask_mov_epi32(
-                c, h, _mm512_add_epi32(_mm512_slli_epi32(c, 10), _mm512_sub_epi32(d, _mm512_set1_epi32(0x35FDC00))));
-            // The six-bit groups in reverse order, last group in the low byte's
-            // place of a four-byte form; shorter forms shift it down.
-            const __m512i groups = _mm512_or_si512(
-                _mm512_or_si512(_mm512_and_si512(_mm512_slli_epi32(cp, 24), _mm512_set1_epi32(0x3F000000)),
-                                _mm512_and_si512(_mm512_slli_epi32(cp, 10), _mm512_set1_epi32(0x3F0000))),
-                _mm512_or_si512(_mm512_and_si512(_mm512_srli_epi32(cp, 4), _mm512_set1_epi32(0x3F00)),
-                                _mm512_srli_epi32(cp, 18)));
-            __m512i bytes = cp;
-            bytes = _mm512_mask_mov_epi32(bytes, two,
-                                          _mm512_or_si512(_mm512_srli_epi32(groups, 16), _mm512_set1_epi32(0x80C0)));
-            bytes = _mm512_mask_mov_epi32(bytes, three,
-                                          _mm512_or_si512(_mm512_srli_epi32(groups, 8), _mm512_set1_epi32(0x8080E0)));
-            bytes = _mm512_mask_mov_epi32(bytes, h, _mm512_or_si512(groups, _mm512_set1_epi32(0x808080F0)));
-            __m512i used = _mm512_maskz_mov_epi32(one, _mm512_set1_epi32(0xFF));
-            used = _mm512_mask_mov_epi32(used, two, _mm512_set1_epi32(0xFFFF));
-            used = _mm512_mask_mov_epi32(used, three, _mm512_set1_epi32(0xFFFFFF));
-            used = _mm512_mask_mov_epi32(used, h, _mm512_set1_epi32(-1));
-            const uint64_t usedBytes = _mm512_test_epi8_mask(used, used);
+            __m512i cp = c;
+            if (pairs) {
+                const __m512i d = _mm512_cvtepu16_epi32(half == 0 ? _mm512_castsi512_si256(following)
+                                                                  : _mm512_extracti64x4_epi64(following, 1));
+                // (high << 10) + low - (0xD800 << 10) - 0xDC00 + 0x10000
+                cp = _mm512_mask_add_epi32(c, h, _mm512_slli_epi32(c, 10),
+                                           _mm512_sub_epi32(d, _mm512_set1_epi32(0x35FDC00)));
+            }
+            // Every lane's four-byte form, first byte in the low byte: the
+            // value bits from 18, 12, 6 and 0 up (vpmultishiftqb), masked
+            // and tagged. The shorter forms are its last bytes with 60 or 40
+            // added to the first of them (80 | x becomes E0 | x or C0 | x).
+            const __m512i four =
+                _mm512_ternarylogic_epi32(_mm512_multishift_epi64_epi8(groupStarts, cp), _mm512_set1_epi32(0x3F3F3F07),
+                                          _mm512_set1_epi32(static_cast<int>(0x808080F0)), 0xEA);
+            __m512i bytes = _mm512_mask_add_epi32(four, three, _mm512_srli_epi32(four, 8), _mm512_set1_epi32(0x60));
+            bytes = _mm512_mask_add_epi32(bytes, two, _mm512_srli_epi32(four, 16), _mm512_set1_epi32(0x40));
+            bytes = _mm512_mask_mov_epi32(bytes, one, c);
+            // The bytes each lane writes, from the masks alone: the stores
+            // of the next half and block need not wait for the forms.
+            const uint32_t spoken = ~(silent >> shift) & 0xFFFF;
+            const uint64_t usedBytes =
+                _pdep_u64(spoken, 0x1111111111111111ull) | _pdep_u64(spoken & ~one, 0x2222222222222222ull) |
+                _pdep_u64(spoken & ~(one | two), 0x4444444444444444ull) | _pdep_u64(h, 0x8888888888888888ull);
             _mm512_storeu_si512(out + op, _mm512_maskz_compress_epi8(usedBytes, bytes));
             op += static_cast<int32_t>(_mm_popcnt_u64(usedBytes));
         }
         ip += length;
     }
+    inPos = ip;
+    outPos = op;
 }
 
 } // namespace qv::text::charset::detail
