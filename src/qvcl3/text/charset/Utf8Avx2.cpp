@@ -141,8 +141,10 @@ void decodeUtf8Avx2(const uint8_t* in, int32_t& inPos, int32_t inEnd, char16_t* 
     outPos = op;
 }
 
-void encodeUtf8Avx2(const char16_t* in, int32_t& ip, int32_t inEnd, uint8_t* out, int32_t& op, int32_t outEnd)
+void encodeUtf8Avx2(const char16_t* in, int32_t& inPos, int32_t inEnd, uint8_t* out, int32_t& outPos, int32_t outEnd)
 {
+    int32_t ip = inPos;
+    int32_t op = outPos;
     auto maskOf = [](__m256i lanes) {
         return static_cast<uint32_t>(
             _mm_movemask_epi8(_mm_packs_epi16(_mm256_castsi256_si128(lanes), _mm256_extracti128_si256(lanes, 1))));
@@ -161,7 +163,7 @@ void encodeUtf8Avx2(const char16_t* in, int32_t& ip, int32_t inEnd, uint8_t* out
         if (_mm256_testz_si256(u, _mm256_set1_epi16(static_cast<short>(0xF800))) == 0) {
             // Three-byte characters and surrogates: the SSE2 loops' blocks
             // for East Asian text and emoji beat a general AVX2 block here.
-            return;
+            break;
         }
         // ASCII and two-byte characters: each unit's two-byte form, or itself
         // where it is ASCII, in its own 16-bit lane, and only the first byte
@@ -187,6 +189,8 @@ void encodeUtf8Avx2(const char16_t* in, int32_t& ip, int32_t inEnd, uint8_t* out
         }
         ip += 16;
     }
+    inPos = ip;
+    outPos = op;
 }
 
 } // namespace qv::text::charset::detail
