@@ -115,13 +115,11 @@ void decodeUtf8Avx2(const uint8_t* in, int32_t& inPos, int32_t inEnd, char16_t* 
         }
         // A sequence running past the block is left out, from its lead on.
         int length = 32;
-        uint32_t ends = ~cont >> 1;
+        uint32_t ends = (~cont >> 1) | 0x80000000u;
         if ((lead2 >> 31) != 0) {
             length = 31;
-        } else {
-            ends |= 0x80000000u;
+            ends &= 0x7FFFFFFFu;
         }
-        ends &= length == 32 ? ~0u : 0x7FFFFFFFu;
         const __m256i p = _mm256_and_si256(
             v, _mm256_shuffle_epi8(payloadMask, _mm256_and_si256(_mm256_srli_epi16(v, 4), _mm256_set1_epi8(0x0F))));
         // The byte before each (zero before the block).

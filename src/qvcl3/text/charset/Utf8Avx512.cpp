@@ -15,13 +15,6 @@ namespace qv::text::charset::detail {
 
 namespace {
 
-// Bytes in [low, low + count).
-inline uint64_t inRange(__m512i v, int low, int count)
-{
-    return _mm512_cmplt_epu8_mask(_mm512_sub_epi8(v, _mm512_set1_epi8(static_cast<char>(low))),
-                                  _mm512_set1_epi8(static_cast<char>(count)));
-}
-
 // The UTF-16 units of the sequences of one half block (32 bytes, widened to
 // 16 bits: p0 the value bits of each byte, p1 those of the byte before).
 // Each lane ends up holding the unit it stands for when it is the last byte
