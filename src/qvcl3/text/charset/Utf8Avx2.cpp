@@ -141,6 +141,7 @@ void decodeUtf8Avx2(const uint8_t* in, int32_t& inPos, int32_t inEnd, char16_t* 
 
 void encodeUtf8Avx2(const char16_t* in, int32_t& inPos, int32_t inEnd, uint8_t* out, int32_t& outPos, int32_t outEnd)
 {
+    // Positions in locals, as in decoding.
     int32_t ip = inPos;
     int32_t op = outPos;
     auto maskOf = [](__m256i lanes) {

@@ -231,6 +231,7 @@ void decodeUtf8Avx512(const uint8_t* in, int32_t& inPos, int32_t inEnd, char16_t
 // of the block is left to the next block.
 void encodeUtf8Avx512(const char16_t* in, int32_t& inPos, int32_t inEnd, uint8_t* out, int32_t& outPos, int32_t outEnd)
 {
+    // Positions in locals, as in decoding.
     int32_t ip = inPos;
     int32_t op = outPos;
     const __m512i next = _mm512_set_epi16(31, 31, 30, 29, 28, 27, 26, 25, 24, 23, 22, 21, 20, 19, 18, 17, 16, 15, 14,
