@@ -11,6 +11,7 @@
 #include <qvcore3/qvcore3.h>
 
 #include "AllocationSweep.h"
+#include "ChildProcess.h"
 #include "QvTextPrinting.h"
 #include "TextIoSupport.h"
 
@@ -33,20 +34,7 @@ namespace {
 
 const Result kNotOpen = static_cast<Result>(0x80004007);
 
-// A fresh directory for the test's files, removed with them afterwards.
-class TempDirectory {
-public:
-    TempDirectory()
-    {
-        std::string pattern = (std::getenv("TMPDIR") ? std::getenv("TMPDIR") : "/tmp") + std::string("/qvchanXXXXXX");
-        m_path = mkdtemp(&pattern[0]) ? pattern : "";
-    }
-    ~TempDirectory() { std::system(("rm -rf '" + m_path + "'").c_str()); }
-    std::string file(const char* name) const { return m_path + "/" + name; }
-
-private:
-    std::string m_path;
-};
+using TempDirectory = qvtest::TempDir;
 
 std::string contents(const std::string& path)
 {

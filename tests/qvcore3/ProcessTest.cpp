@@ -212,7 +212,7 @@ TEST(Process, DetachedChildrenAreReaped)
 
 TEST(Process, FailuresLeaveNothingBehind)
 {
-    const int descriptors = qvtest::CountOpenDescriptors();
+    const int descriptors = qvtest::countOpenDescriptors();
     const uint32_t handles = QVHandleCountOpen();
     STRUCT_QV_PROCESS_PIPES pipes{1, 2, 3};
     QVHANDLE child = QV_INVALID_HANDLE;
@@ -224,7 +224,7 @@ TEST(Process, FailuresLeaveNothingBehind)
     EXPECT_EQ(QVProcessCreate(u"no-such-program-on-path", nullptr, nullptr, nullptr, 0, nullptr, &child),
               QV_E_FILE_NOT_FOUND);
     EXPECT_EQ(RunChild("exit 0", kAllPipes, &pipes, &child, nullptr, u"/nonexistent-dir"), QV_E_FILE_NOT_FOUND);
-    EXPECT_EQ(qvtest::CountOpenDescriptors(), descriptors);
+    EXPECT_EQ(qvtest::countOpenDescriptors(), descriptors);
     EXPECT_EQ(QVHandleCountOpen(), handles);
 
     EXPECT_EQ(QVProcessCreate(nullptr, nullptr, nullptr, nullptr, 0, nullptr, &child), QV_E_POINTER);
