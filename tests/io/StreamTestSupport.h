@@ -2,6 +2,7 @@
 #define QVCL3_TESTS_IO_STREAMTESTSUPPORT_H
 
 #include <qv/core/Exception.h>
+#include <qv/io/ByteArrayOutputStream.h>
 #include <qv/io/InputStream.h>
 #include <qv/io/OutputStream.h>
 
@@ -20,6 +21,13 @@ inline std::vector<signed char> bytes(const std::string& text)
 inline std::string text(const std::vector<signed char>& data)
 {
     return std::string(data.begin(), data.end());
+}
+
+// What a ByteArrayOutputStream holds, as unsigned bytes.
+inline std::vector<unsigned char> collected(const qv::io::ByteArrayOutputStream& out)
+{
+    const unsigned char* data = reinterpret_cast<const unsigned char*>(out.getData());
+    return std::vector<unsigned char>(data, data + out.size());
 }
 
 // The message of what an operation throws as E; fails the test when it

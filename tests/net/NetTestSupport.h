@@ -3,23 +3,12 @@
 
 #include <qv/net/InetSocketAddress.h>
 
+#include "ChildProcess.h"
+
 #include <chrono>
-#include <filesystem>
 #include <string>
 
 namespace nettest {
-
-// Descriptors open in this process: a test that counts them before and
-// after proves it leaked none.
-inline int openDescriptors()
-{
-    int count = 0;
-    for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
-        (void)entry;
-        ++count;
-    }
-    return count;
-}
 
 inline qv::net::InetSocketAddress loopback(uint16_t port = 0, bool v6 = false)
 {

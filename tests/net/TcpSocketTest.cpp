@@ -39,7 +39,7 @@ qv::Result failureOf(const std::function<void()>& operation)
 
 TEST(TcpSocket, RoundTripOverBothFamilies)
 {
-    const int before = nettest::openDescriptors();
+    const int before = qvtest::countOpenDescriptors();
     for (const bool v6 : {false, true}) {
         TcpServerSocket server(loopback(0, v6));
         EXPECT_TRUE(server.isBound());
@@ -62,7 +62,7 @@ TEST(TcpSocket, RoundTripOverBothFamilies)
         EXPECT_EQ(got, 6);
         EXPECT_NE(client.toString().toUtf8().find(" -> "), std::string::npos);
     }
-    EXPECT_EQ(nettest::openDescriptors(), before);
+    EXPECT_EQ(qvtest::countOpenDescriptors(), before);
 }
 
 TEST(TcpSocket, HalfCloseEndsOneDirectionOnly)
@@ -104,7 +104,7 @@ TEST(TcpSocket, OptionsAndAvailable)
 
 TEST(TcpSocket, FailuresCarryTheirSocketCodes)
 {
-    const int before = nettest::openDescriptors();
+    const int before = qvtest::countOpenDescriptors();
     EXPECT_EQ(failureOf([] { TcpClientSocket(loopback(closedPort())); }), QV_E_SOCKET_ECONNREFUSED);
     EXPECT_EQ(failureOf([] { TcpClientSocket(loopback(closedPort(true), true), 1000); }), QV_E_SOCKET_ECONNREFUSED);
     EXPECT_EQ(QVLastNativeSocketError(), 10061);
@@ -128,7 +128,7 @@ TEST(TcpSocket, FailuresCarryTheirSocketCodes)
     EXPECT_EQ(failureOf([&] { unconnected.write("x", 1); }), QV_E_SOCKET_ENOTSOCK);
     TcpServerSocket unbound;
     EXPECT_EQ(failureOf([&] { unbound.accept(10); }), QV_E_SOCKET_ENOTSOCK);
-    EXPECT_EQ(nettest::openDescriptors(), before);
+    EXPECT_EQ(qvtest::countOpenDescriptors(), before);
 }
 
 TEST(TcpSocket, SilentPeerAndSilentListenerTimeOut)
@@ -218,7 +218,7 @@ TEST(TcpSocket, AllocationFailuresLeakNoDescriptor)
 {
     if (!qvtest::allocationFaultsAvailable())
         GTEST_SKIP() << "built without fault injection";
-    const int before = nettest::openDescriptors();
+    const int before = qvtest::countOpenDescriptors();
     std::string received;
     EXPECT_GT(qvtest::sweepAllocations(
                   [&] {
@@ -232,10 +232,10 @@ TEST(TcpSocket, AllocationFailuresLeakNoDescriptor)
                       received.assign(buffer, 5);
                   },
                   [&] {
-                      EXPECT_EQ(nettest::openDescriptors(), before);
+                      EXPECT_EQ(qvtest::countOpenDescriptors(), before);
                       EXPECT_TRUE(received.empty());
                   }),
               0);
     EXPECT_EQ(received, "sweep");
-    EXPECT_EQ(nettest::openDescriptors(), before);
+    EXPECT_EQ(qvtest::countOpenDescriptors(), before);
 }

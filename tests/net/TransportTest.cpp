@@ -131,7 +131,7 @@ TEST(Transport, MemoryPairBehavesLikeASocketThread)
 
 TEST(QvNet, FunctionsReturnCodesAndNeverThrow)
 {
-    const int before = nettest::openDescriptors();
+    const int before = qvtest::countOpenDescriptors();
     QVNETSOCKET server = nullptr;
     ASSERT_EQ(QvNetTcpServerSocketCreate(u"127.0.0.1", 0, 0, &server), 0);
     uint16_t port = 0;
@@ -187,7 +187,7 @@ TEST(QvNet, FunctionsReturnCodesAndNeverThrow)
     const int32_t unknown = QvNetInetAddressResolve(u"no-such-host.invalid", bytes, &length);
     EXPECT_TRUE(unknown == QV_E_SOCKET_EAI_NONAME || unknown == QV_E_SOCKET_EAI_AGAIN ||
                 unknown == QV_E_SOCKET_EAI_NODATA);
-    EXPECT_EQ(nettest::openDescriptors(), before);
+    EXPECT_EQ(qvtest::countOpenDescriptors(), before);
 }
 
 namespace {
@@ -283,7 +283,7 @@ TEST(QvNet, OutOfMemoryIsAResultAndLeaksNothing)
 {
     if (!qvtest::allocationFaultsAvailable())
         GTEST_SKIP() << "built without fault injection";
-    const int before = nettest::openDescriptors();
+    const int before = qvtest::countOpenDescriptors();
     QVNETSOCKET server = nullptr;
     ASSERT_EQ(QvNetTcpServerSocketCreate(u"127.0.0.1", 0, 0, &server), 0);
     uint16_t port = 0;
@@ -307,5 +307,5 @@ TEST(QvNet, OutOfMemoryIsAResultAndLeaksNothing)
               0);
     EXPECT_GE(accepted, 1);
     EXPECT_EQ(QvNetSocketClose(server), 0);
-    EXPECT_EQ(nettest::openDescriptors(), before);
+    EXPECT_EQ(qvtest::countOpenDescriptors(), before);
 }

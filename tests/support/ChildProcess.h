@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <sstream>
@@ -169,6 +170,28 @@ inline RunResult run(const std::vector<std::string>& argv, const std::string& st
         result.out = readFile(out);
     result.err = readFile(err);
     return result;
+}
+
+// Runs a shell command and gives its standard output; status receives the
+// exit status (-1 when it could not run).
+inline std::string runCommand(const std::string& command, int* status = nullptr)
+{
+    std::string output;
+    FILE* pipe = popen(command.c_str(), "r");
+    if (pipe == nullptr) {
+        if (status)
+            *status = -1;
+        return output;
+    }
+    char buffer[4096];
+    size_t n;
+    while ((n = std::fread(buffer, 1, sizeof buffer, pipe)) > 0) {
+        output.append(buffer, n);
+    }
+    const int result = pclose(pipe);
+    if (status)
+        *status = WIFEXITED(result) ? WEXITSTATUS(result) : -1;
+    return output;
 }
 
 } // namespace qvtest
