@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+#include "Thrown.h"
+
 #include <string>
 #include <vector>
 
@@ -30,31 +32,8 @@ inline std::vector<unsigned char> collected(const qv::io::ByteArrayOutputStream&
     return std::vector<unsigned char>(data, data + out.size());
 }
 
-// The message of what an operation throws as E; fails the test when it
-// throws nothing.
-template <class E, class Operation>
-std::string messageOf(Operation&& operation)
-{
-    try {
-        operation();
-    } catch (const E& e) {
-        return e.getDescription().toUtf8();
-    }
-    ADD_FAILURE() << "nothing was thrown";
-    return std::string();
-}
-
-template <class Operation>
-qv::Result resultOf(Operation&& operation)
-{
-    try {
-        operation();
-    } catch (const qv::Exception& e) {
-        return e.getResult();
-    }
-    ADD_FAILURE() << "nothing was thrown";
-    return 0;
-}
+using qvtest::messageOf;
+using qvtest::resultOf;
 
 // A client-written source that overrides only the one abstract read. It
 // hands out at most `chunk` bytes per call, may answer 0 every other call,
