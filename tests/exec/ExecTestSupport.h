@@ -7,11 +7,6 @@
 
 #include "ChildProcess.h"
 
-#include <dirent.h>
-#include <unistd.h>
-
-#include <cstdio>
-#include <cstring>
 #include <string>
 
 namespace exectest {
@@ -50,6 +45,7 @@ inline qv::Result code(uint32_t value)
 }
 
 using qvtest::childProgram;
+using qvtest::countChildren;
 using qvtest::countOpenDescriptors;
 using qvtest::uniqueName;
 using qvtest::utf16;
@@ -69,29 +65,6 @@ private:
     Unlink m_unlink;
 };
 
-// Children of this process in any state, zombies included.
-inline int countChildren()
-{
-    int children = 0;
-    DIR* dir = opendir("/proc");
-    while (dirent* entry = dir ? readdir(dir) : nullptr) {
-        const std::string path = std::string("/proc/") + entry->d_name + "/stat";
-        FILE* file = std::fopen(path.c_str(), "r");
-        if (!file)
-            continue;
-        char line[512] = {};
-        const bool read = std::fgets(line, sizeof line, file) != nullptr;
-        std::fclose(file);
-        const char* close = read ? std::strrchr(line, ')') : nullptr;
-        char state = 0;
-        int parent = 0;
-        if (close && std::sscanf(close + 1, " %c %d", &state, &parent) == 2 && parent == static_cast<int>(getpid()))
-            ++children;
-    }
-    if (dir)
-        closedir(dir);
-    return children;
-}
 
 } // namespace exectest
 

@@ -2,6 +2,7 @@
 #define QVCL3_TESTS_NET_NETTESTSUPPORT_H
 
 #include <qv/net/InetSocketAddress.h>
+#include <qv/net/TcpServerSocket.h>
 
 #include "ChildProcess.h"
 
@@ -14,6 +15,13 @@ inline qv::net::InetSocketAddress loopback(uint16_t port = 0, bool v6 = false)
 {
     return qv::net::InetSocketAddress(
         qv::net::InetAddress::getLoopback(v6 ? qv::net::InetAddress::IPV6 : qv::net::InetAddress::IPV4), port);
+}
+
+// A port nothing listens on: bound once, then released.
+inline uint16_t closedPort(bool v6 = false)
+{
+    qv::net::TcpServerSocket probe(loopback(0, v6));
+    return probe.getLocalPort();
 }
 
 inline int64_t millisecondsSince(std::chrono::steady_clock::time_point start)

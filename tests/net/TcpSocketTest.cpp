@@ -20,12 +20,7 @@ using nettest::loopback;
 
 namespace {
 
-// A port nothing listens on: bound once, then released.
-uint16_t closedPort(bool v6 = false)
-{
-    TcpServerSocket probe(loopback(0, v6));
-    return probe.getLocalPort();
-}
+using nettest::closedPort;
 
 using qvtest::resultOf;
 

@@ -217,11 +217,7 @@ protected:
 
 TEST(CQVAbstractConnector, RetriesUntilTheServerAppearsThread)
 {
-    uint16_t port;
-    {
-        TcpServerSocket probe(loopback());
-        port = probe.getLocalPort();
-    }
+    const uint16_t port = nettest::closedPort();
     RecordingConnector connector(qv::String(u"127.0.0.1"), port);
     connector.setRetryPolicy(20, 20, 40);
     connector.setConnectTimeout(1000);
@@ -243,11 +239,7 @@ TEST(CQVAbstractConnector, RetriesUntilTheServerAppearsThread)
 
 TEST(CQVAbstractConnector, GivesUpCancelsAndStopsOnPermanentFailuresThread)
 {
-    uint16_t port;
-    {
-        TcpServerSocket probe(loopback());
-        port = probe.getLocalPort();
-    }
+    const uint16_t port = nettest::closedPort();
     RecordingConnector limited(qv::String(u"127.0.0.1"), port);
     limited.setRetryPolicy(3, 1, 1);
     EXPECT_EQ(limited.Connect(), QV_E_SOCKET_ECONNREFUSED);

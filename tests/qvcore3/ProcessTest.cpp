@@ -20,32 +20,7 @@ using qvtest::RunChild;
 
 constexpr uint32_t kAllPipes = QV_PROCESS_PIPE_STDIN | QV_PROCESS_PIPE_STDOUT | QV_PROCESS_PIPE_STDERR;
 
-// Children of this process in any state, zombies included, read from /proc.
-int CountChildren()
-{
-    int children = 0;
-    DIR* dir = opendir("/proc");
-    while (dirent* entry = dir ? readdir(dir) : nullptr) {
-        const std::string path = std::string("/proc/") + entry->d_name + "/stat";
-        FILE* file = std::fopen(path.c_str(), "r");
-        if (!file) {
-            continue;
-        }
-        char line[512] = {};
-        std::fgets(line, sizeof line, file);
-        std::fclose(file);
-        const char* close = std::strrchr(line, ')');
-        char state = 0;
-        int parent = 0;
-        if (close && std::sscanf(close + 1, " %c %d", &state, &parent) == 2 && parent == static_cast<int>(getpid())) {
-            ++children;
-        }
-    }
-    if (dir) {
-        closedir(dir);
-    }
-    return children;
-}
+using qvtest::countChildren;
 
 void CloseAll(const STRUCT_QV_PROCESS_PIPES& pipes)
 {
@@ -204,10 +179,10 @@ TEST(Process, DetachedChildrenAreReaped)
         EXPECT_EQ(QVProcessJoin(child, nullptr), QV_E_INVALIDARG);
     }
     const auto start = std::chrono::steady_clock::now();
-    while (CountChildren() != 0 && qvtest::MillisecondsSince(start) < 5000) {
+    while (countChildren() != 0 && qvtest::MillisecondsSince(start) < 5000) {
         QVThreadSleep(20);
     }
-    EXPECT_EQ(CountChildren(), 0);
+    EXPECT_EQ(countChildren(), 0);
 }
 
 TEST(Process, FailuresLeaveNothingBehind)

@@ -13,6 +13,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
@@ -54,6 +55,30 @@ inline int countOpenDescriptors()
     if (dir)
         closedir(dir);
     return count;
+}
+
+// Children of this process in any state, zombies included.
+inline int countChildren()
+{
+    int children = 0;
+    DIR* dir = opendir("/proc");
+    while (dirent* entry = dir ? readdir(dir) : nullptr) {
+        const std::string path = std::string("/proc/") + entry->d_name + "/stat";
+        FILE* file = std::fopen(path.c_str(), "r");
+        if (!file)
+            continue;
+        char line[512] = {};
+        const bool read = std::fgets(line, sizeof line, file) != nullptr;
+        std::fclose(file);
+        const char* close = read ? std::strrchr(line, ')') : nullptr;
+        char state = 0;
+        int parent = 0;
+        if (close && std::sscanf(close + 1, " %c %d", &state, &parent) == 2 && parent == static_cast<int>(getpid()))
+            ++children;
+    }
+    if (dir)
+        closedir(dir);
+    return children;
 }
 
 inline std::string readFile(const std::string& path)
