@@ -178,7 +178,7 @@ TEST_F(Registry, ConcurrentProcessesLeaveExactlyTheExpectedKeys)
     constexpr int kProcesses = 8;
     std::vector<pid_t> children;
     for (int i = 0; i < kProcesses; ++i) {
-        children.push_back(qvtest::spawn({QVTEST_CHILD, "churn", std::to_string(i), "200"}));
+        children.push_back(qvtest::spawn({QVTEST_REGISTRY_CHILD, "churn", std::to_string(i), "200"}));
         ASSERT_GT(children.back(), 0);
     }
     for (pid_t child : children)
@@ -212,7 +212,7 @@ TEST_F(Registry, AWriterKilledMidWriteNeverLeavesATornValue)
     int seen = 0;
     for (int round = 0; round < 12; ++round) {
         std::remove(ready.c_str());
-        const pid_t child = qvtest::spawn({QVTEST_CHILD, "write", "ready", ready});
+        const pid_t child = qvtest::spawn({QVTEST_REGISTRY_CHILD, "write", "ready", ready});
         ASSERT_GT(child, 0);
         struct stat status;
         while (stat(ready.c_str(), &status) != 0)
