@@ -1,4 +1,4 @@
-#include "ChildProcess.h"
+#include "CliTestSupport.h"
 
 #include <gtest/gtest.h>
 

@@ -6,17 +6,12 @@
 
 #include <qv/lang/String.h>
 
+#include "ChildProcess.h"
+
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
-#include <fstream>
-#include <iterator>
 #include <random>
 #include <string>
 #include <vector>
-
-#include <sys/wait.h>
-#include <unistd.h>
 
 namespace qvtest {
 
@@ -60,58 +55,21 @@ inline std::vector<uint8_t> randomBytes(std::mt19937& random, size_t size)
     return bytes;
 }
 
-// A scratch file that is removed with the object.
+// A scratch file in a directory of its own, both removed with the object.
 class TempFile {
 public:
-    TempFile()
-    {
-        char name[] = "/tmp/qvcl3-crypto-XXXXXX";
-        const int fd = mkstemp(name);
-        if (fd >= 0) {
-            close(fd);
-            m_path = name;
-        }
-    }
-    ~TempFile()
-    {
-        if (!m_path.empty()) {
-            std::remove(m_path.c_str());
-        }
-    }
     const std::string& path() const { return m_path; }
-    void write(const std::vector<uint8_t>& bytes) const
-    {
-        std::ofstream(m_path, std::ios::binary).write(reinterpret_cast<const char*>(bytes.data()), long(bytes.size()));
-    }
+    void write(const std::vector<uint8_t>& bytes) const { writeFile(m_path, std::string(bytes.begin(), bytes.end())); }
     std::vector<uint8_t> read() const
     {
-        std::ifstream in(m_path, std::ios::binary);
-        return std::vector<uint8_t>(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+        const std::string bytes = readFile(m_path);
+        return std::vector<uint8_t>(bytes.begin(), bytes.end());
     }
 
 private:
-    std::string m_path;
+    TempDir m_dir{"qvcl3-crypto"};
+    std::string m_path = m_dir.file("data");
 };
-
-// Runs a shell command and gives its standard output; status receives the
-// exit status (-1 when it could not run).
-inline std::string runCommand(const std::string& command, int* status)
-{
-    std::string output;
-    FILE* pipe = popen(command.c_str(), "r");
-    if (pipe == nullptr) {
-        *status = -1;
-        return output;
-    }
-    char buffer[4096];
-    size_t n;
-    while ((n = std::fread(buffer, 1, sizeof buffer, pipe)) > 0) {
-        output.append(buffer, n);
-    }
-    const int result = pclose(pipe);
-    *status = WIFEXITED(result) ? WEXITSTATUS(result) : -1;
-    return output;
-}
 
 } // namespace qvtest
 

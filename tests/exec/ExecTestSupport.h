@@ -5,11 +5,8 @@
 #include <qv/io/IoException.h>
 #include <qvcore3/qvcore3.h>
 
-#include <dirent.h>
-#include <unistd.h>
+#include "ChildProcess.h"
 
-#include <cstdio>
-#include <cstring>
 #include <string>
 
 namespace exectest {
@@ -47,23 +44,11 @@ inline qv::Result code(uint32_t value)
     return static_cast<qv::Result>(value);
 }
 
-inline std::u16string utf16(const std::string& text)
-{
-    return std::u16string(text.begin(), text.end());
-}
-
-inline const std::u16string& childProgram()
-{
-    static const std::u16string path = utf16(QVCL3_TEST_EXEC_CHILD);
-    return path;
-}
-
-// A name no other test run on this machine uses at the same time.
-inline std::string uniqueName(const char* stem)
-{
-    static int counter = 0;
-    return std::string("qvcl3-test-") + stem + "-" + std::to_string(getpid()) + "-" + std::to_string(++counter);
-}
+using qvtest::childProgram;
+using qvtest::countChildren;
+using qvtest::countOpenDescriptors;
+using qvtest::uniqueName;
+using qvtest::utf16;
 
 // A unique name for a named semaphore or shared memory region, removed with
 // the given platform call at the end of the test, whatever happened.
@@ -80,40 +65,6 @@ private:
     Unlink m_unlink;
 };
 
-inline int countOpenDescriptors()
-{
-    int count = 0;
-    DIR* dir = opendir("/proc/self/fd");
-    while (dir && readdir(dir))
-        ++count;
-    if (dir)
-        closedir(dir);
-    return count;
-}
-
-// Children of this process in any state, zombies included.
-inline int countChildren()
-{
-    int children = 0;
-    DIR* dir = opendir("/proc");
-    while (dirent* entry = dir ? readdir(dir) : nullptr) {
-        const std::string path = std::string("/proc/") + entry->d_name + "/stat";
-        FILE* file = std::fopen(path.c_str(), "r");
-        if (!file)
-            continue;
-        char line[512] = {};
-        const bool read = std::fgets(line, sizeof line, file) != nullptr;
-        std::fclose(file);
-        const char* close = read ? std::strrchr(line, ')') : nullptr;
-        char state = 0;
-        int parent = 0;
-        if (close && std::sscanf(close + 1, " %c %d", &state, &parent) == 2 && parent == static_cast<int>(getpid()))
-            ++children;
-    }
-    if (dir)
-        closedir(dir);
-    return children;
-}
 
 } // namespace exectest
 

@@ -143,7 +143,7 @@ protected:
         m_dir.write("greetings.properties", "greeting=Hello\nfarewell=Goodbye\nroot.only=root\n");
         m_dir.write("greetings_de.properties", "farewell=Auf Wiedersehen\nde.file.only=file\n");
         m_dir.write("greetings_de_AT.properties", "greeting=Servus\n");
-        ASSERT_EQ(0, qvtest::run({QVTEST_REGSVR, "-s", QVTEST_BUNDLE_MODULE}));
+        ASSERT_EQ(0, qvtest::run({QVTEST_REGSVR, "-s", QVTEST_BUNDLE_MODULE}).status);
         StringBundle::clearCache();
     }
 
@@ -181,7 +181,7 @@ TEST_F(ComponentBundleTest, FindsAComponentByProgIdAheadOfTheFileOfItsLevelAndFa
     EXPECT_EQ(qv::results::INVALID_DATA, swiss->GetString(u"broken", &out));
     EXPECT_EQ("Hello", text(StringBundle::getBundle(u"greetings", Locale(u"fr")), u"greeting"));
 
-    ASSERT_EQ(0, qvtest::run({QVTEST_REGSVR, "-s", "-u", QVTEST_BUNDLE_MODULE}));
+    ASSERT_EQ(0, qvtest::run({QVTEST_REGSVR, "-s", "-u", QVTEST_BUNDLE_MODULE}).status);
     EXPECT_EQ("Tsch\u00FCss", text(swiss, u"farewell")) << "a bundle handed out stays valid";
     StringBundle::clearCache();
     Reference<const StringBundle> fromFiles = StringBundle::getBundle(u"greetings", Locale(u"de_CH"));

@@ -14,15 +14,7 @@
 using namespace qv;
 using namespace qv::io;
 
-namespace {
-
-std::vector<unsigned char> collected(const ByteArrayOutputStream& out)
-{
-    const unsigned char* data = reinterpret_cast<const unsigned char*>(out.getData());
-    return std::vector<unsigned char>(data, data + out.size());
-}
-
-} // namespace
+using iotest::collected;
 
 TEST(BitOutputStream, PacksFieldsMostSignificantBitFirst)
 {

@@ -7,6 +7,8 @@
 #include <qv/io/StdioInputStream.h>
 #include <qv/io/StdioOutputStream.h>
 
+#include "ChildProcess.h"
+
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
@@ -65,11 +67,6 @@ int pipeWith(const std::string& text)
     return fds[0];
 }
 
-std::string fileText(const char* path)
-{
-    std::ifstream file(path, std::ios::binary);
-    return std::string((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
-}
 
 } // namespace
 
@@ -139,7 +136,7 @@ TEST(StdioOutputStream, WritesThroughTheStandardStreams)
         stream->flush();
         stream->close();
     }
-    EXPECT_EQ(fileText(path), "to stdout\n!");
+    EXPECT_EQ(qvtest::readFile(path), "to stdout\n!");
     ftruncate(fd, 0);
     lseek(fd, 0, SEEK_SET);
     {
@@ -149,7 +146,7 @@ TEST(StdioOutputStream, WritesThroughTheStandardStreams)
         stream->write("to stderr", 9);
         stream->flush();
     }
-    EXPECT_EQ(fileText(path), "to stderr");
+    EXPECT_EQ(qvtest::readFile(path), "to stderr");
     close(fd);
     unlink(path);
 }

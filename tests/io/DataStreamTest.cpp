@@ -15,14 +15,9 @@
 
 using namespace qv;
 using namespace qv::io;
+using iotest::collected;
 
 namespace {
-
-std::vector<unsigned char> collected(const ByteArrayOutputStream& out)
-{
-    return std::vector<unsigned char>(reinterpret_cast<const unsigned char*>(out.getData()),
-                                      reinterpret_cast<const unsigned char*>(out.getData()) + out.size());
-}
 
 template <class T>
 uint64_t bitsOf(T value)

@@ -47,17 +47,6 @@ std::u16string readAll(Reader* reader, int32_t readSize)
     return text;
 }
 
-// The description of what operation throws as E ("" when it throws nothing).
-template <class E, class Operation>
-std::string failure(Operation&& operation)
-{
-    try {
-        operation();
-    } catch (const E& e) {
-        return e.getDescription().toUtf8();
-    }
-    return "";
-}
 
 // The characters an encoding round-trips, found by asking its converters:
 // a sample of the Basic Multilingual Plane and beyond. Combining marks are
@@ -176,14 +165,14 @@ TEST(EncodingReaderWriterTest, MalformedInputIsReportedAtItsByteOffsetAfterTheTe
         auto reader = makeReference<InputStreamReader>(trickle.get(), u"UTF-8");
         std::u16string text;
         char16_t units[700];
-        std::string message = failure<InvalidCharacterException>([&] {
+        std::string message = qvtest::messageOf<InvalidCharacterException>([&] {
             for (int32_t n; (n = reader->read(units, 700)) > 0;)
                 text.append(units, static_cast<size_t>(n));
         });
         EXPECT_EQ(u"abc" + std::u16string(9000, u'x') + u"\u00e9", text) << "stream runs of " << streamRun;
         EXPECT_NE(std::string::npos, message.find(" at byte offset 9005")) << message;
         // The reader stays at the fault.
-        EXPECT_EQ(message, failure<InvalidCharacterException>([&] { reader->read(); }));
+        EXPECT_EQ(message, qvtest::messageOf<InvalidCharacterException>([&] { reader->read(); }));
     }
 
     // A sequence cut off by the end of the stream.
@@ -192,7 +181,7 @@ TEST(EncodingReaderWriterTest, MalformedInputIsReportedAtItsByteOffsetAfterTheTe
     auto reader = makeReference<InputStreamReader>(in.get(), u"UTF-8");
     EXPECT_EQ(u'o', reader->read());
     EXPECT_EQ(u'k', reader->read());
-    std::string message = failure<InvalidCharacterException>([&] { reader->read(); });
+    std::string message = qvtest::messageOf<InvalidCharacterException>([&] { reader->read(); });
     EXPECT_NE(std::string::npos, message.find(" at byte offset 4")) << message;
 }
 
@@ -209,7 +198,7 @@ TEST(EncodingReaderWriterTest, TheDecodersSubstitutionSettingsAreReachable)
     auto strict = makeReference<InputStreamReader>(again.get(), u"CP1252");
     strict->getDecoder()->setSubstitutionMode(false);
     EXPECT_EQ(u'a', strict->read());
-    std::string message = failure<UnmappableCharacterException>([&] { strict->read(); });
+    std::string message = qvtest::messageOf<UnmappableCharacterException>([&] { strict->read(); });
     EXPECT_NE(std::string::npos, message.find(" at byte offset 1")) << message;
 
     EXPECT_THROW(InputStreamReader(in.get(), u"NO-SUCH-ENCODING"), UnknownEncodingException);
@@ -238,7 +227,7 @@ TEST(EncodingReaderWriterTest, WriterJoinsSurrogatesAcrossWritesAndFlushesTheEnc
     auto stream = makeReference<qvtest::FillingOutputStream>(1000);
     auto halfPair = makeReference<OutputStreamWriter>(stream.get(), u"UTF-8");
     halfPair->write(u"x\xD83D", 2);
-    std::string message = failure<InvalidCharacterException>([&] { halfPair->close(); });
+    std::string message = qvtest::messageOf<InvalidCharacterException>([&] { halfPair->close(); });
     EXPECT_NE(std::string::npos, message.find(" at character offset 2")) << message;
     EXPECT_EQ(1, stream->closes);
     EXPECT_EQ("stream closed", ioFailure([&] { halfPair->write(u'x'); }));
@@ -250,10 +239,10 @@ TEST(EncodingReaderWriterTest, UnencodableTextIsReportedAtItsOffsetAfterTheTextB
     auto writer = makeReference<OutputStreamWriter>(sink.get(), u"ISO8859_1");
     writer->getEncoder()->setSubstitutionMode(false);
     writer->write(u"12345", 5);
-    std::string message = failure<UnmappableCharacterException>([&] { writer->write(u"ab\u20acc", 4); });
+    std::string message = qvtest::messageOf<UnmappableCharacterException>([&] { writer->write(u"ab\u20acc", 4); });
     EXPECT_NE(std::string::npos, message.find(" at character offset 7")) << message;
     // Offsets keep counting after a fault: the two units before it were taken.
-    message = failure<UnmappableCharacterException>([&] { writer->write(u"\u20ac", 1); });
+    message = qvtest::messageOf<UnmappableCharacterException>([&] { writer->write(u"\u20ac", 1); });
     EXPECT_NE(std::string::npos, message.find(" at character offset 7")) << message;
     writer->getEncoder()->setSubstitutionMode(true);
     writer->write(u"\u20ac", 1);
@@ -262,7 +251,7 @@ TEST(EncodingReaderWriterTest, UnencodableTextIsReportedAtItsOffsetAfterTheTextB
 
     auto utf8 = makeReference<ByteArrayOutputStream>();
     auto lone = makeReference<OutputStreamWriter>(utf8.get(), u"UTF-8");
-    message = failure<InvalidCharacterException>([&] { lone->write(u"ok\xDE00!", 4); });
+    message = qvtest::messageOf<InvalidCharacterException>([&] { lone->write(u"ok\xDE00!", 4); });
     EXPECT_NE(std::string::npos, message.find(" at character offset 2")) << message;
     lone->close();
     EXPECT_EQ("ok", std::string(utf8->getData(), utf8->getData() + utf8->size()));

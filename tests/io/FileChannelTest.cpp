@@ -11,6 +11,7 @@
 #include <qvcore3/qvcore3.h>
 
 #include "AllocationSweep.h"
+#include "ChildProcess.h"
 #include "QvTextPrinting.h"
 #include "TextIoSupport.h"
 
@@ -33,28 +34,9 @@ namespace {
 
 const Result kNotOpen = static_cast<Result>(0x80004007);
 
-// A fresh directory for the test's files, removed with them afterwards.
-class TempDirectory {
-public:
-    TempDirectory()
-    {
-        std::string pattern = (std::getenv("TMPDIR") ? std::getenv("TMPDIR") : "/tmp") + std::string("/qvchanXXXXXX");
-        m_path = mkdtemp(&pattern[0]) ? pattern : "";
-    }
-    ~TempDirectory() { std::system(("rm -rf '" + m_path + "'").c_str()); }
-    std::string file(const char* name) const { return m_path + "/" + name; }
+using TempDirectory = qvtest::TempDir;
 
-private:
-    std::string m_path;
-};
-
-std::string contents(const std::string& path)
-{
-    std::ifstream in(path, std::ios::binary);
-    std::ostringstream all;
-    all << in.rdbuf();
-    return all.str();
-}
+using qvtest::readFile;
 
 Reference<ROByteBuffer> bytesOf(const std::string& text)
 {
@@ -88,7 +70,7 @@ TEST(FileChannelTest, ReadsAndWritesSequentiallyAndAtPositions)
     EXPECT_EQ(11, channel->position());
     EXPECT_EQ(5, channel->write(bytesOf("WORLD").get(), 6));
     EXPECT_EQ(11, channel->position()) << "a positioned write leaves the position alone";
-    EXPECT_EQ("hello WORLD", contents(path));
+    EXPECT_EQ("hello WORLD", readFile(path));
 
     auto buffer = makeReference<RWByteBuffer>();
     channel->position(0);
@@ -107,7 +89,7 @@ TEST(FileChannelTest, ReadsAndWritesSequentiallyAndAtPositions)
     // Beyond the end: the gap fills with zeros.
     EXPECT_EQ(1, channel->write(bytesOf("!").get(), 14));
     EXPECT_EQ(15, channel->size());
-    EXPECT_EQ(std::string("hello WORLD\0\0\0!", 15), contents(path));
+    EXPECT_EQ(std::string("hello WORLD\0\0\0!", 15), readFile(path));
 
     channel->truncate(20);
     EXPECT_EQ(15, channel->size()) << "truncate never extends";
@@ -143,7 +125,7 @@ TEST(FileChannelTest, OpenModesAndTheirFailures)
     writer->write(bytesOf("XY").get(), 0);
     appender->write(bytesOf("def").get());
     EXPECT_EQ(6, appender->position());
-    EXPECT_EQ("XYcdef", contents(path));
+    EXPECT_EQ("XYcdef", readFile(path));
 
     auto reader = FileChannel::open(pathOf(path), FileChannel::READ);
     EXPECT_EQ(kNotOpen, qvtest::resultOf([&] { reader->write(bytesOf("no").get()); }));
@@ -331,7 +313,7 @@ TEST(FileChannelTest, TwoProcessesAppendingUnderALockNeverInterleave)
     ASSERT_EQ(0, QVProcessJoin(child, &exitCode));
     EXPECT_EQ(0, exitCode);
 
-    std::istringstream records(contents(path));
+    std::istringstream records(readFile(path));
     std::string record;
     int parents = 0, children = 0;
     while (std::getline(records, record)) {
@@ -359,7 +341,7 @@ TEST(ChannelAdapterTest, StreamsOverAFileChannelCarryTextBothWays)
     writer->write(text.data(), static_cast<int32_t>(text.size()));
     writer->close();
     EXPECT_FALSE(channel->isOpen()) << "closing the stream closes the channel";
-    EXPECT_EQ(text.size() * 2, contents(path).size());
+    EXPECT_EQ(text.size() * 2, readFile(path).size());
 
     auto in = Channels::newInputStream(FileChannel::open(pathOf(path), FileChannel::READ).get());
     auto reader = makeReference<BufferedReader>(makeReference<InputStreamReader>(in.get(), u"UTF-16LE").get());

@@ -6,6 +6,8 @@
 #include "QvTextPrinting.h"
 #include "TextIoSupport.h"
 
+#include "ChildProcess.h"
+
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -26,13 +28,6 @@ std::string temporaryPath(const char* name)
     return std::string(tmp ? tmp : "/tmp") + "/qvtextio-" + std::to_string(getpid()) + "-" + name;
 }
 
-std::string fileBytes(const std::string& path)
-{
-    std::ifstream in(path, std::ios::binary);
-    std::ostringstream all;
-    all << in.rdbuf();
-    return all.str();
-}
 
 String pathOf(const std::string& path)
 {
@@ -54,7 +49,7 @@ TEST(FileReaderWriterTest, WritesAppendsAndReadsLinesInAnEncoding)
         auto writer = makeReference<FileWriter>(pathOf(path), true, u"UTF-16LE");
         writer->write(u"\U0001F600 second\r\nthird", -1);
     } // destruction passes the text on
-    EXPECT_EQ(std::string("G\0r\0\xfc\0\xdf\0e\0\n\0", 12), fileBytes(path).substr(0, 12));
+    EXPECT_EQ(std::string("G\0r\0\xfc\0\xdf\0e\0\n\0", 12), qvtest::readFile(path).substr(0, 12));
 
     auto reader = makeReference<FileReader>(pathOf(path), u"utf-16le");
     String line;
@@ -70,7 +65,7 @@ TEST(FileReaderWriterTest, WritesAppendsAndReadsLinesInAnEncoding)
 
     // Without append the file starts again.
     FileWriter(pathOf(path), false, u"UTF-8").write(QV_STR(u"new"));
-    EXPECT_EQ("new", fileBytes(path));
+    EXPECT_EQ("new", qvtest::readFile(path));
     std::remove(path.c_str());
 }
 
@@ -84,7 +79,7 @@ TEST(FileReaderWriterTest, OpeningFailuresAndUnknownEncodings)
     std::string kept = temporaryPath("kept.txt");
     std::ofstream(kept) << "precious";
     EXPECT_THROW(FileWriter(pathOf(kept), false, u"NO-SUCH"), text::charset::UnknownEncodingException);
-    EXPECT_EQ("precious", fileBytes(kept)) << "an unknown encoding must not empty the file";
+    EXPECT_EQ("precious", qvtest::readFile(kept)) << "an unknown encoding must not empty the file";
     std::remove(kept.c_str());
 }
 

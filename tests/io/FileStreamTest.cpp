@@ -7,10 +7,10 @@
 #include <qv/io/IoException.h>
 
 #include "AllocationSweep.h"
+#include "ChildProcess.h"
 
 #include <gtest/gtest.h>
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -22,24 +22,10 @@
 using namespace qv;
 using namespace qv::io;
 using iotest::messageOf;
+using qvtest::readFile;
+using qvtest::countOpenDescriptors;
 
 namespace {
-
-int openDescriptors()
-{
-    int count = 0;
-    DIR* dir = opendir("/proc/self/fd");
-    while (readdir(dir))
-        ++count;
-    closedir(dir);
-    return count;
-}
-
-std::string contents(const std::string& path)
-{
-    std::ifstream file(path, std::ios::binary);
-    return std::string((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
-}
 
 String wide(const std::string& text)
 {
@@ -50,19 +36,13 @@ class FileStreams : public ::testing::Test {
 protected:
     void SetUp() override
     {
-        char pattern[] = "/tmp/qvcl3-files-XXXXXX";
-        ASSERT_NE(mkdtemp(pattern), nullptr);
-        m_dir = pattern;
-        m_descriptors = openDescriptors();
+        m_descriptors = countOpenDescriptors();
     }
-    void TearDown() override
-    {
-        EXPECT_EQ(openDescriptors(), m_descriptors) << "a descriptor leaked";
-        std::system(("rm -rf " + m_dir).c_str());
-    }
-    std::string path(const char* name) const { return m_dir + "/" + name; }
+    void TearDown() override { EXPECT_EQ(countOpenDescriptors(), m_descriptors) << "a descriptor leaked"; }
+    std::string path(const char* name) const { return m_files.file(name); }
 
-    std::string m_dir;
+    qvtest::TempDir m_files{"qvcl3-files"};
+    const std::string& m_dir = m_files.path();
     int m_descriptors = 0;
 };
 
@@ -79,7 +59,7 @@ TEST_F(FileStreams, WriteThenReadBack)
         out->close();
         out->close();
     }
-    EXPECT_EQ(contents(path("data.bin")), "hello world");
+    EXPECT_EQ(readFile(path("data.bin")), "hello world");
 
     Reference<FileInputStream> in = makeReference<FileInputStream>(util::FilePath(wide(path("./data.bin"))));
     EXPECT_EQ(in->getName(), wide(path("data.bin"))) << "the name is normalised";
@@ -104,13 +84,13 @@ TEST_F(FileStreams, OpenFlagsDecideWhatHappensToTheContents)
     const String name = wide(path("log.txt"));
     makeReference<FileOutputStream>(name)->write("first", 5);
     makeReference<FileOutputStream>(name, true)->write("+append", 7);
-    EXPECT_EQ(contents(path("log.txt")), "first+append");
+    EXPECT_EQ(readFile(path("log.txt")), "first+append");
     makeReference<FileOutputStream>(name, FileOutputStream::APPEND)->write("+flag", 5);
     makeReference<FileOutputStream>(name, FileOutputStream::ATEND)->write("+atend", 6);
-    EXPECT_EQ(contents(path("log.txt")), "first+append+flag+atend");
+    EXPECT_EQ(readFile(path("log.txt")), "first+append+flag+atend");
     Reference<FileOutputStream> flags = makeReference<FileOutputStream>(name, 0);
     EXPECT_EQ(flags->getFlags(), 0u);
-    EXPECT_EQ(contents(path("log.txt")), "") << "no flags: emptied";
+    EXPECT_EQ(readFile(path("log.txt")), "") << "no flags: emptied";
 }
 
 TEST_F(FileStreams, FailuresNameTheFileAndTheCause)
@@ -207,7 +187,7 @@ TEST_F(FileStreams, AllocationFailuresLeakNoDescriptor)
     if (!qvtest::allocationFaultsAvailable())
         GTEST_SKIP() << "built without fault injection";
     const String name = wide(path("sweep.txt"));
-    const int before = openDescriptors();
+    const int before = countOpenDescriptors();
     qvtest::sweepAllocations(
         [&] {
             Reference<FileOutputStream> out = makeReference<FileOutputStream>(name);
@@ -215,8 +195,8 @@ TEST_F(FileStreams, AllocationFailuresLeakNoDescriptor)
             buffered->write("swept", 5);
             buffered->close();
         },
-        [&] { EXPECT_EQ(openDescriptors(), before); });
-    EXPECT_EQ(contents(path("sweep.txt")), "swept");
+        [&] { EXPECT_EQ(countOpenDescriptors(), before); });
+    EXPECT_EQ(readFile(path("sweep.txt")), "swept");
     bool refused = false;
     qvtest::sweepAllocations(
         [&] {
@@ -226,6 +206,6 @@ TEST_F(FileStreams, AllocationFailuresLeakNoDescriptor)
                 refused = true;
             }
         },
-        [&] { EXPECT_EQ(openDescriptors(), before); });
+        [&] { EXPECT_EQ(countOpenDescriptors(), before); });
     EXPECT_TRUE(refused);
 }

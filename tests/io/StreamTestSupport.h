@@ -2,10 +2,13 @@
 #define QVCL3_TESTS_IO_STREAMTESTSUPPORT_H
 
 #include <qv/core/Exception.h>
+#include <qv/io/ByteArrayOutputStream.h>
 #include <qv/io/InputStream.h>
 #include <qv/io/OutputStream.h>
 
 #include <gtest/gtest.h>
+
+#include "Thrown.h"
 
 #include <string>
 #include <vector>
@@ -22,31 +25,15 @@ inline std::string text(const std::vector<signed char>& data)
     return std::string(data.begin(), data.end());
 }
 
-// The message of what an operation throws as E; fails the test when it
-// throws nothing.
-template <class E, class Operation>
-std::string messageOf(Operation&& operation)
+// What a ByteArrayOutputStream holds, as unsigned bytes.
+inline std::vector<unsigned char> collected(const qv::io::ByteArrayOutputStream& out)
 {
-    try {
-        operation();
-    } catch (const E& e) {
-        return e.getDescription().toUtf8();
-    }
-    ADD_FAILURE() << "nothing was thrown";
-    return std::string();
+    const unsigned char* data = reinterpret_cast<const unsigned char*>(out.getData());
+    return std::vector<unsigned char>(data, data + out.size());
 }
 
-template <class Operation>
-qv::Result resultOf(Operation&& operation)
-{
-    try {
-        operation();
-    } catch (const qv::Exception& e) {
-        return e.getResult();
-    }
-    ADD_FAILURE() << "nothing was thrown";
-    return 0;
-}
+using qvtest::messageOf;
+using qvtest::resultOf;
 
 // A client-written source that overrides only the one abstract read. It
 // hands out at most `chunk` bytes per call, may answer 0 every other call,

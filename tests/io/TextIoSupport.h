@@ -78,8 +78,6 @@ std::string ioFailure(Operation&& operation)
     return iotest::messageOf<qv::io::IoException>(operation);
 }
 
-using iotest::resultOf;
-
 } // namespace qvtest
 
 #endif

@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include <stdlib.h>
+#include "ChildProcess.h"
 
 #include <string>
 
@@ -88,9 +88,8 @@ TEST(CQVPropertySet, TextValuesOrderAndFiles)
     EXPECT_EQ(set.GetValue(u"a", text, 8), 0);
     EXPECT_EQ(String(text), String(u"one"));
 
-    char folder[] = "/tmp/qvcl3-cqv-XXXXXX";
-    ASSERT_NE(mkdtemp(folder), nullptr);
-    const String path = String(folder).append(u"/set.properties");
+    const qvtest::TempDir folder("qvcl3-cqv");
+    const String path = String(folder.file("set.properties").c_str());
     ASSERT_EQ(set.Save(path.getData()), 0);
     CQVPropertySet loaded;
     ASSERT_EQ(loaded.Load(path.getData()), 0);
@@ -98,5 +97,4 @@ TEST(CQVPropertySet, TextValuesOrderAndFiles)
     EXPECT_EQ(loaded.Remove(u"b"), 0);
     EXPECT_EQ(loaded.Remove(u"b"), kNotFound);
     EXPECT_EQ(loaded.Load(u"/nonexistent/dir/file.properties"), static_cast<Result>(0x80004005u));
-    std::system((std::string("rm -rf ") + folder).c_str());
 }

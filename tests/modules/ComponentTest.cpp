@@ -45,8 +45,8 @@ std::u16string iconvDecodeAllBytes()
 
 class Component : public qvtest::TempRegistry {
 protected:
-    void registerSample() { ASSERT_EQ(qvtest::run({QVTEST_REGSVR, "-s", QVTEST_CP037_MODULE}), 0); }
-    void unregisterSample() { ASSERT_EQ(qvtest::run({QVTEST_REGSVR, "-s", "-u", QVTEST_CP037_MODULE}), 0); }
+    void registerSample() { ASSERT_EQ(qvtest::run({QVTEST_REGSVR, "-s", QVTEST_CP037_MODULE}).status, 0); }
+    void unregisterSample() { ASSERT_EQ(qvtest::run({QVTEST_REGSVR, "-s", "-u", QVTEST_CP037_MODULE}).status, 0); }
 
     void TearDown() override
     {
@@ -210,12 +210,12 @@ TEST_F(Component, ALoadedModuleStaysUntilItSaysItCanUnload)
 
 TEST_F(Component, TheRegistrationToolReportsWhatWentWrong)
 {
-    EXPECT_EQ(qvtest::run({QVTEST_REGSVR}), 1);
-    EXPECT_EQ(qvtest::run({QVTEST_REGSVR, "-s", "/nonexistent/module.so"}), 2);
-    EXPECT_EQ(qvtest::run({QVTEST_REGSVR, "-s", QVTEST_QVCORE3}), 3);
+    EXPECT_EQ(qvtest::run({QVTEST_REGSVR}).status, 1);
+    EXPECT_EQ(qvtest::run({QVTEST_REGSVR, "-s", "/nonexistent/module.so"}).status, 2);
+    EXPECT_EQ(qvtest::run({QVTEST_REGSVR, "-s", QVTEST_QVCORE3}).status, 3);
     // Registration into a store that cannot be written fails in the module.
     std::fclose(std::fopen((m_dir + "/blocked").c_str(), "w"));
     setenv("QV_REGISTRY_DIR", (m_dir + "/blocked").c_str(), 1);
-    EXPECT_EQ(qvtest::run({QVTEST_REGSVR, "-s", QVTEST_CP037_MODULE}), 4);
+    EXPECT_EQ(qvtest::run({QVTEST_REGSVR, "-s", QVTEST_CP037_MODULE}).status, 4);
     setenv("QV_REGISTRY_DIR", m_dir.c_str(), 1);
 }

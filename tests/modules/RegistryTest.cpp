@@ -6,6 +6,7 @@
 #include "AllocationSweep.h"
 #include "KillPattern.h"
 #include "TempRegistry.h"
+#include "Thrown.h"
 
 #include <signal.h>
 #include <sys/stat.h>
@@ -23,15 +24,7 @@ namespace {
 
 class Registry : public qvtest::TempRegistry {};
 
-qv::Result codeOf(void (*body)(const RegistryKey&), const RegistryKey& key)
-{
-    try {
-        body(key);
-    } catch (const qv::Exception& e) {
-        return e.getResult();
-    }
-    return 0;
-}
+using qvtest::resultOf;
 
 std::set<std::u16string> subKeys(const RegistryKey& key)
 {
@@ -73,8 +66,8 @@ TEST_F(Registry, KeysAndValuesRoundTripAndNamesIgnoreAsciiCase)
 
     again.deleteValue(u"NAME");
     EXPECT_FALSE(again.hasValue(u"Name"));
-    EXPECT_EQ(codeOf([](const RegistryKey& k) { k.getValue(u"Name"); }, again), qv::results::FILE_NOT_FOUND);
-    EXPECT_EQ(codeOf([](const RegistryKey& k) { k.openKey(u"Missing"); }, again), qv::results::FILE_NOT_FOUND);
+    EXPECT_EQ(resultOf([&] { again.getValue(u"Name"); }), qv::results::FILE_NOT_FOUND);
+    EXPECT_EQ(resultOf([&] { again.openKey(u"Missing"); }), qv::results::FILE_NOT_FOUND);
 }
 
 TEST_F(Registry, SubkeysEnumerateInCaseInsensitiveOrderAndDeleteWithTheirTree)
@@ -91,7 +84,7 @@ TEST_F(Registry, SubkeysEnumerateInCaseInsensitiveOrderAndDeleteWithTheirTree)
     root.deleteKey(u"GAMMA");
     EXPECT_FALSE(root.hasKey(u"gamma\\deep"));
     EXPECT_EQ(subKeys(root).count(u"gamma"), 0u);
-    EXPECT_EQ(codeOf([](const RegistryKey& k) { k.deleteKey(u"gamma"); }, root), qv::results::FILE_NOT_FOUND);
+    EXPECT_EQ(resultOf([&] { root.deleteKey(u"gamma"); }), qv::results::FILE_NOT_FOUND);
     // A key whose name starts like a value file is a key, not a value.
     EXPECT_EQ(text(root.openKey(u"@AT").getValue(u"v")), u"x");
     EXPECT_FALSE(root.hasValue(u"at"));
@@ -155,7 +148,7 @@ TEST_F(Registry, ADamagedValueFileIsReportedNotTrusted)
     flipped[14] ^= 0x01;
     std::ofstream(file, std::ios::binary | std::ios::trunc)
         .write(flipped.data(), static_cast<std::streamsize>(flipped.size()));
-    EXPECT_EQ(codeOf([](const RegistryKey& k) { k.getValue(u"v"); }, key), QV_E_INVALID_DATA);
+    EXPECT_EQ(resultOf([&] { key.getValue(u"v"); }), QV_E_INVALID_DATA);
     key.setValue(u"v", String(u"mended"));
     EXPECT_EQ(text(key.getValue(u"v")), u"mended");
 }
@@ -185,7 +178,7 @@ TEST_F(Registry, ConcurrentProcessesLeaveExactlyTheExpectedKeys)
     constexpr int kProcesses = 8;
     std::vector<pid_t> children;
     for (int i = 0; i < kProcesses; ++i) {
-        children.push_back(qvtest::spawn({QVTEST_CHILD, "churn", std::to_string(i), "200"}));
+        children.push_back(qvtest::spawn({QVTEST_REGISTRY_CHILD, "churn", std::to_string(i), "200"}));
         ASSERT_GT(children.back(), 0);
     }
     for (pid_t child : children)
@@ -219,7 +212,7 @@ TEST_F(Registry, AWriterKilledMidWriteNeverLeavesATornValue)
     int seen = 0;
     for (int round = 0; round < 12; ++round) {
         std::remove(ready.c_str());
-        const pid_t child = qvtest::spawn({QVTEST_CHILD, "write", "ready", ready});
+        const pid_t child = qvtest::spawn({QVTEST_REGISTRY_CHILD, "write", "ready", ready});
         ASSERT_GT(child, 0);
         struct stat status;
         while (stat(ready.c_str(), &status) != 0)

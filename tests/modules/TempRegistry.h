@@ -6,13 +6,12 @@
 
 #include <gtest/gtest.h>
 
-#include <ftw.h>
+#include "ChildProcess.h"
+
 #include <spawn.h>
 #include <stdlib.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <cstdio>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -24,9 +23,8 @@ class TempRegistry : public ::testing::Test {
 protected:
     void SetUp() override
     {
-        char pattern[] = "/tmp/qvcl3-registry-XXXXXX";
-        ASSERT_NE(mkdtemp(pattern), nullptr);
-        m_dir = pattern;
+        m_store = std::make_unique<TempDir>("qvcl3-registry");
+        m_dir = m_store->path();
         const char* previous = getenv("QV_REGISTRY_DIR");
         m_hadPrevious = previous != nullptr;
         if (previous)
@@ -40,9 +38,7 @@ protected:
             setenv("QV_REGISTRY_DIR", m_previous.c_str(), 1);
         else
             unsetenv("QV_REGISTRY_DIR");
-        nftw(
-            m_dir.c_str(), [](const char* path, const struct stat*, int, struct FTW*) { return remove(path); }, 16,
-            FTW_DEPTH | FTW_PHYS);
+        m_store.reset();
     }
 
     // A file or folder below the store, for tests that look at the disk.
@@ -51,6 +47,7 @@ protected:
     std::string m_dir;
 
 private:
+    std::unique_ptr<TempDir> m_store;
     std::string m_previous;
     bool m_hadPrevious = false;
 };
@@ -59,10 +56,7 @@ private:
 // child's pid.
 inline pid_t spawn(const std::vector<std::string>& arguments)
 {
-    std::vector<char*> argv;
-    for (const std::string& argument : arguments)
-        argv.push_back(const_cast<char*>(argument.c_str()));
-    argv.push_back(nullptr);
+    std::vector<char*> argv = argvOf(arguments);
     pid_t pid = -1;
     if (posix_spawn(&pid, argv[0], nullptr, nullptr, argv.data(), environ) != 0)
         return -1;
@@ -76,12 +70,6 @@ inline int waitExit(pid_t pid)
     if (waitpid(pid, &status, 0) != pid || !WIFEXITED(status))
         return -1;
     return WEXITSTATUS(status);
-}
-
-inline int run(const std::vector<std::string>& arguments)
-{
-    const pid_t pid = spawn(arguments);
-    return pid < 0 ? -1 : waitExit(pid);
 }
 
 } // namespace qvtest

@@ -96,7 +96,7 @@ bool eventually(Predicate predicate, int milliseconds = 5000)
 
 TEST(TcpServer, ConcurrentClientsAreEchoedAndCounted)
 {
-    const int before = nettest::openDescriptors();
+    const int before = qvtest::countOpenDescriptors();
     {
         qv::Reference<EchoHandler> handler = qv::makeReference<EchoHandler>();
         TcpServerParams params;
@@ -131,7 +131,7 @@ TEST(TcpServer, ConcurrentClientsAreEchoedAndCounted)
         EXPECT_FALSE(server.isRunning());
         EXPECT_THROW(TcpClientSocket(loopback(server.getPort()), 500), SocketException);
     }
-    EXPECT_EQ(nettest::openDescriptors(), before);
+    EXPECT_EQ(qvtest::countOpenDescriptors(), before);
 }
 
 TEST(TcpServer, SilentClientDoesNotBlockOthersThread)
@@ -245,37 +245,25 @@ public:
     }
 };
 
-std::string run(const std::string& command)
-{
-    std::string output;
-    FILE* pipe = popen(command.c_str(), "r");
-    if (pipe == nullptr)
-        return output;
-    char buffer[256];
-    size_t n;
-    while ((n = fread(buffer, 1, sizeof buffer, pipe)) > 0)
-        output.append(buffer, n);
-    pclose(pipe);
-    return output;
-}
+using qvtest::runCommand;
 
 } // namespace
 
 TEST(TcpServer, CurlFetchesFromTheServerThread)
 {
-    if (run("command -v curl").empty())
+    if (runCommand("command -v curl").empty())
         GTEST_SKIP() << "curl is not installed";
     TcpServer server(qv::makeReference<HttpHandler>(), loopback());
     server.start();
     const std::string url = "http://127.0.0.1:" + std::to_string(server.getPort()) + "/";
-    EXPECT_EQ(run("curl -s --max-time 10 --noproxy '*' " + url), "hello from qvcl3\n");
-    EXPECT_EQ(run("curl -s --max-time 10 --noproxy '*' -o /dev/null -w '%{http_code}' " + url), "200");
+    EXPECT_EQ(runCommand("curl -s --max-time 10 --noproxy '*' " + url), "hello from qvcl3\n");
+    EXPECT_EQ(runCommand("curl -s --max-time 10 --noproxy '*' -o /dev/null -w '%{http_code}' " + url), "200");
     server.stop(1000);
 }
 
 TEST(TcpClientSocket, TalksToAPythonEchoServerThread)
 {
-    if (run("command -v python3").empty())
+    if (runCommand("command -v python3").empty())
         GTEST_SKIP() << "python3 is not installed";
     // The server prints its port, serves for at most 30 s, and stops when
     // its standard input closes.

@@ -6,6 +6,8 @@
 #include "AllocationSweep.h"
 #include "NetTestSupport.h"
 
+#include "Thrown.h"
+
 #include <gtest/gtest.h>
 
 #include <chrono>
@@ -18,28 +20,15 @@ using nettest::loopback;
 
 namespace {
 
-// A port nothing listens on: bound once, then released.
-uint16_t closedPort(bool v6 = false)
-{
-    TcpServerSocket probe(loopback(0, v6));
-    return probe.getLocalPort();
-}
+using nettest::closedPort;
 
-qv::Result failureOf(const std::function<void()>& operation)
-{
-    try {
-        operation();
-    } catch (const qv::Exception& e) {
-        return e.getResult();
-    }
-    return 0;
-}
+using qvtest::resultOf;
 
 } // namespace
 
 TEST(TcpSocket, RoundTripOverBothFamilies)
 {
-    const int before = nettest::openDescriptors();
+    const int before = qvtest::countOpenDescriptors();
     for (const bool v6 : {false, true}) {
         TcpServerSocket server(loopback(0, v6));
         EXPECT_TRUE(server.isBound());
@@ -62,7 +51,7 @@ TEST(TcpSocket, RoundTripOverBothFamilies)
         EXPECT_EQ(got, 6);
         EXPECT_NE(client.toString().toUtf8().find(" -> "), std::string::npos);
     }
-    EXPECT_EQ(nettest::openDescriptors(), before);
+    EXPECT_EQ(qvtest::countOpenDescriptors(), before);
 }
 
 TEST(TcpSocket, HalfCloseEndsOneDirectionOnly)
@@ -104,31 +93,31 @@ TEST(TcpSocket, OptionsAndAvailable)
 
 TEST(TcpSocket, FailuresCarryTheirSocketCodes)
 {
-    const int before = nettest::openDescriptors();
-    EXPECT_EQ(failureOf([] { TcpClientSocket(loopback(closedPort())); }), QV_E_SOCKET_ECONNREFUSED);
-    EXPECT_EQ(failureOf([] { TcpClientSocket(loopback(closedPort(true), true), 1000); }), QV_E_SOCKET_ECONNREFUSED);
+    const int before = qvtest::countOpenDescriptors();
+    EXPECT_EQ(resultOf([] { TcpClientSocket(loopback(closedPort())); }), QV_E_SOCKET_ECONNREFUSED);
+    EXPECT_EQ(resultOf([] { TcpClientSocket(loopback(closedPort(true), true), 1000); }), QV_E_SOCKET_ECONNREFUSED);
     EXPECT_EQ(QVLastNativeSocketError(), 10061);
-    const qv::Result unknown = failureOf([] { TcpClientSocket(qv::String(u"no-such-host.invalid"), 80, 1000); });
+    const qv::Result unknown = resultOf([] { TcpClientSocket(qv::String(u"no-such-host.invalid"), 80, 1000); });
     EXPECT_TRUE(unknown == QV_E_SOCKET_EAI_NONAME || unknown == QV_E_SOCKET_EAI_AGAIN ||
                 unknown == QV_E_SOCKET_EAI_NODATA)
         << std::hex << unknown;
 
     {
         TcpServerSocket busy(loopback());
-        EXPECT_EQ(failureOf([&] { TcpServerSocket second(loopback(busy.getLocalPort()), 1, false); }),
+        EXPECT_EQ(resultOf([&] { TcpServerSocket second(loopback(busy.getLocalPort()), 1, false); }),
                   QV_E_SOCKET_EADDRINUSE);
     }
     // An address this machine does not have.
-    EXPECT_EQ(failureOf([] { TcpServerSocket(InetSocketAddress(InetAddress::parse("192.0.2.1"), 0)); }),
+    EXPECT_EQ(resultOf([] { TcpServerSocket(InetSocketAddress(InetAddress::parse("192.0.2.1"), 0)); }),
               QV_E_SOCKET_EADDRNOTAVAIL);
 
     TcpClientSocket unconnected;
     char byte;
-    EXPECT_EQ(failureOf([&] { unconnected.read(&byte, 1); }), QV_E_SOCKET_ENOTSOCK);
-    EXPECT_EQ(failureOf([&] { unconnected.write("x", 1); }), QV_E_SOCKET_ENOTSOCK);
+    EXPECT_EQ(resultOf([&] { unconnected.read(&byte, 1); }), QV_E_SOCKET_ENOTSOCK);
+    EXPECT_EQ(resultOf([&] { unconnected.write("x", 1); }), QV_E_SOCKET_ENOTSOCK);
     TcpServerSocket unbound;
-    EXPECT_EQ(failureOf([&] { unbound.accept(10); }), QV_E_SOCKET_ENOTSOCK);
-    EXPECT_EQ(nettest::openDescriptors(), before);
+    EXPECT_EQ(resultOf([&] { unbound.accept(10); }), QV_E_SOCKET_ENOTSOCK);
+    EXPECT_EQ(qvtest::countOpenDescriptors(), before);
 }
 
 TEST(TcpSocket, SilentPeerAndSilentListenerTimeOut)
@@ -167,7 +156,7 @@ TEST(TcpSocket, ResetPeerAndFloodingWriterNeverKillTheProcess)
         worker->setResetOnClose();
         worker->close();
         char buffer[8];
-        EXPECT_EQ(failureOf([&] { client.read(buffer, 8); }), QV_E_SOCKET_ECONNRESET);
+        EXPECT_EQ(resultOf([&] { client.read(buffer, 8); }), QV_E_SOCKET_ECONNRESET);
     }
     {
         // Writing to a peer that has gone: a code, never SIGPIPE.
@@ -177,7 +166,7 @@ TEST(TcpSocket, ResetPeerAndFloodingWriterNeverKillTheProcess)
         std::vector<char> block(65536, 'x');
         qv::Result failure = 0;
         for (int i = 0; i < 200 && failure == 0; ++i)
-            failure = failureOf([&] { client.write(block.data(), static_cast<int32_t>(block.size())); });
+            failure = resultOf([&] { client.write(block.data(), static_cast<int32_t>(block.size())); });
         EXPECT_EQ(failure, QV_E_SOCKET_ECONNRESET);
     }
     {
@@ -218,7 +207,7 @@ TEST(TcpSocket, AllocationFailuresLeakNoDescriptor)
 {
     if (!qvtest::allocationFaultsAvailable())
         GTEST_SKIP() << "built without fault injection";
-    const int before = nettest::openDescriptors();
+    const int before = qvtest::countOpenDescriptors();
     std::string received;
     EXPECT_GT(qvtest::sweepAllocations(
                   [&] {
@@ -232,10 +221,10 @@ TEST(TcpSocket, AllocationFailuresLeakNoDescriptor)
                       received.assign(buffer, 5);
                   },
                   [&] {
-                      EXPECT_EQ(nettest::openDescriptors(), before);
+                      EXPECT_EQ(qvtest::countOpenDescriptors(), before);
                       EXPECT_TRUE(received.empty());
                   }),
               0);
     EXPECT_EQ(received, "sweep");
-    EXPECT_EQ(nettest::openDescriptors(), before);
+    EXPECT_EQ(qvtest::countOpenDescriptors(), before);
 }

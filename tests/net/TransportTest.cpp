@@ -131,7 +131,7 @@ TEST(Transport, MemoryPairBehavesLikeASocketThread)
 
 TEST(QvNet, FunctionsReturnCodesAndNeverThrow)
 {
-    const int before = nettest::openDescriptors();
+    const int before = qvtest::countOpenDescriptors();
     QVNETSOCKET server = nullptr;
     ASSERT_EQ(QvNetTcpServerSocketCreate(u"127.0.0.1", 0, 0, &server), 0);
     uint16_t port = 0;
@@ -187,7 +187,7 @@ TEST(QvNet, FunctionsReturnCodesAndNeverThrow)
     const int32_t unknown = QvNetInetAddressResolve(u"no-such-host.invalid", bytes, &length);
     EXPECT_TRUE(unknown == QV_E_SOCKET_EAI_NONAME || unknown == QV_E_SOCKET_EAI_AGAIN ||
                 unknown == QV_E_SOCKET_EAI_NODATA);
-    EXPECT_EQ(nettest::openDescriptors(), before);
+    EXPECT_EQ(qvtest::countOpenDescriptors(), before);
 }
 
 namespace {
@@ -217,11 +217,7 @@ protected:
 
 TEST(CQVAbstractConnector, RetriesUntilTheServerAppearsThread)
 {
-    uint16_t port;
-    {
-        TcpServerSocket probe(loopback());
-        port = probe.getLocalPort();
-    }
+    const uint16_t port = nettest::closedPort();
     RecordingConnector connector(qv::String(u"127.0.0.1"), port);
     connector.setRetryPolicy(20, 20, 40);
     connector.setConnectTimeout(1000);
@@ -243,11 +239,7 @@ TEST(CQVAbstractConnector, RetriesUntilTheServerAppearsThread)
 
 TEST(CQVAbstractConnector, GivesUpCancelsAndStopsOnPermanentFailuresThread)
 {
-    uint16_t port;
-    {
-        TcpServerSocket probe(loopback());
-        port = probe.getLocalPort();
-    }
+    const uint16_t port = nettest::closedPort();
     RecordingConnector limited(qv::String(u"127.0.0.1"), port);
     limited.setRetryPolicy(3, 1, 1);
     EXPECT_EQ(limited.Connect(), QV_E_SOCKET_ECONNREFUSED);
@@ -283,7 +275,7 @@ TEST(QvNet, OutOfMemoryIsAResultAndLeaksNothing)
 {
     if (!qvtest::allocationFaultsAvailable())
         GTEST_SKIP() << "built without fault injection";
-    const int before = nettest::openDescriptors();
+    const int before = qvtest::countOpenDescriptors();
     QVNETSOCKET server = nullptr;
     ASSERT_EQ(QvNetTcpServerSocketCreate(u"127.0.0.1", 0, 0, &server), 0);
     uint16_t port = 0;
@@ -307,5 +299,5 @@ TEST(QvNet, OutOfMemoryIsAResultAndLeaksNothing)
               0);
     EXPECT_GE(accepted, 1);
     EXPECT_EQ(QvNetSocketClose(server), 0);
-    EXPECT_EQ(nettest::openDescriptors(), before);
+    EXPECT_EQ(qvtest::countOpenDescriptors(), before);
 }

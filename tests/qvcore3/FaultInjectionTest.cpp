@@ -97,7 +97,7 @@ TEST_F(FaultInjection, AllocationCountsAllocatorAndHook)
 TEST_F(FaultInjection, EveryAllocationFailureIsCleanInProcessCreate)
 {
     const uint32_t handles = QVHandleCountOpen();
-    const int descriptors = qvtest::CountOpenDescriptors();
+    const int descriptors = qvtest::countOpenDescriptors();
     const char16_t* environment[] = {u"A=1", nullptr};
     bool succeeded = false;
     for (int nth = 1; nth < 20 && !succeeded; ++nth) {
@@ -117,7 +117,7 @@ TEST_F(FaultInjection, EveryAllocationFailureIsCleanInProcessCreate)
             EXPECT_EQ(pipes.stdoutRead, -1);
         }
         EXPECT_EQ(QVHandleCountOpen(), handles) << nth;
-        EXPECT_EQ(qvtest::CountOpenDescriptors(), descriptors) << nth;
+        EXPECT_EQ(qvtest::countOpenDescriptors(), descriptors) << nth;
     }
     EXPECT_TRUE(succeeded);
 }

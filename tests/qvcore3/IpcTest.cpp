@@ -10,8 +10,8 @@ namespace {
 
 TEST(Ipc, ChildAnswersThroughSharedMemoryAndNamedSemaphore)
 {
-    const std::string memoryName = qvtest::UniqueName("shm");
-    const std::string semaphoreName = qvtest::UniqueName("sem");
+    const std::string memoryName = qvtest::uniqueName("shm");
+    const std::string semaphoreName = qvtest::uniqueName("sem");
     QVHANDLE memory = QV_INVALID_HANDLE;
     QVHANDLE semaphore = QV_INVALID_HANDLE;
     void* address = nullptr;
@@ -44,7 +44,7 @@ TEST(Ipc, ChildAnswersThroughSharedMemoryAndNamedSemaphore)
 
 TEST(Ipc, NamedSemaphoreHandlesShareOneCount)
 {
-    const std::string name = "/" + qvtest::UniqueName("pair");
+    const std::string name = "/" + qvtest::uniqueName("pair");
     QVHANDLE first = QV_INVALID_HANDLE;
     QVHANDLE second = QV_INVALID_HANDLE;
     ASSERT_EQ(QVNamedSemOpen(name.c_str(), 1, &first), QV_S_OK);
@@ -73,7 +73,7 @@ TEST(Ipc, NamedSemaphoreHandlesShareOneCount)
 
 TEST(Ipc, SharedMemoryOpenMapAndErrors)
 {
-    const std::string name = qvtest::UniqueName("region");
+    const std::string name = qvtest::uniqueName("region");
     QVHANDLE handle = QV_INVALID_HANDLE;
     EXPECT_EQ(QVSharedMemOpen(name.c_str(), 64, 0, &handle), QV_E_FILE_NOT_FOUND);
     EXPECT_EQ(QVSharedMemOpen(name.c_str(), 0, QV_SHAREDMEM_CREATE, &handle), QV_E_INVALIDARG);

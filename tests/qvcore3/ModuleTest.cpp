@@ -19,12 +19,12 @@ TEST(Module, MissingOrUnloadableLibrariesFailWithACode)
     EXPECT_EQ(QVModuleLibOpen(QV_INVALID_HANDLE, u"libqvcore3-no-such-library.so", &library), QV_E_FILE_NOT_FOUND);
     EXPECT_EQ(QVModuleLibOpen(QV_INVALID_HANDLE, u"/", &library), static_cast<QVRESULT>(0x80070015)); // EISDIR
 
-    const std::string text = "/tmp/" + qvtest::UniqueName("not-a-library") + ".so";
+    const std::string text = "/tmp/" + qvtest::uniqueName("not-a-library") + ".so";
     FILE* file = std::fopen(text.c_str(), "w");
     ASSERT_NE(file, nullptr);
     std::fputs("plain text\n", file);
     std::fclose(file);
-    const std::u16string path = qvtest::Utf16(text);
+    const std::u16string path = qvtest::utf16(text);
     EXPECT_EQ(QVModuleLibOpen(QV_INVALID_HANDLE, path.c_str(), &library), static_cast<QVRESULT>(0x800700C1));
     std::remove(text.c_str());
 

@@ -20,32 +20,7 @@ using qvtest::RunChild;
 
 constexpr uint32_t kAllPipes = QV_PROCESS_PIPE_STDIN | QV_PROCESS_PIPE_STDOUT | QV_PROCESS_PIPE_STDERR;
 
-// Children of this process in any state, zombies included, read from /proc.
-int CountChildren()
-{
-    int children = 0;
-    DIR* dir = opendir("/proc");
-    while (dirent* entry = dir ? readdir(dir) : nullptr) {
-        const std::string path = std::string("/proc/") + entry->d_name + "/stat";
-        FILE* file = std::fopen(path.c_str(), "r");
-        if (!file) {
-            continue;
-        }
-        char line[512] = {};
-        std::fgets(line, sizeof line, file);
-        std::fclose(file);
-        const char* close = std::strrchr(line, ')');
-        char state = 0;
-        int parent = 0;
-        if (close && std::sscanf(close + 1, " %c %d", &state, &parent) == 2 && parent == static_cast<int>(getpid())) {
-            ++children;
-        }
-    }
-    if (dir) {
-        closedir(dir);
-    }
-    return children;
-}
+using qvtest::countChildren;
 
 void CloseAll(const STRUCT_QV_PROCESS_PIPES& pipes)
 {
@@ -204,15 +179,15 @@ TEST(Process, DetachedChildrenAreReaped)
         EXPECT_EQ(QVProcessJoin(child, nullptr), QV_E_INVALIDARG);
     }
     const auto start = std::chrono::steady_clock::now();
-    while (CountChildren() != 0 && qvtest::MillisecondsSince(start) < 5000) {
+    while (countChildren() != 0 && qvtest::MillisecondsSince(start) < 5000) {
         QVThreadSleep(20);
     }
-    EXPECT_EQ(CountChildren(), 0);
+    EXPECT_EQ(countChildren(), 0);
 }
 
 TEST(Process, FailuresLeaveNothingBehind)
 {
-    const int descriptors = qvtest::CountOpenDescriptors();
+    const int descriptors = qvtest::countOpenDescriptors();
     const uint32_t handles = QVHandleCountOpen();
     STRUCT_QV_PROCESS_PIPES pipes{1, 2, 3};
     QVHANDLE child = QV_INVALID_HANDLE;
@@ -224,7 +199,7 @@ TEST(Process, FailuresLeaveNothingBehind)
     EXPECT_EQ(QVProcessCreate(u"no-such-program-on-path", nullptr, nullptr, nullptr, 0, nullptr, &child),
               QV_E_FILE_NOT_FOUND);
     EXPECT_EQ(RunChild("exit 0", kAllPipes, &pipes, &child, nullptr, u"/nonexistent-dir"), QV_E_FILE_NOT_FOUND);
-    EXPECT_EQ(qvtest::CountOpenDescriptors(), descriptors);
+    EXPECT_EQ(qvtest::countOpenDescriptors(), descriptors);
     EXPECT_EQ(QVHandleCountOpen(), handles);
 
     EXPECT_EQ(QVProcessCreate(nullptr, nullptr, nullptr, nullptr, 0, nullptr, &child), QV_E_POINTER);

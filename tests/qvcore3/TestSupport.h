@@ -3,7 +3,7 @@
 
 #include <qvcore3/qvcore3.h>
 
-#include <dirent.h>
+#include "ChildProcess.h"
 
 #include <chrono>
 #include <cstdint>
@@ -14,33 +14,6 @@ namespace qvtest {
 inline int64_t MillisecondsSince(std::chrono::steady_clock::time_point start)
 {
     return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - start).count();
-}
-
-// A name no other test run on this machine uses at the same time.
-inline std::string UniqueName(const char* stem)
-{
-    static int counter = 0;
-    return std::string("qvcore3-test-") + stem + "-" + std::to_string(QVProcessGetCurrentId()) + "-" +
-           std::to_string(++counter);
-}
-
-// ASCII only.
-inline std::u16string Utf16(const std::string& text)
-{
-    return std::u16string(text.begin(), text.end());
-}
-
-inline int CountOpenDescriptors()
-{
-    int count = 0;
-    DIR* dir = opendir("/proc/self/fd");
-    while (dir && readdir(dir)) {
-        ++count;
-    }
-    if (dir) {
-        closedir(dir);
-    }
-    return count;
 }
 
 // Reads a descriptor to its end.
@@ -59,14 +32,13 @@ inline QVRESULT RunChild(const std::u16string& arguments, uint32_t flags, STRUCT
                          QVHANDLE* handle, const char16_t* const* environment = nullptr,
                          const char16_t* directory = nullptr)
 {
-    const std::u16string program = Utf16(QVCORE3_TEST_CHILD);
-    return QVProcessCreate(program.c_str(), arguments.c_str(), directory, environment, flags, pipes, handle);
+    return QVProcessCreate(childProgram().c_str(), arguments.c_str(), directory, environment, flags, pipes, handle);
 }
 
 inline QVRESULT RunChild(const std::string& arguments, uint32_t flags, STRUCT_QV_PROCESS_PIPES* pipes, QVHANDLE* handle,
                          const char16_t* const* environment = nullptr, const char16_t* directory = nullptr)
 {
-    return RunChild(Utf16(arguments), flags, pipes, handle, environment, directory);
+    return RunChild(utf16(arguments), flags, pipes, handle, environment, directory);
 }
 
 inline QVRESULT RunChild(const char* arguments, uint32_t flags, STRUCT_QV_PROCESS_PIPES* pipes, QVHANDLE* handle,

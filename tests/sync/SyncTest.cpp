@@ -8,6 +8,8 @@
 #include <qv/sync/Semaphore.h>
 #include <qvcore3/qvcore3.h>
 
+#include "Thrown.h"
+
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -22,16 +24,7 @@ qv::Result code(uint32_t value)
     return static_cast<qv::Result>(value);
 }
 
-template <class F>
-qv::Result thrownCode(F f)
-{
-    try {
-        f();
-    } catch (const qv::ResultException& e) {
-        return e.getResult();
-    }
-    return 0;
-}
+using qvtest::resultOf;
 
 } // namespace
 
@@ -83,7 +76,7 @@ TEST(Sync, ConditionTimedWaitThrowsOnTimeout)
     qv::sync::Condition condition;
     qv::sync::Condition::Holder hold(condition);
     auto start = std::chrono::steady_clock::now();
-    EXPECT_EQ(thrownCode([&] { condition.wait(10ul); }), code(0x800705B4u));
+    EXPECT_EQ(resultOf([&] { condition.wait(10ul); }), code(0x800705B4u));
     EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(9));
 }
 
@@ -161,11 +154,11 @@ TEST(Sync, PlatformCreateFailureLeavesNoObject)
         GTEST_SKIP() << "platform built without fault injection";
     const qv::Result injected = code(0x80070008u);
     ASSERT_EQ(QVFaultArm("QVMutexCreate", 1, injected), 0);
-    EXPECT_EQ(thrownCode([] { qv::sync::Mutex m; }), injected);
+    EXPECT_EQ(resultOf([] { qv::sync::Mutex m; }), injected);
     ASSERT_EQ(QVFaultArm("QVEventCreate", 1, injected), 0);
-    EXPECT_EQ(thrownCode([] { qv::sync::Event e; }), injected);
+    EXPECT_EQ(resultOf([] { qv::sync::Event e; }), injected);
     ASSERT_EQ(QVFaultArm("QVConditionCreate", 1, injected), 0);
-    EXPECT_EQ(thrownCode([] { qv::sync::Condition c; }), injected);
+    EXPECT_EQ(resultOf([] { qv::sync::Condition c; }), injected);
     QVFaultDisarmAll();
     qv::sync::Mutex works;
     EXPECT_TRUE(works.tryWait());
@@ -186,7 +179,7 @@ TEST(Sync, TimedWaitCountsOnlyZeroAsSignalled)
     EXPECT_FALSE(gate.wait(5ul));
     // Failures other than the time-out are thrown with their code.
     ASSERT_EQ(QVFaultArm("QVGateTimedWait", 1, code(0x80070006u)), 0);
-    EXPECT_EQ(thrownCode([&] { gate.wait(5ul); }), code(0x80070006u));
+    EXPECT_EQ(resultOf([&] { gate.wait(5ul); }), code(0x80070006u));
     ASSERT_EQ(QVFaultArm("QVEventTimedWait", 1, code(0x800705B4u)), 0);
     EXPECT_FALSE(event.wait(5ul));
     QVFaultDisarmAll();

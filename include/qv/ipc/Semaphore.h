@@ -1,9 +1,7 @@
 #ifndef QV_IPC_SEMAPHORE_H
 #define QV_IPC_SEMAPHORE_H
 
-#include <qv/sync/Object.h>
-
-#include <cstdint>
+#include <qv/sync/Semaphore.h>
 
 namespace qv {
 namespace ipc {
@@ -12,8 +10,9 @@ namespace ipc {
 // word (no '/' inside, at most 240 characters); the first process to open it
 // creates it with initialCount, later ones open it as it is. It lives in the
 // system until unlink() removes the name (processes that have it open keep
-// using it).
-class QV_EXPORT Semaphore : public sync::Object {
+// using it). Waiting, signalling and reading the count work as for an
+// unnamed sync::Semaphore; only opening and closing differ.
+class QV_EXPORT Semaphore : public sync::Semaphore {
 public:
     // ResultException with the platform's code when the name is refused or
     // the semaphore cannot be opened.
@@ -23,17 +22,8 @@ public:
     // Throws ResultException when the platform fails to close it.
     ~Semaphore() noexcept(false) override;
 
-    void wait() override;
-    // True when a count was taken; never blocks, never throws.
-    bool tryWait() override;
-    virtual void signal();
-    virtual int32_t getValue();
-
     // Removes the name; ResultException 0x80070002 when there is none.
     static void unlink(const char* name);
-
-private:
-    int32_t m_handle;
 };
 
 } // namespace ipc

@@ -22,10 +22,16 @@ public:
     virtual int32_t getValue();
 
 protected:
-    // For semaphores whose handle comes from elsewhere (named ones).
+    // For semaphores whose handle comes from elsewhere (named ones): the
+    // subclass closes it itself, after taking it back with releaseHandle().
     struct AdoptHandle {};
     Semaphore(AdoptHandle, QVHANDLE handle) noexcept : m_handle(handle) {}
-    QVHANDLE handle() const noexcept { return m_handle; }
+    QVHANDLE releaseHandle() noexcept
+    {
+        const QVHANDLE handle = m_handle;
+        m_handle = QV_INVALID_HANDLE;
+        return handle;
+    }
 
 private:
     QVHANDLE m_handle;

@@ -23,33 +23,13 @@ QVHANDLE openSemaphore(const char* name, unsigned long initialCount)
 
 } // namespace
 
-Semaphore::Semaphore(const char* name, unsigned long initialCount) : m_handle(openSemaphore(name, initialCount)) {}
+Semaphore::Semaphore(const char* name, unsigned long initialCount)
+    : sync::Semaphore(AdoptHandle(), openSemaphore(name, initialCount))
+{}
 
 Semaphore::~Semaphore() noexcept(false)
 {
-    qvcom::throwIfFailed(QVNamedSemClose(m_handle));
-}
-
-void Semaphore::wait()
-{
-    throwIfFailed(QVSemaphoreWait(m_handle));
-}
-
-bool Semaphore::tryWait()
-{
-    return QVSemaphoreTryWait(m_handle) >= 0;
-}
-
-void Semaphore::signal()
-{
-    throwIfFailed(QVSemaphorePost(m_handle));
-}
-
-int32_t Semaphore::getValue()
-{
-    int32_t value = 0;
-    throwIfFailed(QVSemaphoreGetValue(m_handle, &value));
-    return value;
+    throwIfFailed(QVNamedSemClose(releaseHandle()));
 }
 
 void Semaphore::unlink(const char* name)

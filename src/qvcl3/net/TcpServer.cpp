@@ -1,10 +1,12 @@
 #include <qv/net/TcpServer.h>
 
+#include <qv/core/Boundary.h>
+#include <qv/exec/Runnable.h>
+#include <qv/exec/Thread.h>
 #include <qv/io/IoException.h>
 #include <qv/net/SocketException.h>
 
 #include "net/SocketCalls.h"
-#include "net/WorkerThread.h"
 
 #include <poll.h>
 #include <sys/socket.h>
@@ -15,6 +17,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <deque>
+#include <functional>
 #include <mutex>
 #include <vector>
 
@@ -22,6 +25,23 @@ namespace qv {
 namespace net {
 
 ITcpConnectionHandler::~ITcpConnectionHandler() noexcept(false) = default;
+
+namespace {
+
+// Starts body on a thread of its own (stackSize 0: the platform default).
+// Nothing may escape it: the loops handle their own failures, and whatever
+// slips through ends the thread quietly instead of being reported as a
+// thread that failed.
+std::unique_ptr<exec::Thread> startThread(std::function<void()> body, uint32_t stackSize = 0)
+{
+    auto thread =
+        std::make_unique<exec::Thread>(makeReference<exec::Runnable>([body] { qvcom::guardBoundary(body); }).get());
+    thread->setStackSize(stackSize);
+    thread->start();
+    return thread;
+}
+
+} // namespace
 
 struct TcpServer::State {
     Reference<ITcpConnectionHandler> handler;
@@ -37,11 +57,12 @@ struct TcpServer::State {
     std::condition_variable settled; // a handler finished
     std::deque<Reference<TcpWorkerSocket>> queue;
     std::vector<TcpWorkerSocket*> active;
-    std::vector<std::unique_ptr<detail::WorkerThread>> workers;
+    // Every thread started is joined by stop().
+    std::vector<std::unique_ptr<exec::Thread>> workers;
     int32_t idleWorkers = 0;
     bool started = false;
     bool stopping = false;
-    std::unique_ptr<detail::WorkerThread> acceptor;
+    std::unique_ptr<exec::Thread> acceptor;
 
     std::atomic<uint64_t> accepted{0};
     std::atomic<uint64_t> refused{0};
@@ -119,7 +140,7 @@ void TcpServer::State::dispatch(Reference<TcpWorkerSocket> connection)
     queuedCount.store(static_cast<int32_t>(queue.size()), std::memory_order_relaxed);
     if (idleWorkers < static_cast<int32_t>(queue.size()) && static_cast<int32_t>(workers.size()) < params.maxThreads) {
         try {
-            workers.push_back(std::make_unique<detail::WorkerThread>([this] { workerLoop(); }, params.threadStackSize));
+            workers.push_back(startThread([this] { workerLoop(); }, params.threadStackSize));
             threadCount.store(static_cast<int32_t>(workers.size()), std::memory_order_relaxed);
         } catch (...) {
             // Served by the threads there are, or refused if there are none.
@@ -190,7 +211,7 @@ void TcpServer::start()
     if (m_state->started)
         throw IllegalStateException(String(u"TcpServer already started"));
     State* state = m_state.get();
-    m_state->acceptor = std::make_unique<detail::WorkerThread>([state] { state->acceptLoop(); });
+    m_state->acceptor = startThread([state] { state->acceptLoop(); });
     m_state->started = true;
 }
 

@@ -12,7 +12,7 @@ Semaphore::Semaphore(unsigned long initialCount, const char* name, unsigned flag
 {}
 Semaphore::~Semaphore() noexcept(false)
 {
-    // A named semaphore's subclass closes its own handle and leaves none here.
+    // A named semaphore's subclass has closed its own handle and left none.
     if (m_handle != QV_INVALID_HANDLE)
         throwIfFailed(QVSemaphoreDestroy(m_handle));
 }

@@ -1,9 +1,12 @@
-// Started by the process and IPC tests: argv[1] picks what it does.
+// Started by the process and IPC tests of the platform layer and of the
+// library: argv[1] picks what it does; an unknown mode exits with 100.
 #include <qv/ipc/Semaphore.h>
 #include <qv/ipc/SharedMemory.h>
+#include <qvcore3/qvcore3.h>
 
 #include <dirent.h>
 #include <signal.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cctype>
@@ -55,19 +58,45 @@ int count(const char* semaphoreName, const char* memoryName, long times)
     return 0;
 }
 
-// Descriptors open beyond the standard three.
-int countDescriptors()
+// Waits for the parent's number in the shared region, answers with the
+// number plus one and a text, then posts the named semaphore; platform
+// calls only.
+int answerThroughPlatform(const char* semaphoreName, const char* memoryName)
 {
-    int open = 0;
+    QVHANDLE memory = QV_INVALID_HANDLE;
+    QVHANDLE semaphore = QV_INVALID_HANDLE;
+    void* address = nullptr;
+    if (QVSharedMemOpen(memoryName, 0, 0, &memory) != 0 || QVSharedMemMap(memory, &address) != 0 ||
+        QVNamedSemOpen(semaphoreName, 0, &semaphore) != 0)
+        return 3;
+    uint32_t* words = static_cast<uint32_t*>(address);
+    words[1] = words[0] + 1;
+    std::strcpy(reinterpret_cast<char*>(words + 2), "from child");
+    const bool ok = QVSemaphorePost(semaphore) == 0 && QVNamedSemClose(semaphore) == 0 && QVSharedMemClose(memory) == 0;
+    return ok ? 0 : 4;
+}
+
+// Descriptors open beyond the standard three: with pipesOnly, prints the
+// inode of each pipe among them; otherwise prints how many there are.
+int listDescriptors(bool pipesOnly)
+{
     DIR* dir = opendir("/proc/self/fd");
-    while (dirent* entry = dir ? readdir(dir) : nullptr) {
+    if (!dir)
+        return 2;
+    int open = 0;
+    while (dirent* entry = readdir(dir)) {
         const int fd = std::atoi(entry->d_name);
-        if (entry->d_name[0] != '.' && fd > 2 && fd != dirfd(dir))
+        if (entry->d_name[0] == '.' || fd <= 2 || fd == dirfd(dir))
+            continue;
+        struct stat status;
+        if (!pipesOnly)
             ++open;
+        else if (fstat(fd, &status) == 0 && S_ISFIFO(status.st_mode))
+            std::printf("%lu\n", static_cast<unsigned long>(status.st_ino));
     }
-    if (dir)
-        closedir(dir);
-    std::printf("%d\n", open);
+    closedir(dir);
+    if (!pipesOnly)
+        std::printf("%d\n", open);
     return 0;
 }
 
@@ -102,10 +131,11 @@ int main(int argc, char** argv)
         return 0;
     }
     if (mode == "sleep" && argc > 2) {
-        usleep(static_cast<useconds_t>(std::atoi(argv[2])) * 1000);
+        QVThreadSleep(static_cast<uint32_t>(std::atoi(argv[2])));
         return 5;
     }
     if (mode == "signal") {
+        std::fflush(stdout);
         raise(SIGTERM);
         return 1;
     }
@@ -113,7 +143,9 @@ int main(int argc, char** argv)
         return flood(std::atol(argv[2]));
     if (mode == "count" && argc > 4)
         return count(argv[2], argv[3], std::atol(argv[4]));
-    if (mode == "descriptors")
-        return countDescriptors();
+    if (mode == "ipc" && argc > 3)
+        return answerThroughPlatform(argv[2], argv[3]);
+    if (mode == "descriptors" || mode == "pipes")
+        return listDescriptors(mode == "pipes");
     return 100;
 }

@@ -1,0 +1,42 @@
+// What an operation throws, for tests that check a failure's code or text.
+#ifndef QVTEST_SUPPORT_THROWN_H
+#define QVTEST_SUPPORT_THROWN_H
+
+#include <qv/core/Exception.h>
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace qvtest {
+
+// The result code of the qv::Exception the operation throws; 0 when it
+// throws nothing, which no failing case expects.
+template <class Operation>
+qv::Result resultOf(Operation&& operation)
+{
+    try {
+        operation();
+    } catch (const qv::Exception& e) {
+        return e.getResult();
+    }
+    return 0;
+}
+
+// The description of what the operation throws as E; fails the test when it
+// throws nothing.
+template <class E, class Operation>
+std::string messageOf(Operation&& operation)
+{
+    try {
+        operation();
+    } catch (const E& e) {
+        return e.getDescription().toUtf8();
+    }
+    ADD_FAILURE() << "nothing was thrown";
+    return std::string();
+}
+
+} // namespace qvtest
+
+#endif
