@@ -22,20 +22,28 @@ Reference<ILogProcessor> XmlLogWriter::create(io::Writer* writer)
 
 String XmlLogWriter::format(const ILogEntry* entry)
 {
-    String text(u"  <entry>\n");
+    std::u16string text;
+    appendEntry(entry, text);
+    return String(text.data(), static_cast<int32_t>(text.size()));
+}
+
+// "    <name> value </tag>" per field, the closing tag being the name up to
+// its first space (a name with attributes), nothing escaped.
+void XmlLogWriter::appendEntry(const ILogEntry* entry, std::u16string& text)
+{
+    text.append(u"  <entry>\n");
     const Reference<const collections::Set<String>> names = entry->getFieldNames();
     for (const String& name : *names) {
-        const Reference<const Object> value = entry->getField(name);
         const int32_t space = name.indexOf(u' ');
-        const String tag = space < 0 ? name : name.substring(0, space);
-        const String valueText = value ? value->toString() : String();
-        String line;
-        line.format(String(u"    <{0}> {1} </{2}>"), name, valueText, tag);
-        text.append(line);
-        text.append(u'\n');
+        text.append(u"    <");
+        appendText(name, text);
+        text.append(u"> ");
+        appendValue(entry->getField(name).get(), text);
+        text.append(u" </");
+        text.append(name.getData(), static_cast<size_t>(space < 0 ? name.getLength() : space));
+        text.append(u">\n");
     }
     text.append(u"  </entry>\n");
-    return text;
 }
 
 } // namespace log
