@@ -27,6 +27,18 @@ String XmlLogWriter::format(const ILogEntry* entry)
     return String(text.data(), static_cast<int32_t>(text.size()));
 }
 
+namespace {
+
+// Each text of a line ends at its first NUL, as it always has: the line was
+// once made by String::format, whose arguments are NUL-terminated.
+size_t lengthToNul(const char16_t* text, size_t length)
+{
+    const char16_t* nul = std::char_traits<char16_t>::find(text, length, u'\0');
+    return nul ? static_cast<size_t>(nul - text) : length;
+}
+
+} // namespace
+
 // "    <name> value </tag>" per field, the closing tag being the name up to
 // its first space (a name with attributes), nothing escaped.
 void XmlLogWriter::appendEntry(const ILogEntry* entry, std::u16string& text)
@@ -34,13 +46,19 @@ void XmlLogWriter::appendEntry(const ILogEntry* entry, std::u16string& text)
     text.append(u"  <entry>\n");
     const Reference<const collections::Set<String>> names = entry->getFieldNames();
     for (const String& name : *names) {
+        const char16_t* units = name.getData();
+        const size_t nameLength = lengthToNul(units, static_cast<size_t>(name.getLength()));
         const int32_t space = name.indexOf(u' ');
+        const size_t tagLength =
+            space >= 0 && static_cast<size_t>(space) < nameLength ? static_cast<size_t>(space) : nameLength;
         text.append(u"    <");
-        appendText(name, text);
+        text.append(units, nameLength);
         text.append(u"> ");
+        const size_t valueStart = text.size();
         appendValue(entry->getField(name).get(), text);
+        text.resize(valueStart + lengthToNul(text.data() + valueStart, text.size() - valueStart));
         text.append(u" </");
-        text.append(name.getData(), static_cast<size_t>(space < 0 ? name.getLength() : space));
+        text.append(units, tagLength);
         text.append(u">\n");
     }
     text.append(u"  </entry>\n");
