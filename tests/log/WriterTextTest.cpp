@@ -1,3 +1,4 @@
+#include "AllocationSweep.h"
 #include "LogTestSupport.h"
 
 #include <qv/math/BigDecimal.h>
@@ -188,4 +189,36 @@ TEST(LogWriterTest, EachEntryStartsCleanAfterAFailureOrAHugeOne)
     EXPECT_EQ(all.substr(0, expected.size()), expected);
     EXPECT_NE(all.find("written before the failure", expected.size()), std::string::npos);
     EXPECT_NE(all.find("custom\xc3\xa9", expected.size()), std::string::npos);
+}
+
+// Each failed attempt must leave the file as it was: the entry's text is
+// complete before any of it goes to the file.
+TEST(LogWriterTest, AllocationSweepIntoAFileWritesWholeEntriesOnly)
+{
+    if (!qvtest::allocationFaultsAvailable())
+        GTEST_SKIP() << "fault injection not built";
+    logtest::TempDirectory dir;
+    const std::string path = dir.file("sweep.log");
+    Reference<io::FileWriter> file(new io::FileWriter(String(path.c_str()), false, u"UTF-8"));
+    Reference<ILogProcessor> writer = BasicLogWriter::create(file.get());
+    Reference<LogEntry> entry = LogEntry::create();
+    Reference<String> text(new String(u"gr\u00fc\u00dfe"));
+    Reference<Integer32> level(new Integer32(-3));
+    entry->setField(String(u"text"), text.get());
+    entry->setField(String(u"level"), level.get());
+    std::string before;
+    EXPECT_GT(qvtest::sweepAllocations([&] { writer->process(entry.get()); },
+                                       [&] { EXPECT_EQ(logtest::readFile(path), before); }),
+              0);
+    const std::string one = logtest::readFile(path);
+    EXPECT_NE(one.find("text=gr\xc3\xbc\xc3\x9f"
+                       "e\n"),
+              std::string::npos)
+        << one;
+    EXPECT_NE(one.find("level=-3\n"), std::string::npos) << one;
+    before = one;
+    EXPECT_GT(qvtest::sweepAllocations([&] { writer->process(entry.get()); },
+                                       [&] { EXPECT_EQ(logtest::readFile(path), before); }),
+              0);
+    EXPECT_EQ(logtest::readFile(path), one + one);
 }
