@@ -25,8 +25,8 @@ AbstractLogWriter::~AbstractLogWriter() noexcept(false) = default;
 
 namespace {
 
-// Past this the buffer is given back after the entry, so that one huge entry
-// does not keep its memory for the life of the writer.
+// Past this the buffer is given back before the next entry, so that one huge
+// entry does not keep its memory for the life of the writer.
 constexpr size_t kKeptCapacity = 64 * 1024;
 
 } // namespace
