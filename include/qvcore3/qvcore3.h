@@ -636,6 +636,18 @@ QVCORE3_API QVRESULT QVFormatTimeLocale(const char* locale, const char* pattern,
 QVCORE3_API QVRESULT QVTimeFormat(const STRUCT_QV_TIME* time, int32_t part, char* buffer, int32_t capacity,
                                   int32_t* written) QVCORE3_NOEXCEPT;
 
+/* ---- writes to descriptors known not to raise SIGPIPE -------------------- */
+
+/* *result 1 when fd is a pipe or a socket (a write to it may raise SIGPIPE,
+   which QVFileWrite guards against), 0 otherwise. The kind of a descriptor
+   does not change while it stays open, so a caller that opened a file and
+   keeps it can ask once and then use QVFileWriteUnguarded, which is
+   QVFileWrite without the status call that decides on the guard. A write
+   through it to a pipe or socket whose reader has gone raises SIGPIPE. */
+QVCORE3_API QVRESULT QVFileIsPipeOrSocket(int32_t fd, int32_t* result) QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVFileWriteUnguarded(int32_t fd, const void* data, uint32_t size,
+                                          uint32_t* done) QVCORE3_NOEXCEPT;
+
 /* ---- fault injection (test builds only) ----------------------------------
    Present when the library is built with QVCORE3_FAULT_INJECTION. An armed
    operation fails with the given code on its nth call from now (1 = the next

@@ -6,7 +6,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <optional>
 
 namespace {
 
@@ -73,25 +72,24 @@ extern "C" QVRESULT QVFileRead(int32_t fd, void* data, uint32_t size, uint32_t* 
     }
 }
 
-// Writes everything unless an error stops it; *done counts what got out.
-extern "C" QVRESULT QVFileWrite(int32_t fd, const void* data, uint32_t size, uint32_t* done) noexcept
+namespace {
+
+// Only pipes and sockets raise SIGPIPE.
+bool IsPipeOrSocket(const struct stat& status) noexcept
 {
-    if (!done || (!data && size != 0)) {
-        return QV_E_POINTER;
-    }
-    *done = 0;
-    if (fd < 0) {
-        return QV_E_INVALIDARG;
-    }
-    QV_FAULT_POINT(QVFileWrite);
-    // Only pipes and sockets raise SIGPIPE: a write to a file or a terminal
-    // is spared the guard's three system calls for one status call.
+    return S_ISFIFO(status.st_mode) || S_ISSOCK(status.st_mode);
+}
+
+// A descriptor whose kind cannot be read is taken for one, so that it is
+// guarded.
+bool MayRaiseSigpipe(int32_t fd) noexcept
+{
     struct stat status;
-    const bool mayRaise = fstat(fd, &status) != 0 || S_ISFIFO(status.st_mode) || S_ISSOCK(status.st_mode);
-    std::optional<SigpipeGuard> guard;
-    if (mayRaise) {
-        guard.emplace();
-    }
+    return fstat(fd, &status) != 0 || IsPipeOrSocket(status);
+}
+
+QVRESULT WriteAll(int32_t fd, const void* data, uint32_t size, uint32_t* done, SigpipeGuard* guard) noexcept
+{
     const char* bytes = static_cast<const char*>(data);
     uint32_t written = 0;
     while (written < size) {
@@ -111,6 +109,63 @@ extern "C" QVRESULT QVFileWrite(int32_t fd, const void* data, uint32_t size, uin
     }
     *done = written;
     return QV_S_OK;
+}
+
+QVRESULT CheckWrite(int32_t fd, const void* data, uint32_t size, uint32_t* done) noexcept
+{
+    if (!done || (!data && size != 0)) {
+        return QV_E_POINTER;
+    }
+    *done = 0;
+    return fd < 0 ? QV_E_INVALIDARG : QV_S_OK;
+}
+
+} // namespace
+
+// Writes everything unless an error stops it; *done counts what got out.
+extern "C" QVRESULT QVFileWrite(int32_t fd, const void* data, uint32_t size, uint32_t* done) noexcept
+{
+    const QVRESULT checked = CheckWrite(fd, data, size, done);
+    if (checked != QV_S_OK) {
+        return checked;
+    }
+    QV_FAULT_POINT(QVFileWrite);
+    // A write to a file or a terminal is spared the guard's three system
+    // calls for one status call.
+    if (MayRaiseSigpipe(fd)) {
+        SigpipeGuard guard;
+        return WriteAll(fd, data, size, done, &guard);
+    }
+    return WriteAll(fd, data, size, done, nullptr);
+}
+
+extern "C" QVRESULT QVFileIsPipeOrSocket(int32_t fd, int32_t* result) noexcept
+{
+    if (!result) {
+        return QV_E_POINTER;
+    }
+    *result = 0;
+    if (fd < 0) {
+        return QV_E_INVALIDARG;
+    }
+    struct stat status;
+    if (fstat(fd, &status) != 0) {
+        return FileError(errno);
+    }
+    *result = IsPipeOrSocket(status) ? 1 : 0;
+    return QV_S_OK;
+}
+
+// Counted as QVFileWrite by fault injection: to its callers it is the same
+// write, and tests that make file writes fail need not know which one runs.
+extern "C" QVRESULT QVFileWriteUnguarded(int32_t fd, const void* data, uint32_t size, uint32_t* done) noexcept
+{
+    const QVRESULT checked = CheckWrite(fd, data, size, done);
+    if (checked != QV_S_OK) {
+        return checked;
+    }
+    QV_FAULT_POINT(QVFileWrite);
+    return WriteAll(fd, data, size, done, nullptr);
 }
 
 // Linux frees the descriptor even when close reports EINTR, so that is not

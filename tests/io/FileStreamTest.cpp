@@ -121,6 +121,23 @@ TEST_F(FileStreams, AFullDiskIsReportedNotLost)
     EXPECT_EQ(full->getHandle(), -1) << "closed all the same";
 }
 
+// A pipe opened by its path, like one handed in, must give its writer a
+// code, not SIGPIPE, once the reader has gone.
+TEST_F(FileStreams, ANamedPipeWithoutReaderGivesACodeNotASignal)
+{
+    const std::string fifo = path("fifo");
+    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+    const int reader = open(fifo.c_str(), O_RDONLY | O_NONBLOCK);
+    ASSERT_GE(reader, 0);
+    Reference<FileOutputStream> out = makeReference<FileOutputStream>(wide(fifo));
+    out->write("read", 4);
+    char got[4];
+    EXPECT_EQ(read(reader, got, sizeof got), 4);
+    close(reader);
+    EXPECT_EQ(messageOf<IoException>([&] { out->write("gone", 4); }), "cannot write file: " + fifo + ": Broken pipe");
+    out->close();
+}
+
 TEST_F(FileStreams, ClosedStreamsSaySo)
 {
     Reference<FileOutputStream> out = makeReference<FileOutputStream>(wide(path("c")));
@@ -170,6 +187,12 @@ TEST_F(FileStreams, InjectedPlatformFailuresBecomeIoExceptions)
     signed char buf[4];
     EXPECT_EQ(messageOf<IoException>([&] { in->read(buf, 4); }),
               "cannot read file: " + path("f") + ": Read-only file system");
+    Reference<FileOutputStream> out = makeReference<FileOutputStream>(wide(path("g")));
+    QVFaultArm("QVFileWrite", 1, ioError);
+    EXPECT_EQ(messageOf<IoException>([&] { out->write("abc", 3); }),
+              "cannot write file: " + path("g") + ": Read-only file system");
+    out->write("abc", 3);
+    EXPECT_EQ(contents(path("g")), "abc");
     QVFaultArm("QVFileClose", 1, ioError);
     EXPECT_EQ(messageOf<IoException>([&] { in->close(); }),
               "cannot close file: " + path("f") + ": Read-only file system");

@@ -2,6 +2,7 @@
 
 #include <dirent.h>
 #include <gtest/gtest.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -224,6 +225,46 @@ TEST(Process, WritingToAGoneReaderGivesACode)
     EXPECT_EQ(QVFileClose(pipes.stdinWrite), QV_E_INVALIDARG);
     EXPECT_EQ(QVFileRead(-1, nullptr, 0, &done), QV_E_INVALIDARG);
     EXPECT_EQ(QVFileRead(0, nullptr, 4, &done), QV_E_POINTER);
+}
+
+TEST(Process, PipesAndSocketsAreToldFromFiles)
+{
+    STRUCT_QV_PROCESS_PIPES pipes{};
+    QVHANDLE child = QV_INVALID_HANDLE;
+    ASSERT_EQ(RunChild("exit 0", QV_PROCESS_PIPE_STDIN, &pipes, &child), QV_S_OK);
+    ASSERT_EQ(QVProcessJoin(child, nullptr), QV_S_OK);
+    int32_t kind = -1;
+    EXPECT_EQ(QVFileIsPipeOrSocket(pipes.stdinWrite, &kind), QV_S_OK);
+    EXPECT_EQ(kind, 1);
+    EXPECT_EQ(QVFileClose(pipes.stdinWrite), QV_S_OK);
+    int sockets[2];
+    ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM, 0, sockets), 0);
+    EXPECT_EQ(QVFileIsPipeOrSocket(sockets[0], &kind), QV_S_OK);
+    EXPECT_EQ(kind, 1);
+    close(sockets[0]);
+    close(sockets[1]);
+
+    char path[] = "/tmp/qvcore3-kind-XXXXXX";
+    const int file = mkstemp(path);
+    ASSERT_GE(file, 0);
+    EXPECT_EQ(QVFileIsPipeOrSocket(file, &kind), QV_S_OK);
+    EXPECT_EQ(kind, 0);
+    const char data[] = "unguarded";
+    uint32_t done = 0;
+    EXPECT_EQ(QVFileWriteUnguarded(file, data, 9, &done), QV_S_OK);
+    EXPECT_EQ(done, 9u);
+    char back[16] = {};
+    EXPECT_EQ(pread(file, back, sizeof back, 0), 9);
+    EXPECT_STREQ(back, "unguarded");
+    close(file);
+    unlink(path);
+
+    EXPECT_EQ(QVFileIsPipeOrSocket(file, &kind), QV_E_INVALIDARG) << "closed";
+    EXPECT_EQ(QVFileIsPipeOrSocket(-1, &kind), QV_E_INVALIDARG);
+    EXPECT_EQ(QVFileIsPipeOrSocket(0, nullptr), QV_E_POINTER);
+    EXPECT_EQ(QVFileWriteUnguarded(-1, data, 1, &done), QV_E_INVALIDARG);
+    EXPECT_EQ(QVFileWriteUnguarded(file, nullptr, 1, &done), QV_E_POINTER);
+    EXPECT_EQ(QVFileWriteUnguarded(file, data, 1, &done), QV_E_INVALIDARG) << "closed";
 }
 
 } // namespace

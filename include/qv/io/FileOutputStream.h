@@ -49,6 +49,10 @@ private:
     String m_name;
     int32_t m_handle = -1;
     bool m_owns = false;
+    // Decided once for a file this stream opened itself: a descriptor handed
+    // in may be replaced behind its back (dup2 onto standard output), so it
+    // is asked about on every write.
+    bool m_cannotRaiseSigpipe = false;
     uint32_t m_flags = 0;
 };
 

@@ -6,6 +6,8 @@
 #include <qv/io/Writer.h>
 #include <qv/log/ILogProcessor.h>
 
+#include <string>
+
 namespace qv {
 namespace log {
 
@@ -30,10 +32,24 @@ protected:
     // ResultException 0x80070057 for a null writer.
     explicit AbstractLogWriter(io::Writer* writer);
     virtual String format(const ILogEntry* entry) = 0;
+    // Appends the entry's text, which process() then writes in one call. The
+    // base appends format(entry); a writer overrides it to build the text
+    // without the Strings in between, and may then define format() through
+    // it.
+    virtual void appendEntry(const ILogEntry* entry, std::u16string& text);
     io::Writer* getWriter() const noexcept { return m_writer.get(); }
+
+    // All units of text, NULs included.
+    static void appendText(const String& text, std::u16string& to);
+    // value->toString(), nothing for a null value. Strings and the boxed
+    // 32-bit integers are copied without making a String.
+    static void appendValue(const Object* value, std::u16string& to);
 
 private:
     Reference<io::Writer> m_writer;
+    // Reused from entry to entry: one allocation for the first entries
+    // instead of several for every entry.
+    std::u16string m_text;
 };
 
 } // namespace log

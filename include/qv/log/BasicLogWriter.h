@@ -17,6 +17,7 @@ public:
 
 protected:
     String format(const ILogEntry* entry) override;
+    void appendEntry(const ILogEntry* entry, std::u16string& text) override;
 };
 
 } // namespace log

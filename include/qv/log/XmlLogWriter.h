@@ -22,6 +22,7 @@ public:
 
 protected:
     String format(const ILogEntry* entry) override;
+    void appendEntry(const ILogEntry* entry, std::u16string& text) override;
 };
 
 } // namespace log

@@ -70,6 +70,8 @@ void FileOutputStream::open(const util::FilePath& path, uint32_t flags)
         }
     }
     m_handle = handle;
+    int32_t pipeOrSocket = 1;
+    m_cannotRaiseSigpipe = QVFileIsPipeOrSocket(handle, &pipeOrSocket) == QV_S_OK && pipeOrSocket == 0;
 }
 
 void FileOutputStream::write(const signed char* buffer, int32_t count)
@@ -78,7 +80,9 @@ void FileOutputStream::write(const signed char* buffer, int32_t count)
     if (!detail::hasBytes(buffer, count))
         return;
     uint32_t done = 0;
-    const Result result = QVFileWrite(m_handle, buffer, static_cast<uint32_t>(count), &done);
+    const Result result = m_cannotRaiseSigpipe
+                              ? QVFileWriteUnguarded(m_handle, buffer, static_cast<uint32_t>(count), &done)
+                              : QVFileWrite(m_handle, buffer, static_cast<uint32_t>(count), &done);
     if (failed(result))
         detail::throwFileError(u"cannot write file", m_name, result);
 }

@@ -14,18 +14,21 @@ Reference<ILogProcessor> BasicLogWriter::create(io::Writer* writer)
 
 String BasicLogWriter::format(const ILogEntry* entry)
 {
-    String text;
+    std::u16string text;
+    appendEntry(entry, text);
+    return String(text.data(), static_cast<int32_t>(text.size()));
+}
+
+void BasicLogWriter::appendEntry(const ILogEntry* entry, std::u16string& text)
+{
     const Reference<const collections::Set<String>> names = entry->getFieldNames();
     for (const String& name : *names) {
-        const Reference<const Object> value = entry->getField(name);
-        text.append(name);
-        text.append(u'=');
-        if (value)
-            text.append(value->toString());
-        text.append(u'\n');
+        appendText(name, text);
+        text += u'=';
+        appendValue(entry->getField(name).get(), text);
+        text += u'\n';
     }
     text.append(u"-------------------------\n");
-    return text;
 }
 
 } // namespace log

@@ -1,8 +1,8 @@
 #include <qv/log/TimeStamp.h>
 
 #include <qv/core/Boundary.h>
-#include <qv/math/BigDecimal.h>
-#include <qv/math/BigInteger.h>
+
+#include <charconv>
 
 namespace qv {
 namespace log {
@@ -43,18 +43,29 @@ Object* TimeStamp::clone() const
 
 String TimeStamp::toLog() const
 {
-    using math::BigInteger;
-    // Exact with any field values, so an out-of-range field still prints
-    // rather than wrapping.
-    const BigInteger hundred(100);
-    BigInteger value(static_cast<int>(m_time.wYear));
-    value = value * hundred + BigInteger(static_cast<int>(m_time.wMonth));
-    value = value * hundred + BigInteger(static_cast<int>(m_time.wDay));
-    value = value * hundred + BigInteger(static_cast<int>(m_time.wHour));
-    value = value * hundred + BigInteger(static_cast<int>(m_time.wMinute));
-    value = value * hundred + BigInteger(static_cast<int>(m_time.wSecond));
-    value = value * BigInteger(1000) + BigInteger(static_cast<int>(m_time.wMilliseconds));
-    return math::BigDecimal(value, 3).toString();
+    // The fields are read as one decimal number, yyyymmddhhmmss then three
+    // digits of milliseconds, so a field out of its calendar range still
+    // prints (carrying into the field before it) rather than wrapping. With
+    // 16-bit fields the total stays below 2^63.
+    uint64_t value = m_time.wYear;
+    value = value * 100 + m_time.wMonth;
+    value = value * 100 + m_time.wDay;
+    value = value * 100 + m_time.wHour;
+    value = value * 100 + m_time.wMinute;
+    value = value * 100 + m_time.wSecond;
+    value = value * 1000 + m_time.wMilliseconds;
+    char text[32];
+    char* end = std::to_chars(text, text + sizeof text - 4, value / 1000).ptr;
+    const unsigned fraction = static_cast<unsigned>(value % 1000);
+    *end++ = '.';
+    *end++ = static_cast<char>('0' + fraction / 100);
+    *end++ = static_cast<char>('0' + fraction / 10 % 10);
+    *end++ = static_cast<char>('0' + fraction % 10);
+    char16_t units[sizeof text];
+    const int32_t length = static_cast<int32_t>(end - text);
+    for (int32_t i = 0; i < length; ++i)
+        units[i] = static_cast<char16_t>(text[i]);
+    return String(units, length);
 }
 
 String TimeStamp::toString(bool longDate) const

@@ -22,20 +22,46 @@ Reference<ILogProcessor> XmlLogWriter::create(io::Writer* writer)
 
 String XmlLogWriter::format(const ILogEntry* entry)
 {
-    String text(u"  <entry>\n");
+    std::u16string text;
+    appendEntry(entry, text);
+    return String(text.data(), static_cast<int32_t>(text.size()));
+}
+
+namespace {
+
+// Each text of a line ends at its first NUL, as it always has: the line was
+// once made by String::format, whose arguments are NUL-terminated.
+size_t lengthToNul(const char16_t* text, size_t length)
+{
+    const char16_t* nul = std::char_traits<char16_t>::find(text, length, u'\0');
+    return nul ? static_cast<size_t>(nul - text) : length;
+}
+
+} // namespace
+
+// "    <name> value </tag>" per field, the closing tag being the name up to
+// its first space (a name with attributes), nothing escaped.
+void XmlLogWriter::appendEntry(const ILogEntry* entry, std::u16string& text)
+{
+    text.append(u"  <entry>\n");
     const Reference<const collections::Set<String>> names = entry->getFieldNames();
     for (const String& name : *names) {
-        const Reference<const Object> value = entry->getField(name);
+        const char16_t* units = name.getData();
+        const size_t nameLength = lengthToNul(units, static_cast<size_t>(name.getLength()));
         const int32_t space = name.indexOf(u' ');
-        const String tag = space < 0 ? name : name.substring(0, space);
-        const String valueText = value ? value->toString() : String();
-        String line;
-        line.format(String(u"    <{0}> {1} </{2}>"), name, valueText, tag);
-        text.append(line);
-        text.append(u'\n');
+        const size_t tagLength =
+            space >= 0 && static_cast<size_t>(space) < nameLength ? static_cast<size_t>(space) : nameLength;
+        text.append(u"    <");
+        text.append(units, nameLength);
+        text.append(u"> ");
+        const size_t valueStart = text.size();
+        appendValue(entry->getField(name).get(), text);
+        text.resize(valueStart + lengthToNul(text.data() + valueStart, text.size() - valueStart));
+        text.append(u" </");
+        text.append(units, tagLength);
+        text.append(u">\n");
     }
     text.append(u"  </entry>\n");
-    return text;
 }
 
 } // namespace log
