@@ -192,7 +192,7 @@ TEST_F(FileStreams, InjectedPlatformFailuresBecomeIoExceptions)
     EXPECT_EQ(messageOf<IoException>([&] { out->write("abc", 3); }),
               "cannot write file: " + path("g") + ": Read-only file system");
     out->write("abc", 3);
-    EXPECT_EQ(contents(path("g")), "abc");
+    EXPECT_EQ(readFile(path("g")), "abc");
     QVFaultArm("QVFileClose", 1, ioError);
     EXPECT_EQ(messageOf<IoException>([&] { in->close(); }),
               "cannot close file: " + path("f") + ": Read-only file system");
