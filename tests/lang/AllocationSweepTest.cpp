@@ -74,3 +74,33 @@ TEST_F(LangAllocationSweep, BoxedNumbersAndValueOf)
         EXPECT_EQ(String::valueOf(-1.5e300).toU16String(), u"-1.5e+300");
     });
 }
+
+// A short String is one allocation, a long one two (object and units); a
+// String leaving its first block on growth fails cleanly at each step.
+TEST_F(LangAllocationSweep, ShortStringsAreOneAllocationAndGrowOutCleanly)
+{
+    EXPECT_EQ(qvtest::sweepAllocations([] { String made(u"short text"); }), 1);
+    EXPECT_EQ(qvtest::sweepAllocations([] { String made(u'x', 300); }), 2);
+
+    String grown(u"0123456789");
+    const String shared(grown);
+    const std::u16string tail(100, u't');
+    qvtest::sweepAllocations([&] { grown.append(tail.c_str()); },
+                             [&] {
+                                 EXPECT_EQ(grown.toU16String(), u"0123456789");
+                                 EXPECT_EQ(shared.toU16String(), u"0123456789");
+                             });
+    EXPECT_EQ(grown.toU16String(), u"0123456789" + tail);
+
+    String sole(u"abcdef");
+    const char16_t* first = sole.getData();
+    qvtest::sweepAllocations([&] { sole.ensureCapacity(500); }, [&] { EXPECT_EQ(sole.getData(), first); });
+    EXPECT_NE(sole.getData(), first);
+    EXPECT_EQ(sole.toU16String(), u"abcdef");
+
+    qvtest::sweepAllocations([] {
+        String narrow("narrow text", -1, u"UTF-8");
+        narrow.append(u'!');
+        EXPECT_EQ(narrow.toU16String(), u"narrow text!");
+    });
+}

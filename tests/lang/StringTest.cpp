@@ -520,6 +520,48 @@ TEST(StringAllocationFailure, TheStringKeepsTheBufferItHad)
     EXPECT_EQ(text(sharer), u"0123456789!");
 }
 
+// Short texts keep their units in the buffer object's own block, longer ones
+// in a block of their own; every length must behave alike through growth,
+// shrinking and copy-on-write, on either side of the limit.
+TEST(StringCopyOnWrite, TextsOfEveryLengthGrowAndCopyAlike)
+{
+    for (int32_t length : {1, 15, 16, 17, 200, 254, 255, 256, 257, 600}) {
+        SCOPED_TRACE(length);
+        std::u16string expected;
+        for (int32_t i = 0; i < length; ++i)
+            expected += static_cast<char16_t>(u'a' + i % 26);
+        String grown(expected.data(), length);
+        const String before(grown);
+        for (int i = 0; i < 300; ++i) {
+            grown.append(static_cast<char16_t>(u'0' + i % 10));
+            expected += static_cast<char16_t>(u'0' + i % 10);
+        }
+        EXPECT_EQ(text(grown), expected);
+        EXPECT_EQ(text(before), expected.substr(0, static_cast<size_t>(length))) << "the shared copy kept its text";
+
+        const std::u16string half = expected.substr(0, static_cast<size_t>(length / 2));
+        String sole(expected.data(), length);
+        sole.remove(length / 2);
+        sole.freeExtra();
+        String sharer(sole);
+        sole.ensureCapacity(1000);
+        sole.append(u"!");
+        EXPECT_EQ(text(sole), half + u"!");
+        EXPECT_EQ(text(sharer), half);
+        sharer.append(u'#');
+        EXPECT_EQ(text(sharer), half + u"#");
+        EXPECT_EQ(text(sole), half + u"!");
+
+        // A String filled through the buffer interface past its first room.
+        String filled(expected.data(), length);
+        char16_t* units = filled.getWriteLock(length + 100);
+        for (int32_t i = length; i < length + 100; ++i)
+            units[i] = u'z';
+        filled.releaseWriteLock(length + 100);
+        EXPECT_EQ(text(filled), expected.substr(0, static_cast<size_t>(length)) + std::u16string(100, u'z'));
+    }
+}
+
 // Copies of one String in several threads: the shared count must stay
 // exact, and each writer must get a private buffer.
 TEST(StringConcurrent, CopiesWriteTheirOwnBuffers)

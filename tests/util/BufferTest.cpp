@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <new>
 #include <string>
@@ -203,6 +204,85 @@ TYPED_TEST(BufferFamily, FailedGrowthLeavesDataCapacityAndLength)
     QVFaultArmAllocation(1);
     EXPECT_THROW(BasicRWBuffer<TypeParam>(20), OutOfMemoryException);
     QVFaultDisarmAll();
+}
+
+namespace {
+
+// Storage handed to the buffer by the derived object, as a String's buffer
+// keeps its first units in its own allocation.
+template <class E>
+class EmbeddedBuffer : public BasicRWBuffer<E> {
+public:
+    EmbeddedBuffer() : BasicRWBuffer<E>(m_room, 32) {}
+    const E* room() const { return m_room; }
+    bool embedded() const { return this->isEmbedded(); }
+
+private:
+    E m_room[32];
+};
+
+} // namespace
+
+// The embedded room is used until growth must leave it; it is never freed
+// (AddressSanitizer would report freeing it), a shrink only lowers the
+// capacity, and a failed move out keeps data, capacity and length.
+TYPED_TEST(BufferFamily, EmbeddedStorageIsUsedUntilGrowthMovesTheElementsOut)
+{
+    auto source = TestFixture::elements(40);
+    EmbeddedBuffer<TypeParam> buffer;
+    EXPECT_EQ(buffer.GetData(), buffer.room());
+    EXPECT_EQ(buffer.getCapacity(), 32);
+    TypeParam* p = buffer.getWriteLock(20);
+    EXPECT_EQ(p, buffer.room());
+    std::copy(source.begin(), source.begin() + 20, p);
+    buffer.releaseWriteLock(20);
+
+    buffer.freeExtra();
+    EXPECT_EQ(buffer.getCapacity(), 32) << "20 elements round up to 32: nothing to shrink";
+    buffer.releaseWriteLock(10);
+    buffer.freeExtra();
+    EXPECT_EQ(buffer.getCapacity(), 16);
+    EXPECT_EQ(buffer.GetData(), buffer.room());
+    EXPECT_THROW(buffer.releaseWriteLock(17), ResultException) << "the lowered capacity is the limit";
+
+    if (faultInjection()) {
+        QVFaultArmAllocation(1);
+        EXPECT_THROW(buffer.ensureCapacity(40), OutOfMemoryException);
+        QVFaultDisarmAll();
+        EXPECT_EQ(buffer.GetData(), buffer.room());
+        EXPECT_EQ(buffer.getCapacity(), 16);
+        EXPECT_EQ(buffer.GetLength(), 10);
+        EXPECT_TRUE(buffer.embedded());
+    }
+
+    p = buffer.ensureCapacity(40);
+    EXPECT_NE(p, buffer.room());
+    EXPECT_FALSE(buffer.embedded());
+    EXPECT_EQ(buffer.getCapacity(), 48);
+    EXPECT_EQ(buffer.GetLength(), 10);
+    EXPECT_TRUE(std::equal(source.begin(), source.begin() + 16, p))
+        << "the whole room moved, also elements written beyond the length, as a reallocation keeps them";
+    std::copy(source.begin(), source.end(), p);
+    buffer.releaseWriteLock(40);
+    p = buffer.ensureCapacity(200);
+    EXPECT_TRUE(std::equal(source.begin(), source.end(), p)) << "later growth reallocates the own block";
+
+    EmbeddedBuffer<TypeParam> emptied;
+    emptied.freeExtra();
+    EXPECT_EQ(emptied.GetData(), nullptr);
+    EXPECT_EQ(emptied.getCapacity(), 0);
+    EXPECT_FALSE(emptied.embedded());
+    EXPECT_NE(emptied.ensureCapacity(5), emptied.room()) << "once left, the room is not taken back";
+    EXPECT_EQ(emptied.getCapacity(), 16);
+
+    // A copy is an ordinary buffer with the same capacity and elements.
+    EmbeddedBuffer<TypeParam> original;
+    std::copy(source.begin(), source.begin() + 5, original.getWriteLock(5));
+    original.releaseWriteLock(5);
+    BasicRWBuffer<TypeParam> copy(original);
+    EXPECT_NE(copy.GetData(), original.room());
+    EXPECT_EQ(copy.getCapacity(), 32);
+    EXPECT_TRUE(std::equal(source.begin(), source.begin() + 5, copy.GetData()));
 }
 
 TEST(MTBuffer, FailedWriteLockGivesTheLockBack)

@@ -130,6 +130,10 @@ private:
 // 16 elements, grown to exactly what is asked for (no geometric growth); a
 // failed allocation throws OutOfMemoryException (a std::bad_alloc saying "bad
 // allocation") and leaves data, capacity and length as they were.
+//
+// A derived class may hand over storage that lives in its own allocation
+// (see the protected constructor): the buffer then never frees it, and moves
+// the elements to a block of their own the first time it must grow.
 template <class E>
 class BasicRWBuffer : public BasicAbstractBuffer<E> {
 public:
@@ -173,6 +177,14 @@ public:
     static int32_t adjustCapacity(int32_t n);
 
 protected:
+    // Takes embedded storage for capacity elements (a multiple of 16) that
+    // the derived object owns and outlives the buffer's use of it.
+    BasicRWBuffer(E* embedded, int32_t capacity) noexcept
+        : m_data(embedded), m_capacity(capacity), m_length(0), m_embedded(true)
+    {}
+    // True while the elements sit in the storage given to the constructor.
+    bool isEmbedded() const noexcept { return m_embedded; }
+
     void allocBuffer(int32_t n);
     void reallocBuffer(int32_t n);
     void copyFrom(const BasicRWBuffer& other);
@@ -190,6 +202,7 @@ private:
     E* m_data;
     int32_t m_capacity;
     int32_t m_length;
+    bool m_embedded;
 };
 
 // The owned block behind a reader-writer lock. The read lock is taken shared

@@ -2,6 +2,7 @@
 #include <qv/core/Exception.h>
 #include <qv/lang/String.h>
 
+#include "EmbeddedCharBuffer.h"
 #include "UnitScratch.h"
 #include "UtfArithmetic.h"
 
@@ -230,7 +231,7 @@ void String::holdNew(const char16_t* text, int32_t length, int32_t capacity)
 {
     if (length > kMaxLength || capacity > kMaxLength + 1)
         throw OutOfMemoryException();
-    RW* fresh = new RW(length + 1 > capacity ? length + 1 : capacity);
+    RW* fresh = detail::EmbeddedCharBuffer::create(length + 1 > capacity ? length + 1 : capacity);
     char16_t* data = const_cast<char16_t*>(fresh->RW::GetData());
     if (length > 0)
         std::memcpy(data, text, static_cast<size_t>(length) * sizeof(char16_t));
@@ -357,10 +358,14 @@ void String::copyOnWrite(int32_t capacity)
         length = 0;
     RW* fresh = nullptr;
     try {
-        fresh = new RW(units, length, capacity > length ? capacity : length);
+        fresh = detail::EmbeddedCharBuffer::create(capacity > length ? capacity : length);
     } catch (...) {
         m_buffer->ReleaseReadLock();
         throw;
+    }
+    if (length > 0) {
+        std::memcpy(const_cast<char16_t*>(fresh->RW::GetData()), units, static_cast<size_t>(length) * sizeof(char16_t));
+        fresh->RW::releaseWriteLock(length);
     }
     m_buffer->ReleaseReadLock();
     fresh->AddRef();
@@ -379,7 +384,7 @@ void String::rebuild(int32_t length, int32_t start, int32_t count, int32_t inser
     qvcom::throwIfFailed(m_buffer->GetReadLock(&units));
     RW* fresh = nullptr;
     try {
-        fresh = new RW(newLength + 1);
+        fresh = detail::EmbeddedCharBuffer::create(newLength + 1);
     } catch (...) {
         m_buffer->ReleaseReadLock();
         throw;

@@ -4,6 +4,7 @@
 #include <qv/text/charset/ByteToCharConverter.h>
 #include <qv/text/charset/CharToByteConverter.h>
 
+#include "EmbeddedCharBuffer.h"
 #include "UnitScratch.h"
 
 #include <cstdint>
@@ -166,7 +167,7 @@ void String::internalSetTo(const char* bytes, int32_t length, const char16_t* en
         throw OutOfMemoryException();
     // Decoded into a buffer of its own, so that a failure leaves the text
     // this String had.
-    Reference<RW> fresh(new RW(required > capacity ? required : capacity));
+    Reference<RW> fresh(detail::EmbeddedCharBuffer::create(required > capacity ? required : capacity));
     char16_t* data = const_cast<char16_t*>(fresh->RW::GetData());
     int32_t room = fresh->getCapacity() - 1;
     const signed char* in = reinterpret_cast<const signed char*>(bytes);

@@ -33,11 +33,39 @@ bool readFile(const char* path, std::string& bytes)
     if (QVFileOpen(path, QV_FILE_READ, &fd) != 0)
         return false;
     bytes.clear();
-    char chunk[65536];
-    uint32_t got = 0;
     QVRESULT result = 0;
-    while ((result = QVFileRead(fd, chunk, sizeof chunk, &got)) == 0 && got > 0)
-        bytes.append(chunk, got);
+    uint32_t got = 0;
+    // A regular file is read straight into a block of its size: no regrowth
+    // and no copy through a chunk. What the size misses (a file growing
+    // meanwhile, or one whose size says nothing) comes after in chunks.
+    STRUCT_QV_FILE_STATUS status;
+    if (QVFileGetStatus(fd, &status) == 0 && status.type == QV_FILE_TYPE_REGULAR && status.size > 0 &&
+        status.size < 0x7FFFFFFF) {
+        try {
+            bytes.resize(static_cast<size_t>(status.size));
+        } catch (...) {
+            QVFileClose(fd);
+            throw;
+        }
+        size_t filled = 0;
+        while (filled < bytes.size() &&
+               (result = QVFileRead(fd, &bytes[filled], static_cast<uint32_t>(bytes.size() - filled), &got)) == 0 &&
+               got > 0)
+            filled += got;
+        bytes.resize(filled);
+        if (result != 0) {
+            QVFileClose(fd);
+            return false;
+        }
+    }
+    char chunk[65536];
+    try {
+        while ((result = QVFileRead(fd, chunk, sizeof chunk, &got)) == 0 && got > 0)
+            bytes.append(chunk, got);
+    } catch (...) {
+        QVFileClose(fd);
+        throw;
+    }
     QVFileClose(fd);
     return result == 0;
 }

@@ -14,6 +14,8 @@
 #include <cstring>
 #include <optional>
 #include <string>
+#include <tuple>
+#include <utility>
 
 namespace qv {
 namespace util {
@@ -130,18 +132,20 @@ bool isTrimmed(char c)
     return c == ' ' || c == '\t' || c == '\r' || c == '\n';
 }
 
-String widen(const char* bytes, size_t length)
+// The bytes of a plain ASCII run as UTF-16 units, into units (room for
+// kLineBytes).
+int32_t widen(const char* bytes, size_t length, char16_t* units)
 {
-    char16_t units[kLineBytes];
     for (size_t i = 0; i < length; ++i)
         units[i] = static_cast<unsigned char>(bytes[i]);
-    return String(units, static_cast<int32_t>(length));
+    return static_cast<int32_t>(length);
 }
 
 // A plain ASCII key line split as the general path splits a decoded one:
 // the last character dropped, the text cut at the first '=', both sides
-// trimmed. False when the line has no '='.
-bool splitAsciiKeyLine(const char* line, size_t length, std::optional<String>& key, std::optional<String>& value)
+// trimmed; key and value come out as units. False when the line has no '='.
+bool splitAsciiKeyLine(const char* line, size_t length, char16_t* key, int32_t& keyLength, char16_t* value,
+                       int32_t& valueLength)
 {
     const size_t kept = length - 1;
     const void* found = std::memchr(line, '=', kept);
@@ -154,14 +158,14 @@ bool splitAsciiKeyLine(const char* line, size_t length, std::optional<String>& k
         ++begin;
     while (end > begin && isTrimmed(line[end - 1]))
         --end;
-    key.emplace(widen(line + begin, end - begin));
+    keyLength = widen(line + begin, end - begin, key);
     begin = equals + 1;
     end = kept;
     while (begin < end && isTrimmed(line[begin]))
         ++begin;
     while (end > begin && isTrimmed(line[end - 1]))
         --end;
-    value.emplace(widen(line + begin, end - begin));
+    valueLength = widen(line + begin, end - begin, value);
     return true;
 }
 
@@ -380,15 +384,28 @@ int IniFile::load()
             keep();
             continue;
         }
-        // Built in place: a String assigned copies its text.
-        std::optional<String> key;
-        std::optional<String> value;
+        // Where the key and value went in the table (a later key replaces an
+        // earlier one).
+        Keys::iterator stored;
         if (first != '[' && (m_utf8 || narrowReadsAscii) && isPlainAscii(line, length)) {
-            if (!splitAsciiKeyLine(line, length, key, value)) {
+            // Both Strings are made right inside the table's node: no
+            // temporary to move and no String left behind to release.
+            char16_t keyUnits[kLineBytes];
+            char16_t valueUnits[kLineBytes];
+            int32_t keyLength = 0;
+            int32_t valueLength = 0;
+            if (!splitAsciiKeyLine(line, length, keyUnits, keyLength, valueUnits, valueLength)) {
                 stopped = true;
                 keep();
                 continue;
             }
+            const size_t before = keys.size();
+            // Keys of a generated or sorted file come in order: the hint
+            // makes their insertion constant time.
+            stored = keys.emplace_hint(keys.end(), std::piecewise_construct, std::forward_as_tuple(keyUnits, keyLength),
+                                       std::forward_as_tuple(valueUnits, valueLength));
+            if (keys.size() == before)
+                stored->second.setTo(valueUnits, valueLength);
         } else {
             String lineText = decode(m_utf8 ? *utf8Decoder : *narrowDecoder, line, length);
             if (first == '[') {
@@ -418,10 +435,11 @@ int IniFile::load()
                 keep();
                 continue;
             }
-            key.emplace(lineText.substring(0, equals));
-            value.emplace(lineText.substring(equals + 1));
-            key->trim(kTrimmed, 4);
-            value->trim(kTrimmed, 4);
+            String key = lineText.substring(0, equals);
+            String value = lineText.substring(equals + 1);
+            key.trim(kTrimmed, 4);
+            value.trim(kTrimmed, 4);
+            stored = keys.insert_or_assign(keys.end(), std::move(key), std::move(value));
         }
         if (m_layout && headerSeen) {
             // Bytes and characters meet at '=' and at the trimmed white
@@ -437,14 +455,11 @@ int IniFile::load()
                 --end;
             record->kind = IniFileLayout::KEY;
             record->set = current;
-            record->key = *key;
-            record->value = *value;
+            record->key = stored->first;
+            record->value = stored->second;
             record->valueBegin = begin + skipped;
             record->valueEnd = end + skipped;
         }
-        // Keys of a generated or sorted file come in order: the hint makes
-        // their insertion constant time.
-        keys.insert_or_assign(keys.end(), std::move(*key), std::move(*value));
         keep();
     }
     // The last section replaces its set rather than merging: the format

@@ -220,12 +220,12 @@ Result BasicROBuffer<E>::FreeExtra()
 }
 
 template <class E>
-BasicRWBuffer<E>::BasicRWBuffer() noexcept : m_data(nullptr), m_capacity(0), m_length(0)
+BasicRWBuffer<E>::BasicRWBuffer() noexcept : m_data(nullptr), m_capacity(0), m_length(0), m_embedded(false)
 {}
 
 template <class E>
 BasicRWBuffer<E>::BasicRWBuffer(const E* data, int32_t length, int32_t capacity)
-    : m_data(nullptr), m_capacity(0), m_length(0)
+    : m_data(nullptr), m_capacity(0), m_length(0), m_embedded(false)
 {
     if (!data && length > 0)
         throw ResultException(results::INVALIDARG);
@@ -237,14 +237,14 @@ BasicRWBuffer<E>::BasicRWBuffer(const E* data, int32_t length, int32_t capacity)
 }
 
 template <class E>
-BasicRWBuffer<E>::BasicRWBuffer(int32_t capacity) : m_data(nullptr), m_capacity(0), m_length(0)
+BasicRWBuffer<E>::BasicRWBuffer(int32_t capacity) : m_data(nullptr), m_capacity(0), m_length(0), m_embedded(false)
 {
     allocBuffer(capacity);
 }
 
 template <class E>
 BasicRWBuffer<E>::BasicRWBuffer(const BasicRWBuffer& other)
-    : BasicAbstractBuffer<E>(other), m_data(nullptr), m_capacity(0), m_length(0)
+    : BasicAbstractBuffer<E>(other), m_data(nullptr), m_capacity(0), m_length(0), m_embedded(false)
 {
     allocBuffer(other.m_capacity);
     copyFrom(other);
@@ -266,7 +266,8 @@ BasicRWBuffer<E>& BasicRWBuffer<E>::operator=(const BasicRWBuffer& other)
 template <class E>
 BasicRWBuffer<E>::~BasicRWBuffer()
 {
-    QVMemFree(m_data);
+    if (!m_embedded)
+        QVMemFree(m_data);
 }
 
 template <class E>
@@ -305,16 +306,38 @@ void BasicRWBuffer<E>::reallocBuffer(int32_t n)
 {
     if (n <= 0) {
         if (m_data) {
-            QVMemFree(m_data);
+            if (!m_embedded)
+                QVMemFree(m_data);
             m_data = nullptr;
             m_capacity = 0;
             m_length = 0;
+            m_embedded = false;
         }
         return;
     }
     int32_t c = adjustCapacity(n);
     if (c == m_capacity)
         return;
+    if (m_embedded) {
+        // Embedded storage can't be resized: a shrink only lowers the
+        // capacity reported, growth moves the elements to a block of their
+        // own (the embedded room stays with the object, unused).
+        if (c < m_capacity) {
+            m_capacity = c;
+            return;
+        }
+        void* block = QVMemAlloc(static_cast<size_t>(c) * sizeof(E));
+        if (!block)
+            throw OutOfMemoryException();
+        // The whole room, not only the length: a writer holding the write
+        // lock may have filled units it has not committed yet, and a
+        // reallocation would have kept them too.
+        std::memcpy(block, m_data, static_cast<size_t>(m_capacity) * sizeof(E));
+        m_data = static_cast<E*>(block);
+        m_capacity = c;
+        m_embedded = false;
+        return;
+    }
     void* block = QVMemRealloc(m_data, static_cast<size_t>(c) * sizeof(E));
     if (!block)
         throw OutOfMemoryException();
