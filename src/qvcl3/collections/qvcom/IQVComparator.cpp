@@ -1,5 +1,7 @@
 #include <qv/collections/qvcom/IQVComparator.h>
 
+#include "core/ObjectCast.h"
+
 #include <qv/core/Boundary.h>
 #include <qv/core/Reference.h>
 #include <qv/lang/String.h>
@@ -9,6 +11,8 @@
 namespace qv {
 namespace collections {
 namespace qvcom {
+
+using ::qv::qvcom::ComparableFace;
 
 namespace {
 
@@ -20,13 +24,6 @@ const void* identityOf(const IQVUnknown* element) noexcept
         return element;
     static_cast<IQVUnknown*>(unknown)->Release();
     return unknown;
-}
-
-Reference<IQVComparable> comparableOf(const IQVUnknown* element) noexcept
-{
-    Reference<IQVComparable> comparable;
-    const_cast<IQVUnknown*>(element)->QueryInterface(IQVComparable::iid, comparable.putVoid());
-    return comparable;
 }
 
 const String* stringOf(const IQVUnknown* element)
@@ -63,7 +60,7 @@ Result DefaultComparator::HashCode(const IQVUnknown* element, uint32_t* result) 
     *result = 0;
     if (!element)
         return results::OK;
-    Reference<IQVComparable> comparable = comparableOf(element);
+    ComparableFace comparable(element);
     if (comparable)
         return comparable->HashCode(result);
     *result = static_cast<uint32_t>(reinterpret_cast<uintptr_t>(identityOf(element)));
@@ -77,7 +74,7 @@ Result DefaultComparator::Equals(const IQVUnknown* a, const IQVUnknown* b, bool*
     *result = a == b;
     if (a == b || !a || !b)
         return results::OK;
-    Reference<IQVComparable> comparable = comparableOf(a);
+    ComparableFace comparable(a);
     if (comparable) {
         int order = 0;
         const Result code = comparable->CompareTo(b, &order);
@@ -154,7 +151,7 @@ Result NaturalOrdering::Compare(const IQVUnknown* a, const IQVUnknown* b, int32_
         *order = a ? 1 : (b ? -1 : 0);
         return results::OK;
     }
-    Reference<IQVComparable> comparable = comparableOf(a);
+    ComparableFace comparable(a);
     if (!comparable)
         return results::NOINTERFACE;
     int result = 0;
