@@ -4,8 +4,36 @@
 #include <qv/core/Object.h>
 #include <qv/core/Reference.h>
 
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <typeinfo>
+
 namespace qv {
 namespace qvcom {
+
+// One class seen through one of its faces, for objectOf. A slot is filled
+// once and never changes afterwards, so readers need no lock: the release
+// store of READY publishes the fields written before it.
+struct CastSlot {
+    enum State { EMPTY = 0, FILLING = 1, READY = 2 };
+    std::atomic<int> state{EMPTY};
+    const std::type_info* type = nullptr;
+    ptrdiff_t faceOffset = 0;
+    bool isObject = false;
+    ptrdiff_t toObject = 0;
+};
+
+// Enough for the classes a program keeps in its collections; when the
+// probed slots are all taken by other classes the cast is simply made.
+constexpr size_t CAST_SLOT_COUNT = 256;
+constexpr size_t CAST_SLOT_PROBES = 8;
+extern CastSlot g_castSlots[CAST_SLOT_COUNT];
+
+// objectOf past its first slot: the other probes, filling a slot for a
+// class not seen yet, or the cast itself.
+const Object* objectOfSlowly(const IQVUnknown* element, const std::type_info* type, ptrdiff_t faceOffset,
+                             size_t start) noexcept;
 
 // dynamic_cast<const Object*>(element), with the answer remembered per
 // class and interface face: a cross-cast walks the class hierarchy and costs
@@ -13,7 +41,22 @@ namespace qvcom {
 // pointer is (both read from its virtual table) are enough to find its
 // Object base again. Null for null and for objects that are not qv::Object.
 // Thread-safe; never allocates.
-const Object* objectOf(const IQVUnknown* element) noexcept;
+inline const Object* objectOf(const IQVUnknown* element) noexcept
+{
+    if (!element)
+        return nullptr;
+    const std::type_info* type = &typeid(*element);
+    const ptrdiff_t faceOffset =
+        reinterpret_cast<const char*>(element) - static_cast<const char*>(dynamic_cast<const void*>(element));
+    const size_t start = (reinterpret_cast<uintptr_t>(type) >> 4) ^ static_cast<size_t>(faceOffset);
+    const CastSlot& slot = g_castSlots[start % CAST_SLOT_COUNT];
+    if (slot.state.load(std::memory_order_acquire) == CastSlot::READY && slot.type == type &&
+        slot.faceOffset == faceOffset) {
+        return slot.isObject ? reinterpret_cast<const Object*>(reinterpret_cast<const char*>(element) + slot.toObject)
+                             : nullptr;
+    }
+    return objectOfSlowly(element, type, faceOffset, start);
+}
 
 // The IQVComparable face of an element, for the length of one call made
 // while the caller holds the element. A qv::Object's face is its

@@ -100,6 +100,10 @@ protected:
 private:
     Reference<const IQVComparator> m_keyComparator;
     Reference<const IQVComparator> m_valueComparator;
+    // True for the default comparator, whose hashing and equality the map
+    // then does itself, with the same calls on the elements.
+    bool m_defaultKeys;
+    bool m_defaultValues;
 };
 
 } // namespace qvcom

@@ -1,5 +1,6 @@
 #include <qv/collections/qvcom/IQVComparator.h>
 
+#include "collections/qvcom/DefaultComparison.h"
 #include "core/ObjectCast.h"
 
 #include <qv/core/Boundary.h>
@@ -14,9 +15,6 @@ namespace qvcom {
 
 using ::qv::qvcom::ComparableFace;
 
-namespace {
-
-// The object's identity: its IQVUnknown face as QueryInterface gives it.
 const void* identityOf(const IQVUnknown* element) noexcept
 {
     void* unknown = nullptr;
@@ -25,6 +23,8 @@ const void* identityOf(const IQVUnknown* element) noexcept
     static_cast<IQVUnknown*>(unknown)->Release();
     return unknown;
 }
+
+namespace {
 
 const String* stringOf(const IQVUnknown* element)
 {
@@ -57,34 +57,14 @@ Result DefaultComparator::HashCode(const IQVUnknown* element, uint32_t* result) 
 {
     if (!result)
         return results::POINTER;
-    *result = 0;
-    if (!element)
-        return results::OK;
-    ComparableFace comparable(element);
-    if (comparable)
-        return comparable->HashCode(result);
-    *result = static_cast<uint32_t>(reinterpret_cast<uintptr_t>(identityOf(element)));
-    return results::OK;
+    return defaultHashCode(element, result);
 }
 
 Result DefaultComparator::Equals(const IQVUnknown* a, const IQVUnknown* b, bool* result) const
 {
     if (!result)
         return results::POINTER;
-    *result = a == b;
-    if (a == b || !a || !b)
-        return results::OK;
-    ComparableFace comparable(a);
-    if (comparable) {
-        int order = 0;
-        const Result code = comparable->CompareTo(b, &order);
-        if (code < 0)
-            return code;
-        *result = order == 0;
-        return results::OK;
-    }
-    *result = identityOf(a) == identityOf(b);
-    return results::OK;
+    return defaultEquals(a, b, result);
 }
 
 const IQVComparator* GetDefaultComparator() noexcept
