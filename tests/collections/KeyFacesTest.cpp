@@ -175,7 +175,42 @@ KeyPairs equalPairs(std::integer_sequence<int, N...>)
     return {std::make_pair(Reference<Object>(new ManyKey<N, Set>(7)), Reference<Object>(new ManyKey<N, Set>(7)))...};
 }
 
+// A comparator of its own: equality by the default comparator, counted.
+class CountingComparator final : public ComObject, public IQVComparator {
+    QV_DECLARE_INTERFACE_MAP()
+
+public:
+    Result HashCode(const IQVUnknown* element, uint32_t* result) const override
+    {
+        return GetDefaultComparator()->HashCode(element, result);
+    }
+    Result Equals(const IQVUnknown* a, const IQVUnknown* b, bool* result) const override
+    {
+        ++equals;
+        return GetDefaultComparator()->Equals(a, b, result);
+    }
+    mutable int32_t equals = 0;
+};
+
+QV_BEGIN_INTERFACE_MAP(CountingComparator)
+QV_INTERFACE_ENTRY(CountingComparator, IQVComparator)
+QV_END_INTERFACE_MAP()
+
 } // namespace
+
+TEST(KeyFaces, OnlyTheDefaultComparatorSkipsComparingAKeyWithItself)
+{
+    Reference<ShiftedKey> stored(new ShiftedKey(3));
+    Reference<CountingComparator> comparator(new CountingComparator());
+    Reference<HashMap> own = makeReference<HashMap>(comparator.get(), nullptr);
+    Reference<HashMap> plain = makeReference<HashMap>();
+    own->put(stored->GetUnknown(), stored->GetUnknown());
+    plain->put(stored->GetUnknown(), stored->GetUnknown());
+    EXPECT_TRUE(own->containsKey(stored->GetUnknown()));
+    EXPECT_EQ(comparator->equals, 1);
+    EXPECT_TRUE(plain->containsKey(stored->GetUnknown()));
+    EXPECT_EQ(stored->compares, 0);
+}
 
 TEST(KeyFaces, ComponentsThatAreNotObjectsAreAskedAndStayBalanced)
 {

@@ -49,7 +49,7 @@ uint32_t AbstractMap::getValueHashCode(const IQVUnknown* value) const
     return hash;
 }
 
-bool AbstractMap::keysEqual(const IQVUnknown* a, const IQVUnknown* b) const
+bool AbstractMap::compareKeys(const IQVUnknown* a, const IQVUnknown* b) const
 {
     bool equal = false;
     throwIfFailed(m_defaultKeys ? defaultEquals(a, b, &equal) : m_keyComparator->Equals(a, b, &equal));
