@@ -7,7 +7,8 @@
 //   Logger -> AsyncChannel -> NullChannel; 1 and 4 producer threads. Each
 //   producer makes QVBENCH_LOG_CALLS calls (default 50 000): the queues of
 //   the library and of POCO have no bound, so the count is fixed to keep
-//   their memory in hand. The time is the callers' wall time per call.
+//   their memory in hand. The time is the callers' wall time per call. The
+//   LogCallerPreformatted rows log a text made once before the loop.
 // - end to end into a file, flushed after every entry, in the caller's
 //   thread: Logger -> BasicLogWriter -> FileWriter (UTF-8), spdlog's
 //   basic_file_sink_mt with flush_on(trace), POCO's FileChannel with
@@ -99,6 +100,19 @@ void LogCallerQvAsync(benchmark::State& state)
     logEachIteration(state, Shared<QvAsync>::get()->logger.get());
 }
 
+// The same text made once before the loop: the logging path alone, without
+// the caller's formatting (each library's formatting differs more than its
+// logging does).
+void LogCallerPreformattedQvAsync(benchmark::State& state)
+{
+    qv::log::Logger* logger = Shared<QvAsync>::get()->logger.get();
+    qv::String text;
+    text.format(kQvPattern, -1, qv::String::valueOf(kFirst), qv::String::valueOf(kSecond));
+    for (auto _ : state)
+        logger->log(3, text);
+    state.SetItemsProcessed(state.iterations());
+}
+
 struct SpdAsync {
     std::shared_ptr<spdlog::details::thread_pool> pool = std::make_shared<spdlog::details::thread_pool>(8192, 1);
     std::shared_ptr<spdlog::async_logger> logger = std::make_shared<spdlog::async_logger>(
@@ -110,6 +124,15 @@ void LogCallerSpdlogAsync(benchmark::State& state)
     spdlog::async_logger* logger = Shared<SpdAsync>::get()->logger.get();
     for (auto _ : state)
         logger->info(kSpdPattern, kFirst, kSecond);
+    state.SetItemsProcessed(state.iterations());
+}
+
+void LogCallerPreformattedSpdlogAsync(benchmark::State& state)
+{
+    spdlog::async_logger* logger = Shared<SpdAsync>::get()->logger.get();
+    const std::string text = fmt::format(kSpdPattern, kFirst, kSecond);
+    for (auto _ : state)
+        logger->info(spdlog::string_view_t(text));
     state.SetItemsProcessed(state.iterations());
 }
 
@@ -127,6 +150,15 @@ void LogCallerPocoAsync(benchmark::State& state)
     Poco::Logger& logger = Shared<PocoAsync>::get()->logger;
     for (auto _ : state)
         logger.information(Poco::format(kPocoPattern, kFirst, kSecond));
+    state.SetItemsProcessed(state.iterations());
+}
+
+void LogCallerPreformattedPocoAsync(benchmark::State& state)
+{
+    Poco::Logger& logger = Shared<PocoAsync>::get()->logger;
+    const std::string text = Poco::format(kPocoPattern, kFirst, kSecond);
+    for (auto _ : state)
+        logger.information(text);
     state.SetItemsProcessed(state.iterations());
 }
 
@@ -189,7 +221,10 @@ void registerCallerBenchmark(const char* name, void (*body)(benchmark::State&))
 [[maybe_unused]] const int g_registered =
     (registerCallerBenchmark<QvAsync>("LogCallerQvAsync", LogCallerQvAsync),
      registerCallerBenchmark<SpdAsync>("LogCallerSpdlogAsync", LogCallerSpdlogAsync),
-     registerCallerBenchmark<PocoAsync>("LogCallerPocoAsync", LogCallerPocoAsync), 0);
+     registerCallerBenchmark<PocoAsync>("LogCallerPocoAsync", LogCallerPocoAsync),
+     registerCallerBenchmark<QvAsync>("LogCallerPreformattedQvAsync", LogCallerPreformattedQvAsync),
+     registerCallerBenchmark<SpdAsync>("LogCallerPreformattedSpdlogAsync", LogCallerPreformattedSpdlogAsync),
+     registerCallerBenchmark<PocoAsync>("LogCallerPreformattedPocoAsync", LogCallerPreformattedPocoAsync), 0);
 
 } // namespace
 

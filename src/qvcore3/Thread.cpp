@@ -170,9 +170,32 @@ extern "C" QVRESULT QVThreadDetach(QVHANDLE handle) noexcept
     return FaultCheck(FaultOp::QVThreadDetach);
 }
 
+namespace {
+
+// gettid is a system call, and loggers ask for the id on every entry. A
+// thread's id never changes, except in the child of a fork, where the thread
+// that forked has a new one: the child forgets the cached id.
+thread_local uint32_t t_currentId = 0;
+
+void ForgetCurrentId() noexcept
+{
+    t_currentId = 0;
+}
+
+} // namespace
+
 extern "C" uint32_t QVThreadGetCurrentId(void) noexcept
 {
-    return static_cast<uint32_t>(gettid());
+    uint32_t id = t_currentId;
+    if (id != 0) {
+        return id;
+    }
+    static const bool forgetInChild = pthread_atfork(nullptr, nullptr, ForgetCurrentId) == 0;
+    id = static_cast<uint32_t>(gettid());
+    if (forgetInChild) {
+        t_currentId = id;
+    }
+    return id;
 }
 
 extern "C" void QVThreadSleep(uint32_t milliseconds) noexcept

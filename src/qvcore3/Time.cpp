@@ -32,11 +32,49 @@ QVRESULT Convert(time_t seconds, uint32_t milliseconds, bool local, STRUCT_QV_TI
     return Fill(broken, milliseconds, time);
 }
 
+// The last second a thread converted. Local conversion takes the C
+// library's time zone lock and walks the zone's transitions, and loggers
+// stamp many entries a second: the other readings of the same second reuse
+// it with their own milliseconds. Zone changes happen on whole seconds; the
+// zone's names and offsets (which tzset() sets) are part of the key, so a
+// switch to another zone is seen at once.
+struct ConvertedSecond {
+    bool valid;
+    bool local;
+    time_t seconds;
+    const char* names[2];
+    long zone;
+    int daylight;
+    tm broken;
+
+    bool matches(time_t wanted, bool wantLocal) const noexcept
+    {
+        return valid && seconds == wanted && local == wantLocal && names[0] == tzname[0] && names[1] == tzname[1] &&
+               zone == timezone && daylight == ::daylight;
+    }
+};
+
+thread_local ConvertedSecond t_lastSecond{};
+
 QVRESULT Now(bool local, STRUCT_QV_TIME* time) noexcept
 {
     timespec now{};
     clock_gettime(CLOCK_REALTIME, &now);
-    return Convert(now.tv_sec, static_cast<uint32_t>(now.tv_nsec / 1000000), local, time);
+    const uint32_t milliseconds = static_cast<uint32_t>(now.tv_nsec / 1000000);
+    ConvertedSecond& last = t_lastSecond;
+    if (last.matches(now.tv_sec, local)) {
+        return Fill(last.broken, milliseconds, time);
+    }
+    tm broken{};
+    if ((local ? localtime_r(&now.tv_sec, &broken) : gmtime_r(&now.tv_sec, &broken)) == nullptr) {
+        return QV_E_INVALIDARG;
+    }
+    const QVRESULT filled = Fill(broken, milliseconds, time);
+    if (filled == QV_S_OK) {
+        // Read after the conversion, which may have set the zone up.
+        last = ConvertedSecond{true, local, now.tv_sec, {tzname[0], tzname[1]}, timezone, ::daylight, broken};
+    }
+    return filled;
 }
 
 } // namespace

@@ -185,6 +185,109 @@ TEST_F(CharsetSimdLevels, EncodingMatchesTheScalarLevelOnValidAndBrokenInput)
     }
 }
 
+// Text of one kind of character throughout, shifted by `shift` ASCII
+// letters, so that the sequences meet the block edges in every phase.
+Bytes uniformText(const char* character, size_t shift, size_t length)
+{
+    Bytes bytes(shift, 'a');
+    while (bytes.size() < length) {
+        bytes += character;
+    }
+    return bytes;
+}
+
+// A sequence of each length at every position of the first blocks, in
+// text of each kind: every way a sequence can straddle a block edge, a
+// block that starts with the tail of a sequence the block before converted,
+// and a block after an ASCII one.
+TEST_F(CharsetSimdLevels, DecodingMatchesTheScalarLevelWithASequenceAtEveryPosition)
+{
+    static const char* const kinds[] = {"a", "\xC3\xA9", "\xE4\xB8\xAD", "\xF0\x9F\x98\x80"};
+    for (const char* kind : kinds) {
+        for (const char* sequence : kinds) {
+            for (size_t at = 0; at < 200; ++at) {
+                Bytes bytes = uniformText(kind, at % 4, 260);
+                size_t boundary = at;
+                while (boundary < bytes.size() && (static_cast<uint8_t>(bytes[boundary]) & 0xC0) == 0x80) {
+                    ++boundary;
+                }
+                bytes.insert(boundary, sequence);
+                const int32_t room = static_cast<int32_t>(bytes.size());
+                const auto scalar = convertAt<BTCUTF8, char, char16_t>(SimdLevel::Scalar, bytes, room, 61, 1000);
+                ASSERT_EQ("", scalar.error);
+                for (SimdLevel level : m_levels) {
+                    SCOPED_TRACE(testing::Message() << "level " << static_cast<int>(level) << ", at " << boundary);
+                    EXPECT_EQ(scalar, (convertAt<BTCUTF8, char, char16_t>(level, bytes, room, 61, 1000)));
+                }
+            }
+        }
+    }
+}
+
+// Every position of clean text of each kind overwritten with a byte that
+// breaks it: the same message at the same place, and the same output before
+// it, at every level.
+TEST_F(CharsetSimdLevels, DecodingMatchesTheScalarLevelWithAFaultAtEveryPosition)
+{
+    static const char* const kinds[] = {"a", "\xC3\xA9", "\xE4\xB8\xAD", "\xF0\x9F\x98\x80", "a\xC3\xA9\xE4\xB8\xAD"};
+    // A stray continuation, C0 and F5 (never valid), an ASCII letter or a
+    // lead where a continuation belongs, and the second bytes that E0, ED,
+    // F0 and F4 refuse.
+    static const uint8_t faults[] = {0x80, 0xBF, 0xC0, 0xF5, 0xFF, 'x', 0xC3, 0xE0, 0xED, 0xF0, 0xF4, 0x9F, 0xA0, 0x8F};
+    for (const char* kind : kinds) {
+        for (size_t shift = 0; shift < 2; ++shift) {
+            const Bytes clean = uniformText(kind, shift, 200);
+            for (size_t at = 0; at < clean.size(); ++at) {
+                for (uint8_t fault : faults) {
+                    Bytes bytes = clean;
+                    bytes[at] = static_cast<char>(fault);
+                    const int32_t room = static_cast<int32_t>(bytes.size());
+                    const auto scalar = convertAt<BTCUTF8, char, char16_t>(SimdLevel::Scalar, bytes, room, 1000, 1000);
+                    for (SimdLevel level : m_levels) {
+                        SCOPED_TRACE(testing::Message() << "level " << static_cast<int>(level) << ", kind " << kind
+                                                        << ", at " << at << ", fault " << int(fault));
+                        EXPECT_EQ(scalar, (convertAt<BTCUTF8, char, char16_t>(level, bytes, room, 1000, 1000)));
+                    }
+                }
+            }
+        }
+    }
+}
+
+// Text of each kind with a character of each length, a lone surrogate of
+// either kind or a pair turned round at every position of the first blocks:
+// pairs across every block edge, and every lane holding the fault.
+TEST_F(CharsetSimdLevels, EncodingMatchesTheScalarLevelWithACharacterOrAFaultAtEveryPosition)
+{
+    static const std::u16string kinds[] = {u"a", u"\u00E9", u"\u4E2D", u"\U0001F600", std::u16string(1, u'\0')};
+    static const std::u16string inserts[] = {u"b",          u"\u00FF", u"\uFFFF", u"\U0010FFFF",
+                                             u"\U0001F600", u"\xD800", u"\xDFFF", u"\xDC00\xD800"};
+    for (const std::u16string& kind : kinds) {
+        for (size_t shift = 0; shift < 2; ++shift) {
+            std::u16string clean(shift, u'a');
+            while (clean.size() < 140) {
+                clean += kind;
+            }
+            for (size_t at = 0; at < 100; ++at) {
+                // At a character boundary, so that only the insert can be at fault.
+                const size_t boundary = at + ((clean[at] & 0xFC00) == 0xDC00 ? 1 : 0);
+                for (const std::u16string& insert : inserts) {
+                    std::u16string text = clean;
+                    text.insert(boundary, insert);
+                    const int32_t room = static_cast<int32_t>(3 * text.size());
+                    const auto scalar = convertAt<CTBUTF8, char16_t, char>(SimdLevel::Scalar, text, room, 1000, 1000);
+                    for (SimdLevel level : m_levels) {
+                        SCOPED_TRACE(testing::Message()
+                                     << "level " << static_cast<int>(level) << ", kind " << int(kind[0]) << ", at "
+                                     << boundary << ", insert " << int(insert[0]));
+                        EXPECT_EQ(scalar, (convertAt<CTBUTF8, char16_t, char>(level, text, room, 1000, 1000)));
+                    }
+                }
+            }
+        }
+    }
+}
+
 TEST_F(CharsetSimdLevels, ALevelAboveTheProcessorsIsLoweredAndTheScalarLevelIsAlwaysThere)
 {
     EXPECT_EQ(SimdLevel::Scalar, setUtf8SimdLevel(SimdLevel::Scalar));

@@ -3,11 +3,14 @@
 
 #include <qv/qvcl3.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <fstream>
+#include <functional>
 #include <mutex>
 #include <sstream>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <unistd.h>
@@ -69,6 +72,17 @@ inline std::vector<std::string> names(const qv::log::ILogEntry* entry)
     for (const qv::String& name : *all)
         result.push_back(name.toUtf8());
     return result;
+}
+
+// Polls done every 5 ms for up to 10 s (workers on a loaded machine).
+inline bool waitFor(const std::function<bool()>& done)
+{
+    for (int i = 0; i < 2000; ++i) {
+        if (done())
+            return true;
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    return done();
 }
 
 inline std::string tempPath(const char* stem)

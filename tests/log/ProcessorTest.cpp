@@ -20,6 +20,7 @@ using namespace qv::log;
 using logtest::field;
 using logtest::readFile;
 using logtest::tempPath;
+using logtest::waitFor;
 
 namespace {
 
@@ -31,16 +32,6 @@ Reference<LogEntry> entryWith(std::initializer_list<std::pair<const char16_t*, c
         entry->setField(f.first, value.get());
     }
     return entry;
-}
-
-bool waitFor(const std::function<bool()>& done)
-{
-    for (int i = 0; i < 1000; ++i) {
-        if (done())
-            return true;
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    }
-    return done();
 }
 
 class ThrowingWriter : public io::Writer {

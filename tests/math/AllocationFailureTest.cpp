@@ -102,15 +102,20 @@ TEST(MathAllocationFailure, TransformProductsDivisionAndText)
         GTEST_SKIP() << "built without fault injection";
     using namespace qv::math::detail;
     const Thresholds saved = thresholds();
-    thresholds().nttMul = thresholds().nttSqr = 40;
     const BigInteger a = BigInteger(7).pow(6000) + 12345;
     const BigInteger b = BigInteger(-3).pow(5001) + 1;
     const std::string aText = a.toStdString();
+    // Transforms from 40 limbs (a * a takes the split one), division
+    // through Newton's reciprocal from 40 limbs of divisor and quotient
+    // (with wrapped products), in the text conversion as well.
+    thresholds().nttMul = thresholds().nttSqr = 40;
+    thresholds().newtonDivision = 40;
     const std::function<void()> ops[] = {
         [&] { BigInteger r = a * b; },
         [&] { BigInteger r = a * a; },
         [&] { auto qr = (a * a).divideAndRemainder(b); },
         [&] { BigInteger r(aText); },
+        [&] { std::string s = (a * a).toStdString(); },
     };
     for (const auto& op : ops)
         EXPECT_GT(failEachAllocation(op), 0);

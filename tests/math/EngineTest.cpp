@@ -5,6 +5,7 @@
 #include "Limbs.h"
 #include "Montgomery.h"
 #include "Natural.h"
+#include "NewtonDivider.h"
 #include "NumberTheoreticTransform.h"
 #include "WideMath.h"
 
@@ -116,10 +117,11 @@ TEST(Multiplication, EveryAlgorithmMatchesSchoolbookAcrossItsBoundaries)
     // Small thresholds make each recursion level and each uneven split
     // happen with operands the schoolbook reference handles quickly.
     const size_t off = defaultThresholds().nttMul;
-    const Thresholds settings[] = {{4, 4, 9, 9, 64, off, off},
-                                   {2, 2, 3, 3, 64, off, off},
-                                   {8, 16, 20, 30, 64, off, off},
-                                   {4, 4, 9, 9, 64, 12, 20},
+    const size_t newton = defaultThresholds().newtonDivision;
+    const Thresholds settings[] = {{4, 4, 9, 9, 64, off, off, newton},
+                                   {2, 2, 3, 3, 64, off, off, newton},
+                                   {8, 16, 20, 30, 64, off, off, newton},
+                                   {4, 4, 9, 9, 64, 12, 20, newton},
                                    defaultThresholds()};
     for (const Thresholds& t : settings) {
         thresholds() = t;
@@ -147,9 +149,11 @@ TEST(Multiplication, LargeOperandsGoThroughToomAndStillAgree)
 TEST(Multiplication, TransformMatchesSchoolbook)
 {
     // Shape 1 (all-ones limbs) gives the largest coefficients the residues
-    // must rebuild; lengths around powers of two test the padding.
-    const size_t sizes[][2] = {{1, 1},  {2, 1},    {5, 3},     {33, 32},  {64, 64},
-                               {65, 2}, {300, 17}, {513, 512}, {1024, 1}, {1500, 1500}};
+    // must rebuild; lengths around powers of two test the padding, and
+    // those up to three quarters of one (4 x 3, 49 x 48, 65 x 2, 300 x 17,
+    // 1500 x 1500) take two transforms of half and a quarter the length.
+    const size_t sizes[][2] = {{1, 1},   {2, 1},  {5, 3},    {4, 3},     {49, 48},  {49, 49},    {33, 32},
+                               {64, 64}, {65, 2}, {300, 17}, {513, 512}, {1024, 1}, {1500, 1500}};
     int shape = 0;
     for (const auto& size : sizes) {
         for (int round = 0; round < 3; ++round, ++shape) {
@@ -164,6 +168,40 @@ TEST(Multiplication, TransformMatchesSchoolbook)
             nttMultiply(s.data(), a.data(), a.size(), a.data(), a.size());
             trim(s);
             ASSERT_EQ(s, schoolbookProduct(a, a)) << size[0] << " squared, round " << round;
+            // b's transforms kept and used twice, as radix conversion does.
+            const NttOperand fixed(b.data(), b.size(), a.size() + b.size());
+            ASSERT_TRUE(fixed.fits(a.size()));
+            for (const Mag& x : {a, randomMag(a.size(), shape + 2)}) {
+                Mag t(x.size() + b.size());
+                fixed.multiply(t.data(), x.data(), x.size());
+                trim(t);
+                ASSERT_EQ(t, schoolbookProduct(x, b)) << size[0] << " x " << size[1] << " kept, round " << round;
+            }
+        }
+    }
+}
+
+TEST(Multiplication, WrappedTransformIsTheProductModuloBaseToTheLengthMinusOne)
+{
+    // All-ones operands make the wrapped sum carry round at the top; their
+    // products are multiples of B^n - 1 when n is their length, and may
+    // come out as 0 or as B^n - 1.
+    const size_t sizes[][3] = {{2, 1, 1}, {2, 2, 2}, {8, 8, 8}, {8, 5, 3}, {64, 64, 64}, {64, 40, 1}, {256, 200, 150}};
+    int shape = 0;
+    for (const auto& size : sizes) {
+        const size_t n = size[0];
+        for (int round = 0; round < 3; ++round, ++shape) {
+            Mag a = randomMag(size[1], shape), b = randomMag(size[2], shape + 1);
+            if (round == 1)
+                a.assign(size[1], ~Limb(0)), b.assign(size[2], ~Limb(0));
+            Mag wrapped(n);
+            nttMultiplyWrapped(wrapped.data(), n, a.data(), a.size(), b.data(), b.size());
+            trim(wrapped);
+            Mag modulus(n, ~Limb(0)), expected, actual;
+            magDivMod(schoolbookProduct(a, b), modulus, nullptr, &expected);
+            magDivMod(wrapped, modulus, nullptr, &actual);
+            ASSERT_EQ(actual, expected) << n << ": " << size[1] << " x " << size[2] << " round " << round;
+            ASSERT_LE(magCompare(wrapped, modulus), 0);
         }
     }
 }
@@ -213,6 +251,93 @@ TEST(Division, QuotientAndRemainderRebuildTheDividend)
             ASSERT_EQ(magAdd(magMul(q, b), r), a) << an << " / " << bn << " threshold " << threshold;
         }
     }
+}
+
+TEST(Division, NewtonReciprocalIsBelowTheTrueOneByAFewUnits)
+{
+    // Only speed depends on the error (every unit is one correction of a
+    // quotient block), so it is checked here, where a lost limb of
+    // precision shows.
+    int shape = 0;
+    for (size_t k : {size_t(1), size_t(8), size_t(9), size_t(10), size_t(33), size_t(64), size_t(257)}) {
+        for (int kind = 0; kind < 4; ++kind, ++shape) {
+            Mag d = randomMag(k, shape);
+            if (kind == 1)
+                d.assign(k, ~Limb(0));
+            d.back() |= Limb(1) << 63;
+            if (kind == 2) {
+                d.assign(k, 0);
+                d.back() = Limb(1) << 63;
+            }
+            Mag power(2 * k + 1);
+            power.back() = 1;
+            Mag exact;
+            magDivModClassic(power, magAddSmall(d, 1), &exact, nullptr);
+            const Mag x = approximateReciprocal(d);
+            ASSERT_LE(magCompare(x, exact), 0) << k << " limbs, kind " << kind;
+            ASSERT_LE(magCompare(magSub(exact, x), magFromU64(4)), 0) << k << " limbs, kind " << kind;
+        }
+    }
+}
+
+TEST(Division, NewtonReciprocalAgreesWithClassicDivision)
+{
+    // Divisors from the reciprocal's schoolbook base (8 limbs) through
+    // several Newton steps; quotients shorter than, as long as and many
+    // times longer than the divisor (one block, then several); precisions
+    // below the divisor's length as magDivMod uses them for short quotients.
+    // Divisor shapes: random, all ones (the reciprocal is B^k exactly, the
+    // largest d + 1), B^(n-1) 2^63 (the smallest normalised divisor) and a
+    // single low bit on top (the largest normalising shift). With the
+    // transform from 4 limbs on, the residues come from wrapped products.
+    ThresholdGuard guard;
+    int shape = 0;
+    for (size_t ntt : {defaultThresholds().nttMul, size_t(4)})
+        for (size_t bn : {size_t(2), size_t(8), size_t(9), size_t(17), size_t(40), size_t(130)}) {
+            for (size_t an : {bn, bn + 1, bn + bn / 2, 2 * bn, 2 * bn + 1, 5 * bn + 3}) {
+                for (int kind = 0; kind < 4; ++kind, ++shape) {
+                    thresholds().nttMul = thresholds().nttSqr = ntt;
+                    Mag b = randomMag(bn, shape);
+                    if (kind == 1)
+                        b.assign(bn, ~Limb(0));
+                    if (kind == 2) {
+                        b.assign(bn, 0);
+                        b.back() = Limb(1) << 63;
+                    }
+                    if (kind == 3)
+                        b.back() = 1;
+                    Mag a = randomMag(an, shape + 1);
+                    // Exact multiples and one below them put the remainder at
+                    // both of its ends.
+                    Mag exact = magMul(b, randomMag(an - bn + 1, shape + 2));
+                    for (const Mag& x : {a, exact, magSubSmall(exact, 1)}) {
+                        Mag q0, r0;
+                        magDivModClassic(x, b, &q0, &r0);
+                        for (size_t precision : {size_t(2), an - bn + 2, bn}) {
+                            Mag q, r;
+                            NewtonDivider(b, precision).divMod(x, &q, &r);
+                            ASSERT_EQ(q, q0)
+                                << x.size() << " / " << bn << " kind " << kind << " precision " << precision;
+                            ASSERT_EQ(r, r0)
+                                << x.size() << " / " << bn << " kind " << kind << " precision " << precision;
+                        }
+                    }
+                }
+            }
+        }
+    // Through magDivMod with the switch lowered, and a dividend below the
+    // divisor.
+    thresholds() = defaultThresholds();
+    thresholds().newtonDivision = 2;
+    Mag b = randomMag(50, 0), q, r;
+    magDivMod(magSubSmall(b, 1), b, &q, &r);
+    EXPECT_TRUE(q.empty());
+    EXPECT_EQ(r, magSubSmall(b, 1));
+    Mag a = randomMag(300, 1);
+    magDivMod(a, b, &q, nullptr);
+    magDivMod(a, b, nullptr, &r);
+    EXPECT_EQ(magAdd(magMul(q, b), r), a);
+    EXPECT_LT(magCompare(r, b), 0);
 }
 
 TEST(Division, SmallDivisorsAndExactDivision)

@@ -218,6 +218,37 @@ def main():
             d = 'inf' if x > 0 else '-inf'
         out.append('double %s %s' % (h(x), d))
 
+    # Beyond the sizes above: division through Newton's reciprocal (from
+    # 6,000 limbs of divisor and quotient), products of operands up to 24,000 limbs
+    # through the transform of three quarters of a power of two, and
+    # decimal text long enough for the reciprocals of the powers of ten.
+    # Quotients shorter than, as long as and longer than the divisor, and
+    # exact quotients (remainder 0 and divisor - 1).
+    for i in range(count(10)):
+        bn = min(rng.randrange(5900, 8000), max_limbs)
+        qn = min([rng.randrange(1, 12), rng.randrange(bn // 3, bn), bn + rng.randrange(-3, 4),
+                  2 * bn + rng.randrange(0, 50)][i % 4], max_limbs)
+        b = magnitude(bn)
+        a = magnitude(bn + qn)
+        if i % 5 == 3:
+            a = b * magnitude(qn) + rng.choice([0, b - 1])
+        if i % 3 == 1:
+            a, b = -a, -b if i % 2 else b
+        out.append('pair %s %s' % (h(a), h(b)))
+        out.append('mul %s' % h(a * b))
+        q = abs(a) // abs(b)
+        qt = q if (a >= 0) == (b >= 0) else -q
+        out.append('divt %s' % h(qt))
+        out.append('remt %s' % h(a - qt * b))
+        out.append('modf %s' % h(a % b))
+    for i in range(count(3)):
+        x = magnitude(min(rng.randrange(16300, 17000), max_limbs))
+        if i == 1:
+            x = 10 ** (19 * min(16600, max_limbs)) - 1  # nine all the way: every block's remainder maximal
+        if i == 2:
+            x = -x
+        out.append('radix 10 %s %s' % (h(x), str(x)))
+
     sys.stdout.write('\n'.join(out))
     sys.stdout.write('\n')
 

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 #include <pthread.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <atomic>
 #include <chrono>
@@ -43,6 +45,23 @@ TEST(Thread, JoinReturnsResultAndIdIsTheThreads)
     EXPECT_NE(id, 0u);
     EXPECT_EQ(QVThreadJoin(thread, &result), QV_E_INVALIDARG);
     EXPECT_EQ(QVThreadDetach(thread), QV_E_INVALIDARG);
+}
+
+TEST(Thread, CurrentIdIsTheKernelsAlsoInAForkedChild)
+{
+    const uint32_t parent = QVThreadGetCurrentId();
+    EXPECT_EQ(parent, static_cast<uint32_t>(gettid()));
+    EXPECT_EQ(QVThreadGetCurrentId(), parent);
+    // The child's only thread is the one that forked, under a new id: an id
+    // kept from before the fork would be the parent's.
+    const pid_t child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0)
+        _exit(QVThreadGetCurrentId() == static_cast<uint32_t>(getpid()) ? 0 : 1);
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    ASSERT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(WEXITSTATUS(status), 0) << "the forked child got its parent's thread id";
 }
 
 TEST(Thread, StackSizeIsHonoured)

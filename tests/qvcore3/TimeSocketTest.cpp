@@ -4,7 +4,10 @@
 #include <netdb.h>
 
 #include <cerrno>
+#include <cstdlib>
 #include <ctime>
+#include <string>
+#include <time.h>
 
 namespace {
 
@@ -49,6 +52,54 @@ TEST(Time, NowMatchesTheClock)
     EXPECT_EQ(system.wYear, expected.wYear);
     EXPECT_LT(system.wMilliseconds, 1000);
     EXPECT_LT(system.wDayOfWeek, 7);
+}
+
+// Readings within one second share their conversion; a change of zone in
+// between must still show, and the milliseconds must keep moving.
+TEST(Time, LocalReadingsFollowAZoneChangeWithinASecond)
+{
+    const char* saved = std::getenv("TZ");
+    const std::string previous = saved ? saved : "";
+    auto hourOf = [](const char* zone) {
+        setenv("TZ", zone, 1);
+        tzset();
+        // Local readings only, one after the other, as a logger makes them.
+        STRUCT_QV_TIME local{};
+        EXPECT_EQ(QVTimeGetLocal(&local), QV_S_OK);
+        const time_t now = std::time(nullptr);
+        tm utc{};
+        gmtime_r(&now, &utc);
+        // Hours east of UTC, 0..23, whichever reading crossed a second.
+        return ((local.wHour - utc.tm_hour) % 24 + 24) % 24;
+    };
+    int eastOfUtc[3] = {};
+    for (int attempt = 0; attempt < 3; ++attempt) {
+        eastOfUtc[0] = hourOf("UTC0");
+        eastOfUtc[1] = hourOf("QVA-5");
+        eastOfUtc[2] = hourOf("UTC0");
+        if (eastOfUtc[0] == 0 && eastOfUtc[1] == 5 && eastOfUtc[2] == 0)
+            break;
+    }
+    EXPECT_EQ(eastOfUtc[0], 0);
+    EXPECT_EQ(eastOfUtc[1], 5);
+    EXPECT_EQ(eastOfUtc[2], 0);
+
+    STRUCT_QV_TIME first{};
+    STRUCT_QV_TIME later{};
+    ASSERT_EQ(QVTimeGetLocal(&first), QV_S_OK);
+    const timespec pause{0, 30 * 1000 * 1000};
+    nanosleep(&pause, nullptr);
+    ASSERT_EQ(QVTimeGetLocal(&later), QV_S_OK);
+    auto milliseconds = [](const STRUCT_QV_TIME& t) { return (t.wMinute * 60 + t.wSecond) * 1000 + t.wMilliseconds; };
+    const int elapsed = ((milliseconds(later) - milliseconds(first)) % 3600000 + 3600000) % 3600000;
+    EXPECT_GE(elapsed, 25);
+    EXPECT_LT(elapsed, 5000);
+
+    if (saved)
+        setenv("TZ", previous.c_str(), 1);
+    else
+        unsetenv("TZ");
+    tzset();
 }
 
 TEST(SocketError, ErrnoTable)

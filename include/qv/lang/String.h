@@ -419,7 +419,7 @@ private:
     template <class InSet>
     String& trimWith(const InSet& inSet, TrimType type);
     template <class NextArgument>
-    void formatWith(NextArgument& next);
+    void formatWith(const char16_t* pattern, int32_t length, NextArgument& next);
     bool equalsRun(const char16_t* text, int32_t length, bool ignoreCase) const;
 
     // The held buffer, never null; its length counts the NUL.

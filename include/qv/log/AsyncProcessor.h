@@ -27,9 +27,10 @@ public:
     AsyncProcessorImpl(const AsyncProcessorImpl&) = delete;
     AsyncProcessorImpl& operator=(const AsyncProcessorImpl&) = delete;
 
-    // Queues the entry (taking a reference) and signals one worker.
+    // Queues the entry (taking a reference) and wakes one waiting worker.
     void enqueue(const ILogEntry* entry);
-    // The worker loop: wait, stop when told, else pass the first entry on.
+    // The worker loop: stop when told, else pass the first entry on, or wait
+    // when there is none.
     void run() override;
     // Sets the stop flag, wakes every worker, then passes every entry still
     // queued to the target in this thread, in order.
@@ -41,6 +42,9 @@ private:
     sync::Semaphore m_signal;
     std::deque<Reference<const ILogEntry>> m_queue;
     int32_t m_threads;
+    // Workers that found the queue empty and wait, or are about to; under
+    // m_lock.
+    int32_t m_idle = 0;
     std::atomic<bool> m_stop{false};
 };
 

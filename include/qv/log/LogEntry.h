@@ -39,28 +39,59 @@ public:
     using qvcom::ILogEntry::HasField;
     using qvcom::ILogEntry::SetField;
 
+    // Entries are mostly made by one thread and dropped by another (a
+    // queue's worker); their memory is recycled between the two instead of
+    // going through the allocator's locks each time.
+    static void* operator new(size_t size);
+    static void operator delete(void* block, size_t size) noexcept;
+
 private:
-    struct Field {
-        String name;
+    friend class Logger;
+
+    // A field's name is either borrowed, when it outlives every entry (the
+    // logger's own keys: no reference count shared by every thread to touch),
+    // or the entry's own share of the caller's text.
+    class Field {
+    public:
+        Field(const String& name, bool lasting, uint32_t hash, IQVUnknown* value, const Object* object) noexcept;
+        Field(const Field& other) noexcept;
+        ~Field();
+        Field& operator=(const Field&) = delete;
+
+        const String& name() const noexcept { return *m_name; }
+
         uint32_t hash;
         Reference<IQVUnknown> value;
+        // The value as the Object it was set as; null when it is not one.
+        const Object* object;
+
+    private:
+        const String* m_name;
+        alignas(String) unsigned char m_own[sizeof(String)];
     };
-    // Finds name's value slot among the fields, or null.
-    Reference<IQVUnknown>* find(const String& name, uint32_t hash) const;
+    // Finds name's field, or null.
+    Field* find(const String& name, uint32_t hash) const;
     Reference<IQVUnknown> lookup(const String& name) const;
-    void put(const String& name, IQVUnknown* value);
+    void put(const String& name, uint32_t hash, bool lasting, IQVUnknown* value, const Object* object);
+    // setField for a name that outlives every entry, whose hash (as the
+    // map's, String::hashCode(false)) the caller knows.
+    void setLastingField(const String& name, uint32_t hash, const Object* value);
 
     // The fields in the order they were first set, while they are few
     // enough for a StringHashMap of 101 buckets not to grow; the names are
     // handed out in that map's order (highest bucket first, newest first in
     // a bucket), computed from the hashes. Most entries hold two to six
     // fields: this spares each the map's bucket array and nodes. Up to six
-    // (all a logger sets) live in the entry itself; from the seventh, all of
-    // them are in m_more.
+    // (all a logger sets) live in the entry itself, built only when set;
+    // from the seventh, all of them are in m_more.
     static constexpr size_t INLINE_FIELDS = 6;
-    Field* fields() const { return m_more.empty() ? m_inline : m_more.data(); }
-    mutable Field m_inline[INLINE_FIELDS];
-    mutable std::vector<Field> m_more;
+    Field* fields() const
+    {
+        return m_more.empty() ? reinterpret_cast<Field*>(m_inline) : const_cast<Field*>(m_more.data());
+    }
+    void clearInline() noexcept;
+    alignas(Field) mutable unsigned char m_inline[INLINE_FIELDS * sizeof(Field)];
+    std::vector<Field> m_more;
     size_t m_count = 0;
     // Past that size the fields move, in the order they were set, into the
     // map itself, which then orders them after its growth.

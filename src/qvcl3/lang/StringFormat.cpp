@@ -133,12 +133,17 @@ String fromAscii(const char* text, int32_t length)
 // from the pattern (or the last argument); every other text stays as it is,
 // and argument text is never searched again. One scan counts the
 // placeholders, a second writes the result, so the work is linear in the
-// pattern and the output whatever the pattern holds.
+// pattern and the output whatever the pattern holds. The result is made in a
+// String of its own and taken over at the end: until then this String keeps
+// its text, so a pattern or arguments taken from it stay valid, and a failed
+// allocation leaves it as it was.
 template <class NextArgument>
-void String::formatWith(NextArgument& next)
+void String::formatWith(const char16_t* pattern, int32_t length, NextArgument& next)
 {
-    const char16_t* pattern = currentData();
-    const int32_t length = currentLength();
+    if (length == -1)
+        length = QVStrLenW(pattern);
+    if (!pattern || length < 0)
+        length = 0;
     // k placeholders need at least 3k units, so no index from length / 3 on
     // can be reached.
     const int32_t limit = length / 3 + 1;
@@ -163,8 +168,12 @@ void String::formatWith(NextArgument& next)
         finalLength += static_cast<int64_t>(counts[static_cast<size_t>(n)]) * (argument.length - placeholderLength(n));
     }
     const int32_t taken = static_cast<int32_t>(arguments.size());
-    if (taken == 0)
+    if (taken == 0) {
+        String unchanged;
+        unchanged.setTo(pattern, length);
+        setAddRef(unchanged);
         return;
+    }
     if (finalLength > detail::kMaxStringLength)
         throw OutOfMemoryException();
     String result;
@@ -189,17 +198,12 @@ void String::formatWith(NextArgument& next)
     setAddRef(result);
 }
 
-// The result is made in a String of its own and taken over at the end:
-// until then this String keeps its text, so arguments (or the pattern) taken
-// from it stay valid, and a failed allocation leaves it as it was.
 const String& String::formatArray(const char16_t* pattern, int32_t patternLength, const char16_t* const* list,
                                   int32_t count)
 {
-    String work;
-    work.setTo(pattern, patternLength);
     ListArguments arguments(list, count < 0 ? 0 : count);
-    work.formatWith(arguments);
-    return setAddRef(work);
+    formatWith(pattern, patternLength, arguments);
+    return *this;
 }
 
 const String& String::formatArray(const String& pattern, const char16_t* const* list, int32_t count)
@@ -209,11 +213,9 @@ const String& String::formatArray(const String& pattern, const char16_t* const* 
 
 const String& String::formatv(const char16_t* pattern, int32_t patternLength, va_list arguments)
 {
-    String work;
-    work.setTo(pattern, patternLength);
     VaArguments source(arguments);
-    work.formatWith(source);
-    return setAddRef(work);
+    formatWith(pattern, patternLength, source);
+    return *this;
 }
 
 const String& String::formatv(const unsigned short* pattern, int32_t patternLength, va_list arguments)

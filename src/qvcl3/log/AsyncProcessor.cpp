@@ -27,36 +27,49 @@ AsyncProcessorImpl::~AsyncProcessorImpl() = default;
 
 void AsyncProcessorImpl::enqueue(const ILogEntry* entry)
 {
+    bool wake;
     {
         LockHolder hold(m_lock);
         m_queue.emplace_back(entry);
+        // A busy worker comes back for the entry by itself: the semaphore
+        // (a call into the platform) is posted only for one that waits.
+        wake = m_idle > 0;
+        if (wake)
+            --m_idle;
     }
-    m_signal.signal();
+    if (wake)
+        m_signal.signal();
 }
 
 void AsyncProcessorImpl::run()
 {
     for (;;) {
-        m_signal.wait();
         if (m_stop.load(std::memory_order_acquire))
             return;
         Reference<const ILogEntry> entry;
         {
             LockHolder hold(m_lock);
-            // Empty only when the shutdown drain took the entry this signal
-            // stood for.
-            if (m_queue.empty())
-                continue;
-            entry = std::move(m_queue.front());
-            m_queue.pop_front();
+            if (m_queue.empty()) {
+                // Counted under the lock, so an entry queued from now on
+                // posts the semaphore for this worker, even before it waits.
+                ++m_idle;
+            } else {
+                entry = std::move(m_queue.front());
+                m_queue.pop_front();
+            }
         }
-        m_target->process(entry.get());
+        if (entry)
+            m_target->process(entry.get());
+        else
+            m_signal.wait();
     }
 }
 
 void AsyncProcessorImpl::shutdown()
 {
     m_stop.store(true, std::memory_order_release);
+    // One post for each worker, waiting or not: a worker that has counted
+    // itself idle but not yet waited must not sleep through the stop.
     for (int32_t i = 0; i < m_threads; ++i)
         m_signal.signal();
     LockHolder hold(m_lock);

@@ -2,6 +2,8 @@
 
 #include <qv/core/Boundary.h>
 
+#include "RecycledBlocks.h"
+
 namespace qv {
 namespace log {
 
@@ -58,38 +60,82 @@ QV_INTERFACE_ENTRY(LogEntry, qvcom::ILogEntry)
 QV_INTERFACE_CHAIN(Object)
 QV_END_INTERFACE_MAP()
 
+using EntryBlocks = RecycledBlocks<sizeof(LogEntry)>;
+
+LogEntry::Field::Field(const String& name, bool lasting, uint32_t hash, IQVUnknown* value,
+                       const Object* object) noexcept
+    : hash(hash), value(value), object(object), m_name(lasting ? &name : new (m_own) String(name))
+{}
+
+LogEntry::Field::Field(const Field& other) noexcept
+    : hash(other.hash), value(other.value), object(other.object),
+      m_name(other.m_name == reinterpret_cast<const String*>(other.m_own) ? new (m_own) String(*other.m_name)
+                                                                          : other.m_name)
+{}
+
+LogEntry::Field::~Field()
+{
+    if (m_name == reinterpret_cast<const String*>(m_own))
+        m_name->~String();
+}
+
 LogEntry::LogEntry() = default;
 
-LogEntry::~LogEntry() = default;
+LogEntry::~LogEntry()
+{
+    if (m_more.empty())
+        clearInline();
+}
+
+void* LogEntry::operator new(size_t size)
+{
+    // A derived class's objects are larger than the recycled blocks.
+    return size == sizeof(LogEntry) ? EntryBlocks::allocate() : ::operator new(size);
+}
+
+void LogEntry::operator delete(void* block, size_t size) noexcept
+{
+    if (size == sizeof(LogEntry))
+        EntryBlocks::release(block);
+    else
+        ::operator delete(block);
+}
 
 Reference<LogEntry> LogEntry::create()
 {
     return Reference<LogEntry>(new LogEntry());
 }
 
-Reference<IQVUnknown>* LogEntry::find(const String& name, uint32_t hash) const
+void LogEntry::clearInline() noexcept
+{
+    Field* const inlined = reinterpret_cast<Field*>(m_inline);
+    for (size_t i = m_count; i > 0; --i)
+        inlined[i - 1].~Field();
+}
+
+LogEntry::Field* LogEntry::find(const String& name, uint32_t hash) const
 {
     Field* const all = fields();
     for (size_t i = 0; i < m_count; ++i) {
-        if (all[i].hash == hash && all[i].name == name)
-            return &all[i].value;
+        if (all[i].hash == hash && all[i].name() == name)
+            return &all[i];
     }
     return nullptr;
 }
 
-void LogEntry::put(const String& name, IQVUnknown* value)
+void LogEntry::put(const String& name, uint32_t hash, bool lasting, IQVUnknown* value, const Object* object)
 {
     if (m_map) {
         m_map->put(name, value);
         return;
     }
-    const uint32_t hash = collections::StringKeyTraits::hash(name);
-    if (Reference<IQVUnknown>* slot = find(name, hash)) {
-        *slot = Reference<IQVUnknown>(value);
+    if (Field* field = find(name, hash)) {
+        field->value = Reference<IQVUnknown>(value);
+        field->object = object;
         return;
     }
     if (m_count < INLINE_FIELDS) {
-        m_inline[m_count] = Field{name, hash, Reference<IQVUnknown>(value)};
+        new (reinterpret_cast<Field*>(m_inline) + m_count) Field(name, lasting, hash, value, object);
         ++m_count;
         return;
     }
@@ -97,13 +143,14 @@ void LogEntry::put(const String& name, IQVUnknown* value)
         if (m_more.empty()) {
             std::vector<Field> more;
             more.reserve(2 * INLINE_FIELDS);
-            more.assign(m_inline, m_inline + m_count);
-            more.push_back(Field{name, hash, Reference<IQVUnknown>(value)});
+            const Field* const inlined = reinterpret_cast<const Field*>(m_inline);
+            for (size_t i = 0; i < m_count; ++i)
+                more.push_back(inlined[i]);
+            more.emplace_back(name, lasting, hash, value, object);
+            clearInline();
             m_more.swap(more);
-            for (Field& field : m_inline)
-                field = Field{};
         } else {
-            m_more.push_back(Field{name, hash, Reference<IQVUnknown>(value)});
+            m_more.emplace_back(name, lasting, hash, value, object);
         }
         ++m_count;
         return;
@@ -113,7 +160,7 @@ void LogEntry::put(const String& name, IQVUnknown* value)
     std::unique_ptr<collections::StringHashMap> map(new collections::StringHashMap(kBuckets, kLoad));
     const Field* const all = fields();
     for (size_t i = 0; i < m_count; ++i)
-        map->put(all[i].name, all[i].value.get());
+        map->put(all[i].name(), all[i].value.get());
     map->put(name, value);
     m_map = std::move(map);
     std::vector<Field>().swap(m_more);
@@ -122,20 +169,30 @@ void LogEntry::put(const String& name, IQVUnknown* value)
 
 void LogEntry::setField(const String& name, const Object* value)
 {
-    put(name, value ? const_cast<Object*>(value)->GetUnknown() : nullptr);
+    put(name, collections::StringKeyTraits::hash(name), false,
+        value ? const_cast<Object*>(value)->GetUnknown() : nullptr, value);
+}
+
+void LogEntry::setLastingField(const String& name, uint32_t hash, const Object* value)
+{
+    put(name, hash, true, value ? const_cast<Object*>(value)->GetUnknown() : nullptr, value);
 }
 
 Reference<IQVUnknown> LogEntry::lookup(const String& name) const
 {
     if (m_map)
         return m_map->get(name);
-    const Reference<IQVUnknown>* slot = find(name, collections::StringKeyTraits::hash(name));
-    return slot ? *slot : Reference<IQVUnknown>();
+    const Field* field = find(name, collections::StringKeyTraits::hash(name));
+    return field ? field->value : Reference<IQVUnknown>();
 }
 
 Reference<const Object> LogEntry::getField(const String& name) const
 {
-    Reference<IQVUnknown> value = lookup(name);
+    if (!m_map) {
+        const Field* field = find(name, collections::StringKeyTraits::hash(name));
+        return Reference<const Object>(field ? field->object : nullptr);
+    }
+    Reference<IQVUnknown> value = m_map->get(name);
     // A value stored through the component face need not be an Object.
     return Reference<const Object>(dynamic_cast<const Object*>(value.get()));
 }
@@ -168,7 +225,7 @@ Reference<const collections::Set<String>> LogEntry::getFieldNames() const
         order[at] = index;
     }
     for (size_t i = 0; i < count; ++i)
-        names->add(all[order[i]].name);
+        names->add(all[order[i]].name());
     return names;
 }
 
@@ -177,7 +234,8 @@ Result LogEntry::SetField(const char16_t* name, IQVUnknown* value)
     return ::qv::qvcom::guardBoundary([&] {
         if (!name)
             return results::POINTER;
-        put(String(name), value);
+        const String key(name);
+        put(key, collections::StringKeyTraits::hash(key), false, value, dynamic_cast<const Object*>(value));
         return results::OK;
     });
 }

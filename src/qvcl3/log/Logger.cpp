@@ -1,10 +1,13 @@
 #include <qv/log/Logger.h>
 
+#include <qv/collections/StringHashMap.h>
 #include <qv/exec/Thread.h>
 #include <qv/lang/Integer32.h>
 #include <qv/lang/UInteger32.h>
 #include <qv/log/LogEntry.h>
 #include <qv/log/TimeStamp.h>
+
+#include <memory>
 
 namespace qv {
 namespace log {
@@ -14,13 +17,25 @@ namespace {
 const char16_t* const g_fieldKeys[Logger::FIELD_COUNT] = {u"sequence",  u"thread", u"name",
                                                           u"timestamp", u"level",  u"text"};
 
-// The keys as Strings made once: an entry then shares their text instead of
-// copying it for every field of every entry.
-const String& fieldKey(int field)
+struct FieldKey {
+    String name;
+    uint32_t hash;
+};
+
+// The keys as Strings made once and never destroyed, with their hashes: an
+// entry borrows them instead of copying or counting them for every field of
+// every entry, and entries dropped during the process's exit may still name
+// them.
+const FieldKey& fieldKey(int field)
 {
-    static const String keys[Logger::FIELD_COUNT] = {String(g_fieldKeys[0]), String(g_fieldKeys[1]),
-                                                     String(g_fieldKeys[2]), String(g_fieldKeys[3]),
-                                                     String(g_fieldKeys[4]), String(g_fieldKeys[5])};
+    static const FieldKey* const keys = [] {
+        std::unique_ptr<FieldKey[]> made(new FieldKey[Logger::FIELD_COUNT]);
+        for (int i = 0; i < Logger::FIELD_COUNT; ++i) {
+            made[i].name = String(g_fieldKeys[i]);
+            made[i].hash = collections::StringKeyTraits::hash(made[i].name);
+        }
+        return made.release();
+    }();
     return keys[field];
 }
 
@@ -96,29 +111,33 @@ void Logger::setProcessor(ILogProcessor* processor)
 Reference<ILogEntry> Logger::getLogEntry(int level, const String& text) const
 {
     Reference<LogEntry> entry = LogEntry::create();
+    const auto setStandardField = [&entry](int field, const Object* value) {
+        const FieldKey& key = fieldKey(field);
+        entry->setLastingField(key.name, key.hash, value);
+    };
     if (m_fields[LEVEL]) {
         Reference<Integer32> value(new Integer32(level));
-        entry->setField(fieldKey(LEVEL), value.get());
+        setStandardField(LEVEL, value.get());
     }
     if (m_fields[TEXT]) {
         Reference<String> value(new String(text));
-        entry->setField(fieldKey(TEXT), value.get());
+        setStandardField(TEXT, value.get());
     }
     if (m_fields[SEQUENCE]) {
         Reference<Integer32> value(new Integer32(m_sequence.load(std::memory_order_relaxed)));
-        entry->setField(fieldKey(SEQUENCE), value.get());
+        setStandardField(SEQUENCE, value.get());
     }
     if (m_fields[THREAD]) {
         Reference<UInteger32> value(new UInteger32(exec::Thread::getCurrentID()));
-        entry->setField(fieldKey(THREAD), value.get());
+        setStandardField(THREAD, value.get());
     }
     if (m_fields[TIMESTAMP]) {
         Reference<TimeStamp> value(new TimeStamp(true));
-        entry->setField(fieldKey(TIMESTAMP), value.get());
+        setStandardField(TIMESTAMP, value.get());
     }
     if (m_fields[NAME]) {
         Reference<String> value(new String(m_name));
-        entry->setField(fieldKey(NAME), value.get());
+        setStandardField(NAME, value.get());
     }
     return Reference<ILogEntry>(static_cast<ILogEntry*>(entry.get()));
 }

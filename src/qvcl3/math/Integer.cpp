@@ -497,6 +497,19 @@ std::string intToString(IntRef a, int radix)
 
 namespace {
 
+struct DigitValues {
+    unsigned char of[128];
+    DigitValues() noexcept
+    {
+        for (int c = 0; c < 128; ++c)
+            of[c] = 255;
+        for (int c = '0'; c <= '9'; ++c)
+            of[c] = static_cast<unsigned char>(c - '0');
+        for (int c = 'a'; c <= 'z'; ++c)
+            of[c] = of[c - 'a' + 'A'] = static_cast<unsigned char>(c - 'a' + 10);
+    }
+};
+
 template <class Char>
 Int parseText(const Char* text, size_t length, int radix)
 {
@@ -511,16 +524,15 @@ Int parseText(const Char* text, size_t length, int radix)
     if (i == length)
         raise(MathError::MalformedNumber);
     std::vector<unsigned char> digits(length - i);
+    // One table look-up per character; anything that is not a digit of
+    // the radix (other characters, other ASCII, code units above 127) maps
+    // to a value no radix accepts.
+    static const DigitValues values;
+    const uint32_t limit = static_cast<uint32_t>(radix);
     for (size_t k = 0; i < length; ++i, ++k) {
         const auto c = static_cast<uint32_t>(static_cast<typename std::make_unsigned<Char>::type>(text[i]));
-        uint32_t v = 255;
-        if (c >= '0' && c <= '9')
-            v = c - '0';
-        else if (c >= 'a' && c <= 'z')
-            v = c - 'a' + 10;
-        else if (c >= 'A' && c <= 'Z')
-            v = c - 'A' + 10;
-        if (v >= static_cast<uint32_t>(radix))
+        const uint32_t v = c < 128 ? values.of[c] : 255;
+        if (v >= limit)
             raise(MathError::MalformedNumber);
         digits[k] = static_cast<unsigned char>(v);
     }

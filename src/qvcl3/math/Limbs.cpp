@@ -119,16 +119,32 @@ Limb addMul1(Limb* r, const Limb* a, size_t n, Limb b) noexcept
     return carry;
 }
 
+namespace {
+
+inline Limb subMulStep(Limb* r, const Limb* a, size_t i, Limb b, Limb borrow) noexcept
+{
+    Limb hi;
+    const Limb lo = mulAdd1(a[i], b, borrow, hi);
+    const Limb x = r[i];
+    r[i] = x - lo;
+    return hi + (x < lo);
+}
+
+} // namespace
+
 Limb subMul1(Limb* r, const Limb* a, size_t n, Limb b) noexcept
 {
+    // Unrolled as addMul1 is: this is the inner loop of schoolbook division.
     Limb borrow = 0;
-    for (size_t i = 0; i < n; ++i) {
-        Limb hi;
-        Limb lo = mulAdd2(a[i], b, borrow, 0, hi);
-        Limb x = r[i];
-        r[i] = x - lo;
-        borrow = hi + (x < lo);
+    size_t i = 0;
+    for (; i + 4 <= n; i += 4) {
+        borrow = subMulStep(r, a, i, b, borrow);
+        borrow = subMulStep(r, a, i + 1, b, borrow);
+        borrow = subMulStep(r, a, i + 2, b, borrow);
+        borrow = subMulStep(r, a, i + 3, b, borrow);
     }
+    for (; i < n; ++i)
+        borrow = subMulStep(r, a, i, b, borrow);
     return borrow;
 }
 

@@ -23,6 +23,9 @@ struct Thresholds {
     size_t recursiveDivision;
     size_t nttMul;
     size_t nttSqr;
+    // Divisor and quotient both at least this long: division through an
+    // approximate reciprocal (Newton's iteration) instead of Burnikel-Ziegler.
+    size_t newtonDivision;
 };
 
 // The active thresholds; tests lower them to drive the recursive paths with

@@ -12,14 +12,15 @@ namespace detail {
 namespace {
 
 // Measured crossovers of Toom-3 and the transform (docs/math.md).
-constexpr size_t NTT_MUL = 3000;
-constexpr size_t NTT_SQR = 3500;
+constexpr size_t NTT_MUL = 1800;
+constexpr size_t NTT_SQR = 2000;
+constexpr size_t NEWTON_DIVISION = 6000;
 
 } // namespace
 
 Thresholds defaultThresholds() noexcept
 {
-    return Thresholds{32, 64, 500, 500, 64, NTT_MUL, NTT_SQR};
+    return Thresholds{32, 64, 500, 500, 64, NTT_MUL, NTT_SQR, NEWTON_DIVISION};
 }
 
 Thresholds& thresholds() noexcept

@@ -1,6 +1,7 @@
 #include "Natural.h"
 
 #include "MathError.h"
+#include "NewtonDivider.h"
 
 #include <algorithm>
 #include <utility>
@@ -310,6 +311,20 @@ void divRecursive(const Mag& a, const Mag& b, Mag& q, Mag& r)
 } // namespace
 
 void magDivMod(const Mag& a, const Mag& b, Mag* q, Mag* r)
+{
+    if (b.empty())
+        raise(MathError::DivisionByZero);
+    const size_t threshold = thresholds().newtonDivision;
+    if (b.size() >= threshold && a.size() >= b.size() + threshold) {
+        // Only as many limbs of the reciprocal as the quotient needs.
+        const NewtonDivider reciprocal(b, a.size() - b.size() + 2);
+        reciprocal.divMod(a, q, r);
+        return;
+    }
+    magDivModClassic(a, b, q, r);
+}
+
+void magDivModClassic(const Mag& a, const Mag& b, Mag* q, Mag* r)
 {
     if (b.empty())
         raise(MathError::DivisionByZero);

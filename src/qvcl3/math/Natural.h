@@ -51,6 +51,8 @@ Mag magHighLimbs(const Mag& a, size_t fromLimb);
 
 // q = a / b, r = a % b; b must not be zero. Either output may be null.
 void magDivMod(const Mag& a, const Mag& b, Mag* q, Mag* r);
+// The same without the reciprocal path: schoolbook or Burnikel-Ziegler.
+void magDivModClassic(const Mag& a, const Mag& b, Mag* q, Mag* r);
 Limb magDivModSmall(const Mag& a, Limb b, Mag* q);
 Mag magPow(const Mag& a, uint64_t exponent);
 Mag magGcd(const Mag& a, const Mag& b);

@@ -1,5 +1,7 @@
 #include "NumberTheoreticTransform.h"
 
+#include "Limbs.h"
+
 #include <algorithm>
 #include <memory>
 
@@ -297,29 +299,101 @@ void load(Limb* t, size_t n, const Limb* a, size_t an, const PrimeField& f) noex
     std::fill(t + an, t + n, Limb(0));
 }
 
-// The cyclic convolution of a and b modulo one prime, left in ta with each
-// value below 4p.
-void convolve(Limb* ta, Limb* tb, Limb* tw, size_t n, const Limb* a, size_t an, const Limb* b, size_t bn,
-              const PrimeField& f) noexcept
+// ta = ta * tb pointwise (tb = ta when squaring), with the factor 1 / n of
+// the inverse transform. mul(x, y) leaves a factor 1/R; scale = R^2 / n
+// takes it and the n out in one more product. mul takes factors below 2p
+// and answers below p.
+void multiplyPointwise(Limb* ta, const Limb* tb, size_t n, const PrimeField& f) noexcept
 {
-    const bool squaring = a == b && an == bn;
-    fillTwiddles(tw, f, n);
-    load(ta, n, a, an, f);
-    forward(ta, n, tw, f);
-    if (!squaring) {
-        load(tb, n, b, bn, f);
-        forward(tb, n, tw, f);
-    }
-    const Limb* fb = squaring ? ta : tb;
-    // mul(x, y) leaves a factor 1/R; scale = R^2 / n takes it and the n of
-    // the inverse transform out in one more product. mul takes factors below
-    // 2p and answers below p.
     const Limb nInverse = f.modulus() - (f.modulus() - 1) / n;
     const Limb scale = f.toMontgomery(f.toMontgomery(nInverse));
     for (size_t i = 0; i < n; ++i)
-        ta[i] = f.mul(f.mul(ta[i], fb[i]), scale);
+        ta[i] = f.mul(f.mul(ta[i], tb[i]), scale);
+}
+
+// The cyclic convolution of a and b modulo one prime, left in ta with each
+// value below 4p. fixed, when given, is b's transform (b is then unused).
+void convolve(Limb* ta, Limb* tb, Limb* tw, size_t n, const Limb* a, size_t an, const Limb* b, size_t bn,
+              const Limb* fixed, const PrimeField& f) noexcept
+{
+    const bool squaring = !fixed && a == b && an == bn;
+    fillTwiddles(tw, f, n);
+    load(ta, n, a, an, f);
+    forward(ta, n, tw, f);
+    if (!squaring && !fixed) {
+        load(tb, n, b, bn, f);
+        forward(tb, n, tw, f);
+    }
+    multiplyPointwise(ta, fixed ? fixed : squaring ? ta : tb, n, f);
     invertTwiddles(tw, f, n);
     inverse(ta, n, tw, f);
+}
+
+// a (an <= 3m limbs) modulo x^(2m) + 1, its coefficients multiplied by
+// psi^i (psi of order 4m, so that the cyclic transform of length 2m gives
+// the negacyclic convolution), into t; and a modulo x^m - 1 into c.
+void loadSplit(Limb* t, Limb* c, size_t m, const Limb* a, size_t an, Limb psi, const PrimeField& f) noexcept
+{
+    auto digit = [&](size_t i) { return i < an ? f.reduce(a[i]) : Limb(0); };
+    Limb twist = f.toMontgomery(1);
+    for (size_t i = 0; i < 2 * m; ++i) {
+        t[i] = f.mul(f.sub(digit(i), digit(i + 2 * m)), twist);
+        twist = f.mul(twist, psi);
+    }
+    for (size_t i = 0; i < m; ++i)
+        c[i] = f.add(f.add(digit(i), digit(i + m)), digit(i + 2 * m));
+}
+
+// The product of a and b (an + bn - 1 <= 3m coefficients) modulo one prime
+// from two transforms of lengths 2m and m instead of one of 4m: modulo
+// x^(2m) + 1 it is A, modulo x^m - 1 it is C, and as x^(2m) + 1 = 2 there,
+// the product is A + (x^(2m) + 1) (C - A) / 2. Coefficients below p into
+// out[0, 3m); scratch holds 10m limbs. b's two transforms are the 3m
+// limbs at fixed when given (as transformSplit leaves them).
+void convolveSplit(Limb* out, Limb* scratch, size_t m, const Limb* a, size_t an, const Limb* b, size_t bn,
+                   const Limb* fixed, const PrimeField& f) noexcept
+{
+    const bool squaring = !fixed && a == b && an == bn;
+    Limb* ta = scratch;
+    Limb* ca = ta + 2 * m;
+    Limb* tb = ca + m;
+    Limb* cb = tb + 2 * m;
+    Limb* tw = cb + m;
+    const Limb psi = f.rootOfUnity(4 * m);
+    fillTwiddles(tw, f, 2 * m);
+    loadSplit(ta, ca, m, a, an, psi, f);
+    forward(ta, 2 * m, tw, f);
+    forward(ca, m, tw, f);
+    const Limb* fb = squaring ? ta : tb;
+    const Limb* fc = squaring ? ca : cb;
+    if (fixed) {
+        fb = fixed;
+        fc = fixed + 2 * m;
+    } else if (!squaring) {
+        loadSplit(tb, cb, m, b, bn, psi, f);
+        forward(tb, 2 * m, tw, f);
+        forward(cb, m, tw, f);
+    }
+    multiplyPointwise(ta, fb, 2 * m, f);
+    multiplyPointwise(ca, fc, m, f);
+    invertTwiddles(tw, f, 2 * m);
+    inverse(ta, 2 * m, tw, f);
+    inverse(ca, m, tw, f);
+
+    const Limb psiInverse = f.power(psi, 4 * m - 1);
+    Limb untwist = f.toMontgomery(1);
+    for (size_t i = 0; i < 2 * m; ++i) {
+        ta[i] = f.mul(f.reduceTwice(f.reduceFourTimes(ta[i])), untwist);
+        untwist = f.mul(untwist, psiInverse);
+    }
+    const Limb half = (f.modulus() + 1) / 2;
+    for (size_t i = 0; i < m; ++i) {
+        Limb q = f.sub(f.reduceTwice(f.reduceFourTimes(ca[i])), f.add(ta[i], ta[i + m]));
+        q = (q >> 1) + (q & 1 ? half : 0);
+        out[i] = f.add(ta[i], q);
+        out[i + m] = ta[i + m];
+        out[i + 2 * m] = q;
+    }
 }
 
 } // namespace
@@ -332,18 +406,35 @@ size_t nttLength(size_t rn) noexcept
     return std::max(n, size_t(2));
 }
 
-void nttMultiply(Limb* r, const Limb* a, size_t an, const Limb* b, size_t bn)
+size_t nttProductLength(size_t rn) noexcept
 {
-    const size_t rn = an + bn;
     const size_t n = nttLength(rn);
-    // Three residue vectors, the second operand's transform and the
-    // twiddle pairs; all written before they are read.
-    std::unique_ptr<Limb[]> buffer(new Limb[6 * n]);
+    return n >= 8 && rn - 1 <= 3 * (n / 4) ? 3 * (n / 4) : n;
+}
+
+namespace {
+
+// The convolution of a and b of length n, cyclic for a power of two and the
+// plain product for 3 m (an + bn - 1 <= 3 m); its first `coefficients`
+// coefficients added up with carries into r[0, limbs) (limbs >= the
+// coefficients). Returns what carries out of r in carry[0..1].
+void convolveAndRebuild(Limb* r, size_t limbs, size_t n, size_t coefficients, const Limb* a, size_t an, const Limb* b,
+                        size_t bn, const Limb* fixed, Limb carry[2])
+{
+    // Three residue vectors and the scratch of the transforms (the second
+    // operand's and the twiddle pairs); all written before they are read.
+    const bool split = (n & (n - 1)) != 0;
+    std::unique_ptr<Limb[]> buffer(new Limb[split ? 3 * n + 10 * (n / 3) : 6 * n]);
     Limb* residues[3] = {buffer.get(), buffer.get() + n, buffer.get() + 2 * n};
+    Limb* scratch = buffer.get() + 3 * n;
     for (int i = 0; i < 3; ++i) {
         const PrimeField& f = field(i);
-        convolve(residues[i], buffer.get() + 3 * n, buffer.get() + 4 * n, n, a, an, b, bn, f);
-        for (size_t j = 0; j + 1 < rn; ++j)
+        if (split) {
+            convolveSplit(residues[i], scratch, n / 3, a, an, b, bn, fixed ? fixed + i * n : nullptr, f);
+            continue;
+        }
+        convolve(residues[i], scratch, scratch + n, n, a, an, b, bn, fixed ? fixed + i * n : nullptr, f);
+        for (size_t j = 0; j < coefficients; ++j)
             residues[i][j] = f.reduceTwice(f.reduceFourTimes(residues[i][j]));
     }
 
@@ -363,8 +454,8 @@ void nttMultiply(Limb* r, const Limb* a, size_t an, const Limb* b, size_t bn)
     const Limb p12ModP3 = f3.mul(p1ModP3, f3.toMontgomery(f3.reduce(p2)));
     const Limb p12InverseModP3 = f3.power(p12ModP3, f3.modulus() - 2);
     Limb acc0 = 0, acc1 = 0, acc2 = 0;
-    for (size_t i = 0; i < rn; ++i) {
-        if (i + 1 < rn) {
+    for (size_t i = 0; i < limbs; ++i) {
+        if (i < coefficients) {
             const Limb x1 = residues[0][i];
             const Limb v2 = f2.mul(f2.sub(residues[1][i], f2.reduce(x1)), p1InverseModP2);
             const Limb low = f3.add(f3.reduce(x1), f3.mul(f3.reduce(v2), p1ModP3));
@@ -396,6 +487,62 @@ void nttMultiply(Limb* r, const Limb* a, size_t an, const Limb* b, size_t bn)
         acc1 = acc2;
         acc2 = 0;
     }
+    carry[0] = acc0;
+    carry[1] = acc1;
+}
+
+} // namespace
+
+void nttMultiply(Limb* r, const Limb* a, size_t an, const Limb* b, size_t bn)
+{
+    const size_t rn = an + bn;
+    Limb carry[2];
+    convolveAndRebuild(r, rn, nttProductLength(rn), rn - 1, a, an, b, bn, nullptr, carry);
+}
+
+void nttMultiplyWrapped(Limb* r, size_t n, const Limb* a, size_t an, const Limb* b, size_t bn)
+{
+    Limb carry[2];
+    convolveAndRebuild(r, n, n, n, a, an, b, bn, nullptr, carry);
+    // B^n = 1: what carries out of the top goes in at the bottom, and the
+    // carry of that addition once more (it is then 1 at most).
+    Limb c = add(r, r, n, carry, 2);
+    while (c)
+        c = add1(r, r, n, c);
+}
+
+NttOperand::NttOperand(const Limb* b, size_t bn, size_t rn)
+    : m_limbs(bn), m_length(nttProductLength(rn)), m_transforms(new Limb[3 * m_length])
+{
+    const bool split = (m_length & (m_length - 1)) != 0;
+    const size_t m = m_length / 3;
+    std::unique_ptr<Limb[]> twiddles(new Limb[split ? 4 * m : 2 * m_length]);
+    for (int i = 0; i < 3; ++i) {
+        const PrimeField& f = field(i);
+        Limb* t = m_transforms.get() + i * m_length;
+        if (split) {
+            fillTwiddles(twiddles.get(), f, 2 * m);
+            loadSplit(t, t + 2 * m, m, b, bn, f.rootOfUnity(4 * m), f);
+            forward(t, 2 * m, twiddles.get(), f);
+            forward(t + 2 * m, m, twiddles.get(), f);
+        } else {
+            fillTwiddles(twiddles.get(), f, m_length);
+            load(t, m_length, b, bn, f);
+            forward(t, m_length, twiddles.get(), f);
+        }
+    }
+}
+
+bool NttOperand::fits(size_t an) const noexcept
+{
+    return an >= 1 && nttProductLength(an + m_limbs) == m_length;
+}
+
+void NttOperand::multiply(Limb* r, const Limb* a, size_t an) const
+{
+    const size_t rn = an + m_limbs;
+    Limb carry[2];
+    convolveAndRebuild(r, rn, m_length, rn - 1, a, an, nullptr, 0, m_transforms.get(), carry);
 }
 
 } // namespace detail

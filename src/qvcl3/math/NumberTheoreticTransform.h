@@ -9,6 +9,7 @@
 #include "WideMath.h"
 
 #include <cstddef>
+#include <memory>
 
 namespace qv {
 namespace math {
@@ -18,9 +19,43 @@ namespace detail {
 // that holds its rn - 1 coefficients.
 size_t nttLength(size_t rn) noexcept;
 
+// The number of points a product of rn limbs takes: nttLength(rn), or three
+// quarters of it when that holds the coefficients (one transform of half
+// the length and one of a quarter).
+size_t nttProductLength(size_t rn) noexcept;
+
 // r (an + bn limbs, distinct from a and b) = a * b; squares when a and b are
 // the same array. an, bn >= 1 and an + bn <= 2^26.
 void nttMultiply(Limb* r, const Limb* a, size_t an, const Limb* b, size_t bn);
+
+// r (n limbs) = a * b mod (B^n - 1), the product wrapped around, from one
+// transform of length n (a power of two, 2 <= n <= 2^25); an, bn <= n, r
+// distinct from a and b. Zero may come out as B^n - 1. Half the cost of the
+// full product when only its low limbs are unknown.
+void nttMultiplyWrapped(Limb* r, size_t n, const Limb* a, size_t an, const Limb* b, size_t bn);
+
+// One operand's transforms (modulo each prime), kept for many products
+// with it: a radix conversion multiplies by the same power at every step
+// of a level, and a third of each product's transforms is then saved.
+class NttOperand {
+public:
+    // For products of about rn limbs in all; b (bn >= 1 limbs) is copied
+    // into the transforms and not kept.
+    NttOperand(const Limb* b, size_t bn, size_t rn);
+    NttOperand(const NttOperand&) = delete;
+    NttOperand& operator=(const NttOperand&) = delete;
+
+    // Whether a product with an operand of an limbs has the transforms'
+    // length.
+    bool fits(size_t an) const noexcept;
+    // r (an + bn limbs, distinct from a) = a * b; fits(an) must hold.
+    void multiply(Limb* r, const Limb* a, size_t an) const;
+
+private:
+    size_t m_limbs;
+    size_t m_length;
+    std::unique_ptr<Limb[]> m_transforms;
+};
 
 } // namespace detail
 } // namespace math

@@ -1,10 +1,15 @@
 #include "Natural.h"
 
 #include "MathError.h"
+#include "NewtonDivider.h"
+#include "NumberTheoreticTransform.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <deque>
+#include <memory>
+#include <vector>
 
 namespace qv {
 namespace math {
@@ -17,7 +22,7 @@ const char DIGITS[] = "0123456789abcdefghijklmnopqrstuvwxyz";
 // Below this many limbs a number is converted by repeated division by the
 // radix's largest power that fits a limb; above it, divide and conquer.
 const size_t TO_STRING_BASECASE_LIMBS = 30;
-const size_t FROM_DIGITS_BASECASE_LIMBS = 40;
+const size_t FROM_DIGITS_BASECASE_LIMBS = 60;
 
 struct BigBase {
     Limb radix;
@@ -54,8 +59,47 @@ public:
         return m_powers[j];
     }
 
+    // x / powers[j]. Every level of a conversion divides by the same power,
+    // so where division goes through a reciprocal it is computed once.
+    void divMod(const Mag& x, size_t j, Mag* q, Mag* r)
+    {
+        const Mag& power = get(j);
+        const size_t threshold = thresholds().newtonDivision;
+        if (power.size() < threshold || x.size() < power.size() + threshold) {
+            magDivMod(x, power, q, r);
+            return;
+        }
+        if (m_reciprocals.size() <= j)
+            m_reciprocals.resize(j + 1);
+        if (!m_reciprocals[j])
+            m_reciprocals[j].reset(new NewtonDivider(power, power.size()));
+        m_reciprocals[j]->divMod(x, q, r);
+    }
+
+    // x * powers[j]. Every product of one level of a conversion from text
+    // has the same power and, but for the first, operands of one length, so
+    // where it goes through the transform, the power's is computed once.
+    Mag multiply(const Mag& x, size_t j)
+    {
+        const Mag& power = get(j);
+        if (x.empty() || std::min(x.size(), power.size()) < thresholds().nttMul)
+            return magMul(x, power);
+        if (m_transforms.size() <= j)
+            m_transforms.resize(j + 1);
+        if (!m_transforms[j])
+            m_transforms[j].reset(new NttOperand(power.data(), power.size(), 2 * power.size()));
+        if (!m_transforms[j]->fits(x.size()))
+            return magMul(x, power);
+        Mag r = allocMag(x.size() + power.size());
+        m_transforms[j]->multiply(r.data(), x.data(), x.size());
+        trim(r);
+        return r;
+    }
+
 private:
     std::deque<Mag> m_powers;
+    std::vector<std::unique_ptr<NewtonDivider>> m_reciprocals;
+    std::vector<std::unique_ptr<NttOperand>> m_transforms;
 };
 
 const char DIGIT_PAIRS[] = "00010203040506070809101112131415161718192021222324252627282930313233343536373839"
@@ -127,7 +171,7 @@ void digitsRecursive(const Mag& x, char* end, size_t width, const BigBase& bb, P
         --j;
     const size_t lowDigits = bb.digits << j;
     Mag q, r;
-    magDivMod(x, powers.get(j), &q, &r);
+    powers.divMod(x, j, &q, &r);
     digitsRecursive(r, end, lowDigits, bb, powers);
     digitsRecursive(q, end - lowDigits, width - lowDigits, bb, powers);
 }
@@ -170,6 +214,24 @@ Mag powerOfTwoFromDigits(const unsigned char* d, size_t n, int bitsPerDigit)
     return r;
 }
 
+// The value of take digits (no more than fit a limb). Two halves accumulate
+// side by side, so that their chains of dependent multiplications overlap.
+Limb chunkValue(const unsigned char* d, size_t take, Limb radix) noexcept
+{
+    const size_t half = take / 2, rest = take - half;
+    Limb high = 0, low = 0, scale = 1;
+    for (size_t i = 0; i < half; ++i) {
+        high = high * radix + d[i];
+        low = low * radix + d[half + i];
+        scale *= radix;
+    }
+    if (rest > half) {
+        low = low * radix + d[take - 1];
+        scale *= radix;
+    }
+    return high * scale + low;
+}
+
 Mag fromDigitsBasecase(const unsigned char* d, size_t n, const BigBase& bb)
 {
     Mag r = allocMag(n / bb.digits + 1);
@@ -177,16 +239,12 @@ Mag fromDigitsBasecase(const unsigned char* d, size_t n, const BigBase& bb)
     size_t first = n % bb.digits;
     if (first == 0)
         first = bb.digits;
-    for (size_t pos = 0; pos < n;) {
-        size_t take = pos == 0 ? first : bb.digits;
-        Limb chunk = 0, scale = 1;
-        for (size_t i = 0; i < take; ++i) {
-            chunk = chunk * bb.radix + d[pos + i];
-            scale *= bb.radix;
-        }
-        pos += take;
-        // With no limbs yet, add1 hands the whole chunk back as its carry.
-        Limb carry = mul1(r.data(), r.data(), used, scale) + add1(r.data(), r.data(), used, chunk);
+    r[used++] = chunkValue(d, first, bb.radix);
+    for (size_t pos = first; pos < n; pos += bb.digits) {
+        // r = r * base + chunk in one pass, the chunk entering as the carry.
+        Limb carry = chunkValue(d + pos, bb.digits, bb.radix);
+        for (size_t i = 0; i < used; ++i)
+            r[i] = mulAdd2(r[i], bb.base, carry, 0, carry);
         if (carry)
             r[used++] = carry;
     }
@@ -204,7 +262,7 @@ Mag fromDigitsRecursive(const unsigned char* d, size_t n, const BigBase& bb, Pow
     const size_t lowDigits = bb.digits << j;
     Mag high = fromDigitsRecursive(d, n - lowDigits, bb, powers);
     Mag low = fromDigitsRecursive(d + (n - lowDigits), lowDigits, bb, powers);
-    return magAdd(magMul(high, powers.get(j)), low);
+    return magAdd(powers.multiply(high, j), low);
 }
 
 } // namespace

@@ -152,6 +152,16 @@ inline Limb mulAdd2(Limb a, Limb b, Limb c, Limb d, Limb& hi) noexcept
     return lo;
 }
 
+// a * b + c (it fits two limbs) as one 128-bit sum: with a single addend
+// compilers keep this in registers, where the spelled-out carries of
+// mulAdd2 end up spilled in a loop that also subtracts.
+inline Limb mulAdd1(Limb a, Limb b, Limb c, Limb& hi) noexcept
+{
+    WideLimb p = static_cast<WideLimb>(a) * b + c;
+    hi = static_cast<Limb>(p >> 64);
+    return static_cast<Limb>(p);
+}
+
 inline Limb divWide(Limb hi, Limb lo, Limb d, Limb& rem) noexcept
 {
     WideLimb n = (static_cast<WideLimb>(hi) << 64) | lo;
@@ -175,6 +185,11 @@ inline Limb mulAdd2(Limb a, Limb b, Limb c, Limb d, Limb& hi) noexcept
     lo += d;
     hi += lo < d;
     return lo;
+}
+
+inline Limb mulAdd1(Limb a, Limb b, Limb c, Limb& hi) noexcept
+{
+    return mulAdd2(a, b, c, 0, hi);
 }
 
 inline Limb divWide(Limb hi, Limb lo, Limb d, Limb& rem) noexcept

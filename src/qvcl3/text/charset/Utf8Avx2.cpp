@@ -3,12 +3,13 @@
 // linker could keep this file's AVX2 copy for callers on any processor.
 // Hence no library headers beyond the declarations.
 //
-// Decoding works on the same blocks as the AVX-512 kernel (Utf8Avx512.cpp,
-// which explains them), half as wide; without a compress instruction the
-// wanted elements are packed with byte shuffles from a table indexed by an
-// eight-bit mask. Encoding takes ASCII and two-byte blocks only: for the
-// rest a general AVX2 block (every unit widened to 32 bits, then packed)
-// measured slower than the SSE2 loops' special blocks.
+// Both directions take ASCII and two-byte blocks only and hand the first
+// block with anything longer to the SSE2 loops, whose special blocks for
+// East Asian text and emoji beat a general AVX2 block: without a compress
+// instruction the wanted elements are packed with byte shuffles from a
+// table indexed by an eight-bit mask, eight at a time, and such a block
+// (every unit widened to 32 bits for encoding, three-byte and four-byte
+// units for decoding) measured slower than the SSE2 loops.
 
 #include "Utf8Kernels.h"
 
@@ -61,35 +62,12 @@ inline uint32_t inRange(__m256i v, int low, int count)
         _mm256_movemask_epi8(_mm256_cmpeq_epi8(_mm256_min_epu8(t, _mm256_set1_epi8(static_cast<char>(count - 1))), t)));
 }
 
-inline uint32_t equalTo(__m256i v, int b)
-{
-    return static_cast<uint32_t>(_mm256_movemask_epi8(_mm256_cmpeq_epi8(v, _mm256_set1_epi8(static_cast<char>(b)))));
-}
-
 // All ones in the 16-bit lanes whose bit is set in mask.
 inline __m256i lanesOf16(uint32_t mask)
 {
     const __m256i bits = _mm256_setr_epi16(1, 2, 4, 8, 16, 32, 64, 128, 256, 512, 1024, 2048, 4096, 8192, 16384,
                                            static_cast<short>(0x8000));
     return _mm256_cmpeq_epi16(_mm256_and_si256(_mm256_set1_epi16(static_cast<short>(mask)), bits), bits);
-}
-
-inline __m256i unitsOfHalf(__m256i p0, __m256i p1, __m256i p2, uint32_t cont, uint32_t contBefore,
-                           uint32_t lowSurrogate, uint32_t highSurrogate)
-{
-    __m256i units = _mm256_or_si256(p0, _mm256_and_si256(_mm256_slli_epi16(p1, 6), lanesOf16(cont)));
-    if (((cont & contBefore) | lowSurrogate | highSurrogate) == 0) {
-        return units;
-    }
-    units = _mm256_or_si256(units, _mm256_and_si256(_mm256_slli_epi16(p2, 12), lanesOf16(cont & contBefore)));
-    const __m256i low =
-        _mm256_or_si256(_mm256_set1_epi16(static_cast<short>(0xDC00)),
-                        _mm256_or_si256(_mm256_slli_epi16(_mm256_and_si256(p1, _mm256_set1_epi16(0x0F)), 6), p0));
-    units = _mm256_blendv_epi8(units, low, lanesOf16(lowSurrogate));
-    const __m256i high = _mm256_add_epi16(
-        _mm256_set1_epi16(static_cast<short>(0xD7C0)),
-        _mm256_or_si256(_mm256_or_si256(_mm256_slli_epi16(p2, 8), _mm256_slli_epi16(p1, 2)), _mm256_srli_epi16(p0, 4)));
-    return _mm256_blendv_epi8(units, high, lanesOf16(highSurrogate));
 }
 
 // Stores the units of the lanes set in mask (sixteen lanes) one after the
@@ -107,8 +85,15 @@ inline void storePacked(__m256i units, uint32_t mask, char16_t* out, int32_t& op
 
 } // namespace
 
-void decodeUtf8Avx2(const uint8_t* in, int32_t& ip, int32_t inEnd, char16_t* out, int32_t& op, int32_t outEnd)
+// Thirty-two bytes at a time, as the AVX-512 kernel does sixty-four
+// (Utf8Avx512.cpp explains the checks), for blocks of ASCII and two-byte
+// sequences.
+void decodeUtf8Avx2(const uint8_t* in, int32_t& inPos, int32_t inEnd, char16_t* out, int32_t& outPos, int32_t outEnd)
 {
+    // Positions in locals: the vector stores may alias anything, and would
+    // otherwise send both through memory on every block.
+    int32_t ip = inPos;
+    int32_t op = outPos;
     const __m256i payloadMask = _mm256_setr_epi8(0x7F, 0x7F, 0x7F, 0x7F, 0x7F, 0x7F, 0x7F, 0x7F, 0x3F, 0x3F, 0x3F, 0x3F,
                                                  0x1F, 0x1F, 0x0F, 0x07, 0x7F, 0x7F, 0x7F, 0x7F, 0x7F, 0x7F, 0x7F, 0x7F,
                                                  0x3F, 0x3F, 0x3F, 0x3F, 0x1F, 0x1F, 0x0F, 0x07);
@@ -123,56 +108,42 @@ void decodeUtf8Avx2(const uint8_t* in, int32_t& ip, int32_t inEnd, char16_t* out
             op += 32;
             continue;
         }
-        const uint64_t cont = inRange(v, 0x80, 0x40);
-        const uint64_t lead2 = inRange(v, 0xC2, 0x1E);
-        const uint64_t lead3 = inRange(v, 0xE0, 0x10);
-        const uint64_t lead4 = inRange(v, 0xF0, 0x05);
-        const uint64_t lead34 = lead3 | lead4;
-        const uint64_t leads = lead2 | lead34;
-        if ((cont | leads) != nonAscii || (((leads << 1) | (lead34 << 2) | (lead4 << 3)) & 0xFFFFFFFFu) != cont) {
-            return;
+        const uint32_t cont = inRange(v, 0x80, 0x40);
+        const uint32_t lead2 = inRange(v, 0xC2, 0x1E);
+        if ((cont | lead2) != nonAscii || (lead2 << 1) != cont) {
+            break;
         }
-        const uint32_t belowA0 = inRange(v, 0x80, 0x20);
-        const uint32_t below90 = inRange(v, 0x80, 0x10);
-        const uint32_t bad = ((equalTo(v, 0xE0) << 1) & belowA0) | ((equalTo(v, 0xED) << 1) & ~belowA0) |
-                             ((equalTo(v, 0xF0) << 1) & below90) | ((equalTo(v, 0xF4) << 1) & ~below90);
-        if ((bad & cont) != 0) {
-            return;
-        }
+        // A sequence running past the block is left out, from its lead on.
         int length = 32;
-        uint64_t keep = 0xFFFFFFFFu;
-        if (((leads >> 31) | (lead34 >> 30) | (lead4 >> 29)) != 0) {
-            length = 31 - static_cast<int>(_lzcnt_u32(static_cast<uint32_t>(leads)));
-            keep = (1ull << length) - 1;
+        uint32_t ends = (~cont >> 1) | 0x80000000u;
+        if ((lead2 >> 31) != 0) {
+            length = 31;
+            ends &= 0x7FFFFFFFu;
         }
-        const uint64_t ends = (((~cont & 0xFFFFFFFFu) >> 1) | (1ull << (length - 1))) & keep;
-        const uint64_t highSurrogates = (lead4 << 2) & keep;
-        const uint32_t emitted = static_cast<uint32_t>(ends | highSurrogates);
-
         const __m256i p = _mm256_and_si256(
             v, _mm256_shuffle_epi8(payloadMask, _mm256_and_si256(_mm256_srli_epi16(v, 4), _mm256_set1_epi8(0x0F))));
-        // The bytes one and two places earlier (zero before the block).
-        const __m256i carried = _mm256_permute2x128_si256(p, p, 0x08);
-        const __m256i p1 = _mm256_alignr_epi8(p, carried, 15);
-        const __m256i p2 = _mm256_alignr_epi8(p, carried, 14);
-        const uint32_t contBefore = static_cast<uint32_t>(cont << 1);
-        const uint32_t lowSurrogates = static_cast<uint32_t>(lead4 << 3);
+        // The byte before each (zero before the block).
+        const __m256i p1 = _mm256_alignr_epi8(p, _mm256_permute2x128_si256(p, p, 0x08), 15);
         for (int half = 0; half < 2; ++half) {
             const int shift = 16 * half;
             auto widen = [half](__m256i x) {
                 return _mm256_cvtepu8_epi16(half == 0 ? _mm256_castsi256_si128(x) : _mm256_extracti128_si256(x, 1));
             };
             const __m256i units =
-                unitsOfHalf(widen(p), widen(p1), widen(p2), static_cast<uint32_t>(cont >> shift), contBefore >> shift,
-                            lowSurrogates >> shift, static_cast<uint32_t>(highSurrogates >> shift));
-            storePacked(units, (emitted >> shift) & 0xFFFF, out, op);
+                _mm256_or_si256(widen(p), _mm256_and_si256(_mm256_slli_epi16(widen(p1), 6), lanesOf16(cont >> shift)));
+            storePacked(units, (ends >> shift) & 0xFFFF, out, op);
         }
         ip += length;
     }
+    inPos = ip;
+    outPos = op;
 }
 
-void encodeUtf8Avx2(const char16_t* in, int32_t& ip, int32_t inEnd, uint8_t* out, int32_t& op, int32_t outEnd)
+void encodeUtf8Avx2(const char16_t* in, int32_t& inPos, int32_t inEnd, uint8_t* out, int32_t& outPos, int32_t outEnd)
 {
+    // Positions in locals, as in decoding.
+    int32_t ip = inPos;
+    int32_t op = outPos;
     auto maskOf = [](__m256i lanes) {
         return static_cast<uint32_t>(
             _mm_movemask_epi8(_mm_packs_epi16(_mm256_castsi256_si128(lanes), _mm256_extracti128_si256(lanes, 1))));
@@ -191,7 +162,7 @@ void encodeUtf8Avx2(const char16_t* in, int32_t& ip, int32_t inEnd, uint8_t* out
         if (_mm256_testz_si256(u, _mm256_set1_epi16(static_cast<short>(0xF800))) == 0) {
             // Three-byte characters and surrogates: the SSE2 loops' blocks
             // for East Asian text and emoji beat a general AVX2 block here.
-            return;
+            break;
         }
         // ASCII and two-byte characters: each unit's two-byte form, or itself
         // where it is ASCII, in its own 16-bit lane, and only the first byte
@@ -217,6 +188,8 @@ void encodeUtf8Avx2(const char16_t* in, int32_t& ip, int32_t inEnd, uint8_t* out
         }
         ip += 16;
     }
+    inPos = ip;
+    outPos = op;
 }
 
 } // namespace qv::text::charset::detail

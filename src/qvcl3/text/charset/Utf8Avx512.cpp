@@ -15,13 +15,6 @@ namespace qv::text::charset::detail {
 
 namespace {
 
-// Bytes in [low, low + count).
-inline uint64_t inRange(__m512i v, int low, int count)
-{
-    return _mm512_cmplt_epu8_mask(_mm512_sub_epi8(v, _mm512_set1_epi8(static_cast<char>(low))),
-                                  _mm512_set1_epi8(static_cast<char>(count)));
-}
-
 // The UTF-16 units of the sequences of one half block (32 bytes, widened to
 // 16 bits: p0 the value bits of each byte, p1 those of the byte before).
 // Each lane ends up holding the unit it stands for when it is the last byte
@@ -51,28 +44,89 @@ inline __m512i longerUnits(__m512i units, __m512i p0, __m512i p1, __m512i p2, ui
     return _mm512_mask_mov_epi16(units, highSurrogate, high);
 }
 
+// Byte indices for vpermb that put, in each 16-bit lane of one half block
+// (32 bytes), the byte `back` places before that lane's own byte into the
+// high half and, when `withOwn`, the lane's own byte into the low half. The
+// first lanes of the lower half reach before the block; callers mask them.
+struct LaneBytes {
+    alignas(64) uint8_t index[64];
+};
+
+constexpr LaneBytes laneBytes(int half, int back, bool withOwn)
+{
+    LaneBytes table{};
+    for (int j = 0; j < 32; ++j) {
+        const int own = 32 * half + j;
+        table.index[2 * j] = static_cast<uint8_t>(withOwn ? own : 0);
+        table.index[2 * j + 1] = static_cast<uint8_t>((own - back) & 63);
+    }
+    return table;
+}
+
+constexpr LaneBytes pairIndex[2] = {laneBytes(0, 1, true), laneBytes(1, 1, true)};
+constexpr LaneBytes thirdLastIndex[2] = {laneBytes(0, 2, false), laneBytes(1, 2, false)};
+
+// The 64-bit byte mask selecting the high byte of each 16-bit lane whose bit
+// is set in lanes (32 lanes).
+inline uint64_t highBytesOf(uint32_t lanes)
+{
+    return _pdep_u64(lanes, 0xAAAAAAAAAAAAAAAAull);
+}
+
 } // namespace
 
-// Sixty-four bytes at a time. A block starts on a sequence boundary, so the
-// checks need nothing from before it: every lead byte must be followed by
+// Sixty-four bytes at a time, read in steps of 60. A block converts the
+// characters that start in its first 60 bytes; they all end inside it, so
+// every check needs nothing beyond it: each lead byte must be followed by
 // exactly its continuation bytes (mask arithmetic on the whole block), the
 // second byte after E0, ED, F0 and F4 must lie in its narrower range, and
-// C0, C1 and F5-FF must not occur. A sequence cut by the end of the block
-// is left to the next block.
-void decodeUtf8Avx512(const uint8_t* in, int32_t& ip, int32_t inEnd, char16_t* out, int32_t& op, int32_t outEnd)
+// C0, C1 and F5-FF must not occur. The next block then begins with up to
+// three continuation bytes that this one has checked and converted. The
+// fixed step keeps the next load independent of this block's contents (a
+// step to the last sequence boundary would make every load wait for the
+// previous block's classification, or for a branch on it that East Asian
+// text, two blocks in three ending inside a sequence, keeps mispredicting).
+void decodeUtf8Avx512(const uint8_t* in, int32_t& inPos, int32_t inEnd, char16_t* out, int32_t& outPos, int32_t outEnd)
 {
-    // Value bits by high nibble: ASCII 7, continuation 6, leads 5, 4 and 3.
-    const __m512i payloadMask = _mm512_broadcast_i32x4(
-        _mm_setr_epi8(0x7F, 0x7F, 0x7F, 0x7F, 0x7F, 0x7F, 0x7F, 0x7F, 0x3F, 0x3F, 0x3F, 0x3F, 0x1F, 0x1F, 0x0F, 0x07));
-    const __m512i lowNibble = _mm512_set1_epi8(0x0F);
-    // Lane k of each half takes lane k - 1 (k - 2) of the bytes widened
-    // together; for the upper half, indices below 32 reach into the lower one.
+    // Positions in locals: the vector stores may alias anything, and would
+    // otherwise send both through memory on every block.
+    int32_t ip = inPos;
+    int32_t op = outPos;
+    // Value bits by the top six bits of a byte: ASCII 7, continuation 6,
+    // leads 5, 4 and 3 (F8-FF never get this far).
+    alignas(64) static const uint8_t payloadByTop6[64] = {
+        0x7F, 0x7F, 0x7F, 0x7F, 0x7F, 0x7F, 0x7F, 0x7F, 0x7F, 0x7F, 0x7F, 0x7F, 0x7F, 0x7F, 0x7F, 0x7F,
+        0x7F, 0x7F, 0x7F, 0x7F, 0x7F, 0x7F, 0x7F, 0x7F, 0x7F, 0x7F, 0x7F, 0x7F, 0x7F, 0x7F, 0x7F, 0x7F,
+        0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F,
+        0x1F, 0x1F, 0x1F, 0x1F, 0x1F, 0x1F, 0x1F, 0x1F, 0x0F, 0x0F, 0x0F, 0x0F, 0x07, 0x07, 0x07, 0x07};
+    const __m512i payloadMask = _mm512_load_si512(payloadByTop6);
+    const __m512i pairs[2] = {_mm512_load_si512(pairIndex[0].index), _mm512_load_si512(pairIndex[1].index)};
+    const __m512i thirdLast[2] = {_mm512_load_si512(thirdLastIndex[0].index),
+                                  _mm512_load_si512(thirdLastIndex[1].index)};
+    // vpmaddubsw weights: the low byte counts once, the high byte 64 times.
+    const __m512i lowPlusHighTimes64 = _mm512_set1_epi16(0x4001);
+    // For the blocks with four-byte sequences: lane k of each half takes lane
+    // k - 1 (k - 2) of the bytes widened together; for the upper half,
+    // indices below 32 reach into the lower one.
     const __m512i lane = _mm512_set_epi16(31, 30, 29, 28, 27, 26, 25, 24, 23, 22, 21, 20, 19, 18, 17, 16, 15, 14, 13,
                                           12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0);
     const __m512i before1 = _mm512_sub_epi16(lane, _mm512_set1_epi16(1));
     const __m512i before2 = _mm512_sub_epi16(lane, _mm512_set1_epi16(2));
     const __m512i across1 = _mm512_add_epi16(lane, _mm512_set1_epi16(31));
     const __m512i across2 = _mm512_add_epi16(lane, _mm512_set1_epi16(30));
+    auto atLeast = [](__m512i v, int b) { return _mm512_cmpge_epu8_mask(v, _mm512_set1_epi8(static_cast<char>(b))); };
+    auto is = [](__m512i v, int b) { return _mm512_cmpeq_epi8_mask(v, _mm512_set1_epi8(static_cast<char>(b))); };
+    // All ones while the continuation bytes at ip belong to characters the
+    // block before converted: never on the first block, nor after an ASCII
+    // one, where such bytes are strays for the checks to find.
+    uint64_t carried = 0;
+    auto finish = [&]() {
+        while (carried != 0 && (in[ip] & 0xC0) == 0x80) {
+            ++ip;
+        }
+        inPos = ip;
+        outPos = op;
+    };
     while (inEnd - ip >= 64 && outEnd - op >= 64) {
         const __m512i v = _mm512_loadu_si512(in + ip);
         const uint64_t nonAscii = _mm512_movepi8_mask(v);
@@ -81,62 +135,93 @@ void decodeUtf8Avx512(const uint8_t* in, int32_t& ip, int32_t inEnd, char16_t* o
             _mm512_storeu_si512(out + op + 32, _mm512_cvtepu8_epi16(_mm512_extracti64x4_epi64(v, 1)));
             ip += 64;
             op += 64;
+            carried = 0;
             continue;
         }
-        const uint64_t cont = inRange(v, 0x80, 0x40);
-        const uint64_t lead2 = inRange(v, 0xC2, 0x1E);
-        const uint64_t lead3 = inRange(v, 0xE0, 0x10);
-        const uint64_t lead4 = inRange(v, 0xF0, 0x05);
-        const uint64_t lead34 = lead3 | lead4;
-        const uint64_t leads = lead2 | lead34;
-        if ((cont | leads) != nonAscii || ((leads << 1) | (lead34 << 2) | (lead4 << 3)) != cont) {
+        // Once C0, C1 and F5-FF are ruled out, every byte from C0 up is a
+        // lead and every other byte above 7F a continuation.
+        const uint64_t leads = atLeast(v, 0xC0);
+        const uint64_t lead34 = atLeast(v, 0xE0);
+        const uint64_t lead4 = atLeast(v, 0xF0);
+        const uint64_t cont = nonAscii & ~leads;
+        const uint64_t converted = cont & ~(cont + 1) & carried;
+        if (((leads & ~atLeast(v, 0xC2)) | atLeast(v, 0xF5)) != 0 ||
+            ((leads << 1) | (lead34 << 2) | (lead4 << 3)) != (cont & ~converted)) {
+            finish();
             return;
         }
-        const uint64_t belowA0 = _mm512_cmplt_epu8_mask(v, _mm512_set1_epi8(static_cast<char>(0xA0)));
-        const uint64_t below90 = _mm512_cmplt_epu8_mask(v, _mm512_set1_epi8(static_cast<char>(0x90)));
-        auto is = [&v](int b) { return _mm512_cmpeq_epi8_mask(v, _mm512_set1_epi8(static_cast<char>(b))); };
-        const uint64_t bad = ((is(0xE0) << 1) & belowA0) | ((is(0xED) << 1) & ~belowA0) | ((is(0xF0) << 1) & below90) |
-                             ((is(0xF4) << 1) & ~below90);
-        if (bad != 0) {
-            return;
+        if (lead34 != 0) {
+            const uint64_t belowA0 = _mm512_cmplt_epu8_mask(v, _mm512_set1_epi8(static_cast<char>(0xA0)));
+            uint64_t bad = ((is(v, 0xE0) << 1) & belowA0) | ((is(v, 0xED) << 1) & ~belowA0);
+            if (lead4 != 0) {
+                const uint64_t below90 = _mm512_cmplt_epu8_mask(v, _mm512_set1_epi8(static_cast<char>(0x90)));
+                bad |= ((is(v, 0xF0) << 1) & below90) | ((is(v, 0xF4) << 1) & ~below90);
+            }
+            if (bad != 0) {
+                finish();
+                return;
+            }
         }
-        // A sequence running past the block is left out, from its lead on.
-        int length = 64;
-        uint64_t keep = ~0ull;
-        if (((leads >> 63) | (lead34 >> 62) | (lead4 >> 61)) != 0) {
-            length = 63 - static_cast<int>(_lzcnt_u64(leads));
-            keep = (1ull << length) - 1;
+        // The characters starting before byte 60: up to the first start at
+        // 60 or later (there is one, or the checks above had failed), and
+        // after the continuation bytes the block before converted.
+        const uint64_t starts = ~cont;
+        const unsigned next = 60 + static_cast<unsigned>(_tzcnt_u64(starts >> 60));
+        const uint64_t keep = _bzhi_u64(~0ull, next) & ~converted;
+        const uint64_t ends = (starts >> 1) & keep;
+        const __m512i p = _mm512_and_si512(v, _mm512_permutexvar_epi8(_mm512_srli_epi16(v, 2), payloadMask));
+        if (lead4 == 0) {
+            // Each 16-bit lane gets its byte's value bits plus, when the byte
+            // is a continuation, 64 times those of the byte before (and 4096
+            // times those two before, when that is one too): the lanes that
+            // end a sequence then hold its unit.
+            const uint64_t contTwice = cont & (cont << 1);
+            for (int half = 0; half < 2; ++half) {
+                const uint32_t contLanes = static_cast<uint32_t>(cont >> (32 * half));
+                const __m512i pair =
+                    _mm512_maskz_permutexvar_epi8(0x5555555555555555ull | highBytesOf(contLanes), pairs[half], p);
+                __m512i units = _mm512_maddubs_epi16(pair, lowPlusHighTimes64);
+                if (lead34 != 0) {
+                    const uint32_t contTwiceLanes = static_cast<uint32_t>(contTwice >> (32 * half));
+                    const __m512i third =
+                        _mm512_maskz_permutexvar_epi8(highBytesOf(contTwiceLanes), thirdLast[half], p);
+                    units = _mm512_or_si512(units, _mm512_slli_epi16(third, 4));
+                }
+                const uint32_t emitted = static_cast<uint32_t>(ends >> (32 * half));
+                _mm512_storeu_si512(out + op, _mm512_maskz_compress_epi16(emitted, units));
+                op += static_cast<int32_t>(_mm_popcnt_u32(emitted));
+            }
+            ip += 60;
+            carried = ~0ull;
+            continue;
         }
-        const uint64_t ends = ((~cont >> 1) | (1ull << (length - 1))) & keep;
         const uint64_t highSurrogates = (lead4 << 2) & keep;
         const uint64_t emitted = ends | highSurrogates;
-
-        const __m512i p =
-            _mm512_and_si512(v, _mm512_shuffle_epi8(payloadMask, _mm512_and_si512(_mm512_srli_epi16(v, 4), lowNibble)));
         const __m512i p0Low = _mm512_cvtepu8_epi16(_mm512_castsi512_si256(p));
         const __m512i p0High = _mm512_cvtepu8_epi16(_mm512_extracti64x4_epi64(p, 1));
         const __m512i p1Low = _mm512_maskz_permutexvar_epi16(~1u, before1, p0Low);
         const __m512i p1High = _mm512_permutex2var_epi16(p0Low, across1, p0High);
-        __m512i low = twoByteUnits(p0Low, p1Low, static_cast<uint32_t>(cont));
-        __m512i high = twoByteUnits(p0High, p1High, static_cast<uint32_t>(cont >> 32));
-        if (lead34 != 0) {
-            const __m512i p2Low = _mm512_maskz_permutexvar_epi16(~3u, before2, p0Low);
-            const __m512i p2High = _mm512_permutex2var_epi16(p0Low, across2, p0High);
-            const uint64_t contTwice = cont & (cont << 1);
-            const uint64_t lowSurrogates = lead4 << 3;
-            low = longerUnits(low, p0Low, p1Low, p2Low, static_cast<uint32_t>(contTwice),
-                              static_cast<uint32_t>(lowSurrogates), static_cast<uint32_t>(highSurrogates));
-            high = longerUnits(high, p0High, p1High, p2High, static_cast<uint32_t>(contTwice >> 32),
-                               static_cast<uint32_t>(lowSurrogates >> 32), static_cast<uint32_t>(highSurrogates >> 32));
-        }
+        const __m512i p2Low = _mm512_maskz_permutexvar_epi16(~3u, before2, p0Low);
+        const __m512i p2High = _mm512_permutex2var_epi16(p0Low, across2, p0High);
+        const uint64_t contTwice = cont & (cont << 1);
+        const uint64_t lowSurrogates = lead4 << 3;
+        const __m512i low = longerUnits(twoByteUnits(p0Low, p1Low, static_cast<uint32_t>(cont)), p0Low, p1Low, p2Low,
+                                        static_cast<uint32_t>(contTwice), static_cast<uint32_t>(lowSurrogates),
+                                        static_cast<uint32_t>(highSurrogates));
+        const __m512i high =
+            longerUnits(twoByteUnits(p0High, p1High, static_cast<uint32_t>(cont >> 32)), p0High, p1High, p2High,
+                        static_cast<uint32_t>(contTwice >> 32), static_cast<uint32_t>(lowSurrogates >> 32),
+                        static_cast<uint32_t>(highSurrogates >> 32));
         const uint32_t emittedLow = static_cast<uint32_t>(emitted);
         const uint32_t emittedHigh = static_cast<uint32_t>(emitted >> 32);
         _mm512_storeu_si512(out + op, _mm512_maskz_compress_epi16(emittedLow, low));
         op += static_cast<int32_t>(_mm_popcnt_u32(emittedLow));
         _mm512_storeu_si512(out + op, _mm512_maskz_compress_epi16(emittedHigh, high));
         op += static_cast<int32_t>(_mm_popcnt_u32(emittedHigh));
-        ip += length;
+        ip += 60;
+        carried = ~0ull;
     }
+    finish();
 }
 
 // Thirty-two units at a time. Every unit becomes the UTF-8 bytes of its
@@ -144,10 +229,16 @@ void decodeUtf8Avx512(const uint8_t* in, int32_t& ip, int32_t inEnd, char16_t* o
 // surrogate none), and the bytes that count are packed together. A block
 // with a lone surrogate is left to the careful step; a pair cut by the end
 // of the block is left to the next block.
-void encodeUtf8Avx512(const char16_t* in, int32_t& ip, int32_t inEnd, uint8_t* out, int32_t& op, int32_t outEnd)
+void encodeUtf8Avx512(const char16_t* in, int32_t& inPos, int32_t inEnd, uint8_t* out, int32_t& outPos, int32_t outEnd)
 {
+    // Positions in locals, as in decoding.
+    int32_t ip = inPos;
+    int32_t op = outPos;
     const __m512i next = _mm512_set_epi16(31, 31, 30, 29, 28, 27, 26, 25, 24, 23, 22, 21, 20, 19, 18, 17, 16, 15, 14,
                                           13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1);
+    // vpmultishiftqb bit offsets of the four bytes of both 32-bit lanes of
+    // each quadword.
+    const __m512i groupStarts = _mm512_set1_epi64(0x20262C3200060C12);
     while (inEnd - ip >= 32 && outEnd - op >= 128) {
         const __m512i u = _mm512_loadu_si512(in + ip);
         const uint32_t ascii = _mm512_cmplt_epu16_mask(u, _mm512_set1_epi16(0x80));
@@ -176,54 +267,64 @@ void encodeUtf8Avx512(const char16_t* in, int32_t& ip, int32_t inEnd, uint8_t* o
         uint32_t highs = _mm512_cmpeq_epi16_mask(tag, _mm512_set1_epi16(static_cast<short>(0xD800)));
         const uint32_t lows = _mm512_cmpeq_epi16_mask(tag, _mm512_set1_epi16(static_cast<short>(0xDC00)));
         if ((highs << 1) != lows) {
-            return;
+            break;
         }
+        // A pair cut by the end of the block waits for the next one; its
+        // high surrogate, like every low one, writes nothing here. A branch,
+        // not arithmetic: predicted, it lets the next load start before this
+        // block's classification is known.
         int length = 32;
+        uint32_t silent = lows;
         if ((highs >> 31) != 0) {
             length = 31;
             highs &= 0x7FFFFFFFu;
+            silent |= 0x80000000u;
         }
-        const uint32_t keep = length == 32 ? ~0u : 0x7FFFFFFFu;
-        const uint32_t twoByte = below800 & ~ascii & keep;
-        const uint32_t threeByte = ~below800 & ~(highs | lows) & keep;
-        const uint32_t oneByte = ascii & keep;
-        const __m512i following = _mm512_permutexvar_epi16(next, u);
+        const uint32_t twoByte = below800 & ~ascii;
+        const uint32_t threeByte = ~below800 & ~(highs | lows);
+        // Whether a block has pairs is steady in most text, whether each
+        // half has is not: the branch is taken per block.
+        const bool pairs = highs != 0;
+        const __m512i following = pairs ? _mm512_permutexvar_epi16(next, u) : u;
         for (int half = 0; half < 2; ++half) {
             const int shift = 16 * half;
             const __m512i c =
                 _mm512_cvtepu16_epi32(half == 0 ? _mm512_castsi512_si256(u) : _mm512_extracti64x4_epi64(u, 1));
-            const __m512i d = _mm512_cvtepu16_epi32(half == 0 ? _mm512_castsi512_si256(following)
-                                                              : _mm512_extracti64x4_epi64(following, 1));
             const __mmask16 h = static_cast<__mmask16>(highs >> shift);
-            const __mmask16 one = static_cast<__mmask16>(oneByte >> shift);
+            const __mmask16 one = static_cast<__mmask16>(ascii >> shift);
             const __mmask16 two = static_cast<__mmask16>(twoByte >> shift);
             const __mmask16 three = static_cast<__mmask16>(threeByte >> shift);
-            // (high << 10) + low - (0xD800 << 10) - 0xDC00 + 0x10000
-            const __m512i cp = _mm512_mask_mov_epi32(
-                c, h, _mm512_add_epi32(_mm512_slli_epi32(c, 10), _mm512_sub_epi32(d, _mm512_set1_epi32(0x35FDC00))));
-            // The six-bit groups in reverse order, last group in the low byte's
-            // place of a four-byte form; shorter forms shift it down.
-            const __m512i groups = _mm512_or_si512(
-                _mm512_or_si512(_mm512_and_si512(_mm512_slli_epi32(cp, 24), _mm512_set1_epi32(0x3F000000)),
-                                _mm512_and_si512(_mm512_slli_epi32(cp, 10), _mm512_set1_epi32(0x3F0000))),
-                _mm512_or_si512(_mm512_and_si512(_mm512_srli_epi32(cp, 4), _mm512_set1_epi32(0x3F00)),
-                                _mm512_srli_epi32(cp, 18)));
-            __m512i bytes = cp;
-            bytes = _mm512_mask_mov_epi32(bytes, two,
-                                          _mm512_or_si512(_mm512_srli_epi32(groups, 16), _mm512_set1_epi32(0x80C0)));
-            bytes = _mm512_mask_mov_epi32(bytes, three,
-                                          _mm512_or_si512(_mm512_srli_epi32(groups, 8), _mm512_set1_epi32(0x8080E0)));
-            bytes = _mm512_mask_mov_epi32(bytes, h, _mm512_or_si512(groups, _mm512_set1_epi32(0x808080F0)));
-            __m512i used = _mm512_maskz_mov_epi32(one, _mm512_set1_epi32(0xFF));
-            used = _mm512_mask_mov_epi32(used, two, _mm512_set1_epi32(0xFFFF));
-            used = _mm512_mask_mov_epi32(used, three, _mm512_set1_epi32(0xFFFFFF));
-            used = _mm512_mask_mov_epi32(used, h, _mm512_set1_epi32(-1));
-            const uint64_t usedBytes = _mm512_test_epi8_mask(used, used);
+            __m512i cp = c;
+            if (pairs) {
+                const __m512i d = _mm512_cvtepu16_epi32(half == 0 ? _mm512_castsi512_si256(following)
+                                                                  : _mm512_extracti64x4_epi64(following, 1));
+                // (high << 10) + low - (0xD800 << 10) - 0xDC00 + 0x10000
+                cp = _mm512_mask_add_epi32(c, h, _mm512_slli_epi32(c, 10),
+                                           _mm512_sub_epi32(d, _mm512_set1_epi32(0x35FDC00)));
+            }
+            // Every lane's four-byte form, first byte in the low byte: the
+            // value bits from 18, 12, 6 and 0 up (vpmultishiftqb), masked
+            // and tagged. The shorter forms are its last bytes with 60 or 40
+            // added to the first of them (80 | x becomes E0 | x or C0 | x).
+            const __m512i four =
+                _mm512_ternarylogic_epi32(_mm512_multishift_epi64_epi8(groupStarts, cp), _mm512_set1_epi32(0x3F3F3F07),
+                                          _mm512_set1_epi32(static_cast<int>(0x808080F0)), 0xEA);
+            __m512i bytes = _mm512_mask_add_epi32(four, three, _mm512_srli_epi32(four, 8), _mm512_set1_epi32(0x60));
+            bytes = _mm512_mask_add_epi32(bytes, two, _mm512_srli_epi32(four, 16), _mm512_set1_epi32(0x40));
+            bytes = _mm512_mask_mov_epi32(bytes, one, c);
+            // The bytes each lane writes, from the masks alone: the stores
+            // of the next half and block need not wait for the forms.
+            const uint32_t spoken = ~(silent >> shift) & 0xFFFF;
+            const uint64_t usedBytes =
+                _pdep_u64(spoken, 0x1111111111111111ull) | _pdep_u64(spoken & ~one, 0x2222222222222222ull) |
+                _pdep_u64(spoken & ~(one | two), 0x4444444444444444ull) | _pdep_u64(h, 0x8888888888888888ull);
             _mm512_storeu_si512(out + op, _mm512_maskz_compress_epi8(usedBytes, bytes));
             op += static_cast<int32_t>(_mm_popcnt_u64(usedBytes));
         }
         ip += length;
     }
+    inPos = ip;
+    outPos = op;
 }
 
 } // namespace qv::text::charset::detail

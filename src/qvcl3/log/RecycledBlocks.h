@@ -1,0 +1,177 @@
+#ifndef QV_LOG_RECYCLEDBLOCKS_H
+#define QV_LOG_RECYCLEDBLOCKS_H
+
+#include <atomic>
+#include <cstddef>
+#include <mutex>
+#include <new>
+
+namespace qv {
+namespace log {
+
+// Memory blocks of one size, recycled across threads. Made for objects that
+// one thread creates and another destroys (log entries built by a caller and
+// dropped by a queue's worker): handed to the general allocator, every such
+// block would go back to the creator's arena under its lock, and the creator
+// would take every new one from there under the same lock.
+//
+// Each thread keeps a short list of free blocks. A thread that frees more
+// than it allocates passes them on in batches of BATCH through a shared
+// stack; a thread whose list is empty takes a whole batch from there, so the
+// shared lock is taken once per BATCH blocks, not once per block. At most
+// MAX_BATCHES batches wait on the stack and fewer than 2 x BATCH blocks on a
+// thread's list; beyond that blocks go back to the general allocator, as they
+// do when a thread ends.
+template <size_t Size>
+class RecycledBlocks {
+public:
+    static constexpr size_t BATCH = 32;
+    static constexpr size_t MAX_BATCHES = 32;
+
+    // A block of Size bytes; std::bad_alloc (or what the new-handler throws)
+    // when one is needed from the general allocator and it has none.
+    static void* allocate()
+    {
+        Local& local = t_local;
+        if (local.head)
+            return local.pop();
+        if (!local.closed && Shared::instance().waiting.load(std::memory_order_relaxed) > 0) {
+            if (Block* batch = Shared::instance().take()) {
+                t_reaper.armed = true;
+                local.head = batch->next;
+                local.count = BATCH - 1;
+                return batch;
+            }
+        }
+        return ::operator new(Size);
+    }
+
+    // Takes back a block from allocate(), from any thread.
+    static void release(void* memory) noexcept
+    {
+        Local& local = t_local;
+        if (local.closed) {
+            ::operator delete(memory);
+            return;
+        }
+        if (local.count == 0)
+            t_reaper.armed = true;
+        Block* block = static_cast<Block*>(memory);
+        block->next = local.head;
+        local.head = block;
+        if (++local.count < 2 * BATCH)
+            return;
+        Block* batch = local.split();
+        if (!Shared::instance().give(batch))
+            freeChain(batch);
+    }
+
+private:
+    struct Block {
+        Block* next;
+        Block* nextBatch;
+    };
+    static_assert(Size >= sizeof(Block), "a block must hold its links");
+
+    // Trivially destructible, so that it stays usable (closed) after the
+    // thread's reaper has run, for blocks freed by later thread-exit code.
+    struct Local {
+        Block* head;
+        size_t count;
+        bool closed;
+
+        void* pop() noexcept
+        {
+            Block* block = head;
+            head = block->next;
+            --count;
+            return block;
+        }
+        // Detaches the first BATCH blocks as one chain.
+        Block* split() noexcept
+        {
+            Block* batch = head;
+            Block* last = batch;
+            for (size_t i = 1; i < BATCH; ++i)
+                last = last->next;
+            head = last->next;
+            last->next = nullptr;
+            count -= BATCH;
+            return batch;
+        }
+    };
+
+    // Hands the thread's blocks on when the thread ends.
+    struct Reaper {
+        bool armed = false;
+        ~Reaper()
+        {
+            Local& local = t_local;
+            while (local.count >= BATCH) {
+                Block* batch = local.split();
+                if (!Shared::instance().give(batch))
+                    freeChain(batch);
+            }
+            freeChain(local.head);
+            local.head = nullptr;
+            local.count = 0;
+            local.closed = true;
+        }
+    };
+
+    struct Shared {
+        std::mutex lock;
+        Block* top = nullptr;
+        std::atomic<size_t> waiting{0};
+
+        // Never destroyed: blocks may come back while the process exits.
+        static Shared& instance() noexcept
+        {
+            alignas(Shared) static unsigned char storage[sizeof(Shared)];
+            static Shared* const shared = new (storage) Shared();
+            return *shared;
+        }
+        bool give(Block* batch) noexcept
+        {
+            std::lock_guard<std::mutex> hold(lock);
+            if (waiting.load(std::memory_order_relaxed) >= MAX_BATCHES)
+                return false;
+            batch->nextBatch = top;
+            top = batch;
+            waiting.fetch_add(1, std::memory_order_relaxed);
+            return true;
+        }
+        Block* take() noexcept
+        {
+            std::lock_guard<std::mutex> hold(lock);
+            Block* batch = top;
+            if (batch) {
+                top = batch->nextBatch;
+                waiting.fetch_sub(1, std::memory_order_relaxed);
+            }
+            return batch;
+        }
+    };
+
+    static void freeChain(Block* block) noexcept
+    {
+        while (block) {
+            Block* next = block->next;
+            ::operator delete(block);
+            block = next;
+        }
+    }
+
+    static thread_local Local t_local;
+    static thread_local Reaper t_reaper;
+};
+
+template <size_t Size>
+thread_local typename RecycledBlocks<Size>::Local RecycledBlocks<Size>::t_local{nullptr, 0, false};
+template <size_t Size>
+thread_local typename RecycledBlocks<Size>::Reaper RecycledBlocks<Size>::t_reaper;
+
+} // namespace log
+} // namespace qv
+
+#endif
