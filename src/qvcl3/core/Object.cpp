@@ -1,5 +1,7 @@
 #include <qv/core/Object.h>
 
+#include "core/ObjectCast.h"
+
 #include <qv/core/Boundary.h>
 #include <qv/core/Class.h>
 #include <qv/core/Exception.h>
@@ -79,7 +81,7 @@ Result Object::CompareTo(const IQVUnknown* other, int* result) const
         return results::POINTER;
     *result = 0;
     return qvcom::guardBoundary([&] {
-        const Object* object = dynamic_cast<const Object*>(other);
+        const Object* object = qvcom::objectOf(other);
         if (object) {
             *result = compareTo(*object);
         } else {

@@ -94,12 +94,23 @@ protected:
 
     uint32_t getKeyHashCode(const IQVUnknown* key) const;
     uint32_t getValueHashCode(const IQVUnknown* value) const;
-    bool keysEqual(const IQVUnknown* a, const IQVUnknown* b) const;
+    // One object is its own equal under the default comparator, which then
+    // calls nothing: a lookup with the very key stored answers without a call.
+    bool keysEqual(const IQVUnknown* a, const IQVUnknown* b) const
+    {
+        return (a == b && m_defaultKeys) || compareKeys(a, b);
+    }
     bool valuesEqual(const IQVUnknown* a, const IQVUnknown* b) const;
 
 private:
+    bool compareKeys(const IQVUnknown* a, const IQVUnknown* b) const;
+
     Reference<const IQVComparator> m_keyComparator;
     Reference<const IQVComparator> m_valueComparator;
+    // True for the default comparator, whose hashing and equality the map
+    // then does itself, with the same calls on the elements.
+    bool m_defaultKeys;
+    bool m_defaultValues;
 };
 
 } // namespace qvcom

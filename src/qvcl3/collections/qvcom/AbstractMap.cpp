@@ -1,6 +1,7 @@
 #include <qv/collections/qvcom/AbstractMap.h>
 #include <qv/collections/qvcom/MapViews.h>
 
+#include "collections/qvcom/DefaultComparison.h"
 #include "collections/qvcom/Elements.h"
 
 #include <qv/core/Boundary.h>
@@ -22,11 +23,14 @@ QV_INTERFACE_CHAIN(Object)
 QV_END_INTERFACE_MAP()
 
 AbstractMap::AbstractMap(const IQVComparator* keys, const IQVComparator* values)
-    : m_keyComparator(keys ? keys : GetDefaultComparator()), m_valueComparator(values ? values : GetDefaultComparator())
+    : m_keyComparator(keys ? keys : GetDefaultComparator()), m_valueComparator(values ? values : GetDefaultComparator()),
+      m_defaultKeys(m_keyComparator.get() == GetDefaultComparator()),
+      m_defaultValues(m_valueComparator.get() == GetDefaultComparator())
 {}
 
 AbstractMap::AbstractMap(const AbstractMap& other)
-    : Object(), Map(), m_keyComparator(other.m_keyComparator), m_valueComparator(other.m_valueComparator)
+    : Object(), Map(), m_keyComparator(other.m_keyComparator), m_valueComparator(other.m_valueComparator),
+      m_defaultKeys(other.m_defaultKeys), m_defaultValues(other.m_defaultValues)
 {}
 
 AbstractMap::~AbstractMap() = default;
@@ -34,28 +38,28 @@ AbstractMap::~AbstractMap() = default;
 uint32_t AbstractMap::getKeyHashCode(const IQVUnknown* key) const
 {
     uint32_t hash = 0;
-    throwIfFailed(m_keyComparator->HashCode(key, &hash));
+    throwIfFailed(m_defaultKeys ? defaultHashCode(key, &hash) : m_keyComparator->HashCode(key, &hash));
     return hash;
 }
 
 uint32_t AbstractMap::getValueHashCode(const IQVUnknown* value) const
 {
     uint32_t hash = 0;
-    throwIfFailed(m_valueComparator->HashCode(value, &hash));
+    throwIfFailed(m_defaultValues ? defaultHashCode(value, &hash) : m_valueComparator->HashCode(value, &hash));
     return hash;
 }
 
-bool AbstractMap::keysEqual(const IQVUnknown* a, const IQVUnknown* b) const
+bool AbstractMap::compareKeys(const IQVUnknown* a, const IQVUnknown* b) const
 {
     bool equal = false;
-    throwIfFailed(m_keyComparator->Equals(a, b, &equal));
+    throwIfFailed(m_defaultKeys ? defaultEquals(a, b, &equal) : m_keyComparator->Equals(a, b, &equal));
     return equal;
 }
 
 bool AbstractMap::valuesEqual(const IQVUnknown* a, const IQVUnknown* b) const
 {
     bool equal = false;
-    throwIfFailed(m_valueComparator->Equals(a, b, &equal));
+    throwIfFailed(m_defaultValues ? defaultEquals(a, b, &equal) : m_valueComparator->Equals(a, b, &equal));
     return equal;
 }
 

@@ -1,4 +1,5 @@
 #include "collections/qvcom/Elements.h"
+#include "core/ObjectCast.h"
 
 #include <qv/core/Boundary.h>
 #include <qv/core/Exception.h>
@@ -9,6 +10,8 @@
 namespace qv {
 namespace collections {
 namespace qvcom {
+
+using ::qv::qvcom::ComparableFace;
 
 using ::qv::qvcom::throwIfFailed;
 
@@ -162,8 +165,8 @@ int orderOf(const IQVUnknown* a, const IQVUnknown* b)
 {
     if (!a || !b)
         return orderOfAddresses(a, b);
-    Reference<IQVComparable> comparable;
-    if (const_cast<IQVUnknown*>(a)->QueryInterface(IQVComparable::iid, comparable.putVoid()) >= 0 && comparable) {
+    ComparableFace comparable(a);
+    if (comparable) {
         int order = 0;
         throwIfFailed(comparable->CompareTo(b, &order));
         if (order != 0)

@@ -1,6 +1,7 @@
 #include <qv/collections/qvcom/HashMap.h>
 
 #include "collections/qvcom/Elements.h"
+#include "core/ObjectCast.h"
 
 #include <qv/core/Boundary.h>
 #include <qv/core/Exception.h>
@@ -10,6 +11,8 @@
 namespace qv {
 namespace collections {
 namespace qvcom {
+
+using ::qv::qvcom::ComparableFace;
 
 QV_BEGIN_INTERFACE_MAP(HashMapEntry)
 QV_INTERFACE_ENTRY(HashMapEntry, MapEntry)
@@ -95,8 +98,8 @@ int compareComparable(const IQVUnknown* a, const IQVUnknown* b) noexcept
     if (!a || !b || typeid(*a) != typeid(*b))
         return HashTable::KeyOrder::UNORDERED;
     try {
-        Reference<IQVComparable> comparable;
-        if (const_cast<IQVUnknown*>(a)->QueryInterface(IQVComparable::iid, comparable.putVoid()) < 0 || !comparable)
+        ComparableFace comparable(a);
+        if (!comparable)
             return HashTable::KeyOrder::UNORDERED;
         int order = 0;
         if (comparable->CompareTo(b, &order) < 0)

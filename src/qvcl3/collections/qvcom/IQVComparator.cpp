@@ -1,5 +1,8 @@
 #include <qv/collections/qvcom/IQVComparator.h>
 
+#include "collections/qvcom/DefaultComparison.h"
+#include "core/ObjectCast.h"
+
 #include <qv/core/Boundary.h>
 #include <qv/core/Reference.h>
 #include <qv/lang/String.h>
@@ -10,9 +13,8 @@ namespace qv {
 namespace collections {
 namespace qvcom {
 
-namespace {
+using ::qv::qvcom::ComparableFace;
 
-// The object's identity: its IQVUnknown face as QueryInterface gives it.
 const void* identityOf(const IQVUnknown* element) noexcept
 {
     void* unknown = nullptr;
@@ -22,12 +24,7 @@ const void* identityOf(const IQVUnknown* element) noexcept
     return unknown;
 }
 
-Reference<IQVComparable> comparableOf(const IQVUnknown* element) noexcept
-{
-    Reference<IQVComparable> comparable;
-    const_cast<IQVUnknown*>(element)->QueryInterface(IQVComparable::iid, comparable.putVoid());
-    return comparable;
-}
+namespace {
 
 const String* stringOf(const IQVUnknown* element)
 {
@@ -60,34 +57,14 @@ Result DefaultComparator::HashCode(const IQVUnknown* element, uint32_t* result) 
 {
     if (!result)
         return results::POINTER;
-    *result = 0;
-    if (!element)
-        return results::OK;
-    Reference<IQVComparable> comparable = comparableOf(element);
-    if (comparable)
-        return comparable->HashCode(result);
-    *result = static_cast<uint32_t>(reinterpret_cast<uintptr_t>(identityOf(element)));
-    return results::OK;
+    return defaultHashCode(element, result);
 }
 
 Result DefaultComparator::Equals(const IQVUnknown* a, const IQVUnknown* b, bool* result) const
 {
     if (!result)
         return results::POINTER;
-    *result = a == b;
-    if (a == b || !a || !b)
-        return results::OK;
-    Reference<IQVComparable> comparable = comparableOf(a);
-    if (comparable) {
-        int order = 0;
-        const Result code = comparable->CompareTo(b, &order);
-        if (code < 0)
-            return code;
-        *result = order == 0;
-        return results::OK;
-    }
-    *result = identityOf(a) == identityOf(b);
-    return results::OK;
+    return defaultEquals(a, b, result);
 }
 
 const IQVComparator* GetDefaultComparator() noexcept
@@ -154,7 +131,7 @@ Result NaturalOrdering::Compare(const IQVUnknown* a, const IQVUnknown* b, int32_
         *order = a ? 1 : (b ? -1 : 0);
         return results::OK;
     }
-    Reference<IQVComparable> comparable = comparableOf(a);
+    ComparableFace comparable(a);
     if (!comparable)
         return results::NOINTERFACE;
     int result = 0;

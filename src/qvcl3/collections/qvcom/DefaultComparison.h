@@ -1,0 +1,55 @@
+#ifndef QVCL3_COLLECTIONS_QVCOM_DEFAULTCOMPARISON_H
+#define QVCL3_COLLECTIONS_QVCOM_DEFAULTCOMPARISON_H
+
+#include "core/ObjectCast.h"
+
+#include <qv/core/IQVUnknown.h>
+#include <qv/core/Result.h>
+
+#include <cstdint>
+
+namespace qv {
+namespace collections {
+namespace qvcom {
+
+// The object's identity: its IQVUnknown face as QueryInterface gives it.
+const void* identityOf(const IQVUnknown* element) noexcept;
+
+// What DefaultComparator's HashCode and Equals do, inline so that a map
+// keyed by the default comparator (most are) hashes and compares its keys
+// without two calls through the comparator object on every lookup.
+inline Result defaultHashCode(const IQVUnknown* element, uint32_t* result) noexcept
+{
+    *result = 0;
+    if (!element)
+        return results::OK;
+    ::qv::qvcom::ComparableFace comparable(element);
+    if (comparable)
+        return comparable->HashCode(result);
+    *result = static_cast<uint32_t>(reinterpret_cast<uintptr_t>(identityOf(element)));
+    return results::OK;
+}
+
+inline Result defaultEquals(const IQVUnknown* a, const IQVUnknown* b, bool* result) noexcept
+{
+    *result = a == b;
+    if (a == b || !a || !b)
+        return results::OK;
+    ::qv::qvcom::ComparableFace comparable(a);
+    if (comparable) {
+        int order = 0;
+        const Result code = comparable->CompareTo(b, &order);
+        if (code < 0)
+            return code;
+        *result = order == 0;
+        return results::OK;
+    }
+    *result = identityOf(a) == identityOf(b);
+    return results::OK;
+}
+
+} // namespace qvcom
+} // namespace collections
+} // namespace qv
+
+#endif
