@@ -645,8 +645,7 @@ QVCORE3_API QVRESULT QVTimeFormat(const STRUCT_QV_TIME* time, int32_t part, char
    QVFileWrite without the status call that decides on the guard. A write
    through it to a pipe or socket whose reader has gone raises SIGPIPE. */
 QVCORE3_API QVRESULT QVFileIsPipeOrSocket(int32_t fd, int32_t* result) QVCORE3_NOEXCEPT;
-QVCORE3_API QVRESULT QVFileWriteUnguarded(int32_t fd, const void* data, uint32_t size,
-                                          uint32_t* done) QVCORE3_NOEXCEPT;
+QVCORE3_API QVRESULT QVFileWriteUnguarded(int32_t fd, const void* data, uint32_t size, uint32_t* done) QVCORE3_NOEXCEPT;
 
 /* ---- fault injection (test builds only) ----------------------------------
    Present when the library is built with QVCORE3_FAULT_INJECTION. An armed

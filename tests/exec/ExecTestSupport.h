@@ -65,7 +65,6 @@ private:
     Unlink m_unlink;
 };
 
-
 } // namespace exectest
 
 #endif

@@ -67,7 +67,6 @@ int pipeWith(const std::string& text)
     return fds[0];
 }
 
-
 } // namespace
 
 TEST(StdioInputStream, ReadsALineAtATime)

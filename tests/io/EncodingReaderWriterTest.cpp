@@ -47,7 +47,6 @@ std::u16string readAll(Reader* reader, int32_t readSize)
     return text;
 }
 
-
 // The characters an encoding round-trips, found by asking its converters:
 // a sample of the Basic Multilingual Plane and beyond. Combining marks are
 // left out: CP1255 and CP1258 compose them with the letter before them, so

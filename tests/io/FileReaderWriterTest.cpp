@@ -28,7 +28,6 @@ std::string temporaryPath(const char* name)
     return std::string(tmp ? tmp : "/tmp") + "/qvtextio-" + std::to_string(getpid()) + "-" + name;
 }
 
-
 String pathOf(const std::string& path)
 {
     return String(path.c_str(), -1, u"UTF-8");

@@ -22,8 +22,8 @@
 using namespace qv;
 using namespace qv::io;
 using iotest::messageOf;
-using qvtest::readFile;
 using qvtest::countOpenDescriptors;
+using qvtest::readFile;
 
 namespace {
 
@@ -34,10 +34,7 @@ String wide(const std::string& text)
 
 class FileStreams : public ::testing::Test {
 protected:
-    void SetUp() override
-    {
-        m_descriptors = countOpenDescriptors();
-    }
+    void SetUp() override { m_descriptors = countOpenDescriptors(); }
     void TearDown() override { EXPECT_EQ(countOpenDescriptors(), m_descriptors) << "a descriptor leaked"; }
     std::string path(const char* name) const { return m_files.file(name); }
 

@@ -69,7 +69,8 @@ void AbstractLogWriter::appendValue(const Object* value, std::u16string& to)
     } else if (type == typeid(Integer32)) {
         // The same digits as String::valueOf(long).
         char digits[16];
-        const auto end = std::to_chars(digits, digits + sizeof digits, static_cast<const Integer32*>(value)->getValue());
+        const auto end =
+            std::to_chars(digits, digits + sizeof digits, static_cast<const Integer32*>(value)->getValue());
         to.append(digits, end.ptr);
     } else {
         appendText(value->toString(), to);

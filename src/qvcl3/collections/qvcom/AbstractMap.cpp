@@ -23,7 +23,8 @@ QV_INTERFACE_CHAIN(Object)
 QV_END_INTERFACE_MAP()
 
 AbstractMap::AbstractMap(const IQVComparator* keys, const IQVComparator* values)
-    : m_keyComparator(keys ? keys : GetDefaultComparator()), m_valueComparator(values ? values : GetDefaultComparator()),
+    : m_keyComparator(keys ? keys : GetDefaultComparator()),
+      m_valueComparator(values ? values : GetDefaultComparator()),
       m_defaultKeys(m_keyComparator.get() == GetDefaultComparator()),
       m_defaultValues(m_valueComparator.get() == GetDefaultComparator())
 {}
