@@ -254,6 +254,33 @@ TEST_F(CharsetSimdLevels, DecodingMatchesTheScalarLevelWithAFaultAtEveryPosition
     }
 }
 
+// Every lead of three and four bytes followed by every possible second byte
+// (and good continuation bytes after it) in East Asian text, placed so that
+// the lead falls on each of the last bytes of a block and on the first ones:
+// the range each lead allows for its second byte, tested at both ends.
+TEST_F(CharsetSimdLevels, DecodingMatchesTheScalarLevelForEverySecondByteOfEachLongLead)
+{
+    const Bytes clean = uniformText("\xE4\xB8\xAD", 0, 200);
+    for (int lead = 0xE0; lead <= 0xF4; ++lead) {
+        for (int second = 0; second < 0x100; ++second) {
+            Bytes sequence{static_cast<char>(lead), static_cast<char>(second), '\x80', '\xBF'};
+            sequence.resize(lead < 0xF0 ? 3 : 4);
+            for (size_t at : {0, 1, 2, 57, 58, 59, 60, 61, 62, 63, 64, 117, 118, 119, 120, 121}) {
+                // East Asian text up to the last whole character before
+                // `at`, ASCII up to it, so that only the sequence can be bad.
+                Bytes bytes = clean.substr(0, at - at % 3) + Bytes(at % 3, 'a') + sequence + clean;
+                const int32_t room = static_cast<int32_t>(bytes.size());
+                const auto scalar = convertAt<BTCUTF8, char, char16_t>(SimdLevel::Scalar, bytes, room, 1000, 1000);
+                for (SimdLevel level : m_levels) {
+                    SCOPED_TRACE(testing::Message() << "level " << static_cast<int>(level) << ", lead " << lead
+                                                    << ", second " << second << ", at " << at);
+                    EXPECT_EQ(scalar, (convertAt<BTCUTF8, char, char16_t>(level, bytes, room, 1000, 1000)));
+                }
+            }
+        }
+    }
+}
+
 // Text of each kind with a character of each length, a lone surrogate of
 // either kind or a pair turned round at every position of the first blocks:
 // pairs across every block edge, and every lane holding the fault.

@@ -63,15 +63,24 @@ constexpr LaneBytes laneBytes(int half, int back, bool withOwn)
     return table;
 }
 
-constexpr LaneBytes pairIndex[2] = {laneBytes(0, 1, true), laneBytes(1, 1, true)};
-constexpr LaneBytes thirdLastIndex[2] = {laneBytes(0, 2, false), laneBytes(1, 2, false)};
-
-// The 64-bit byte mask selecting the high byte of each 16-bit lane whose bit
-// is set in lanes (32 lanes).
-inline uint64_t highBytesOf(uint32_t lanes)
+// For vpermi2b over (value bits, value bits of the bytes that a continuation
+// follows): lane j of one half gets its own byte low and, from the second
+// table (indices from 64 up), the byte before it high. That byte is zero
+// there unless the lane's byte continues its sequence, so no per-block mask
+// is needed.
+constexpr LaneBytes ownAndLeadIndex(int half)
 {
-    return _pdep_u64(lanes, 0xAAAAAAAAAAAAAAAAull);
+    LaneBytes table{};
+    for (int j = 0; j < 32; ++j) {
+        const int own = 32 * half + j;
+        table.index[2 * j] = static_cast<uint8_t>(own);
+        table.index[2 * j + 1] = static_cast<uint8_t>(64 + ((own - 1) & 63));
+    }
+    return table;
 }
+
+constexpr LaneBytes pairIndex[2] = {ownAndLeadIndex(0), ownAndLeadIndex(1)};
+constexpr LaneBytes thirdLastIndex[2] = {laneBytes(0, 2, false), laneBytes(1, 2, false)};
 
 } // namespace
 
@@ -100,6 +109,23 @@ void decodeUtf8Avx512(const uint8_t* in, int32_t& inPos, int32_t inEnd, char16_t
         0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F,
         0x1F, 0x1F, 0x1F, 0x1F, 0x1F, 0x1F, 0x1F, 0x1F, 0x0F, 0x0F, 0x0F, 0x0F, 0x07, 0x07, 0x07, 0x07};
     const __m512i payloadMask = _mm512_load_si512(payloadByTop6);
+    // The second byte of a sequence led by E0-FF, by the lead's low six
+    // bits: at least low, at most low + span (E0: A0-BF, ED: 80-9F, F0:
+    // 90-BF, F4: 80-8F; every other lead any continuation byte). Compared
+    // in vectors: the same checks as shifted masks sent every block's masks
+    // through general registers and back, and cost East Asian text a fifth.
+    alignas(64) static const uint8_t secondLowByLead[64] = {
+        0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80,
+        0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80,
+        0xA0, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80,
+        0x90, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80};
+    alignas(64) static const uint8_t secondSpanByLead[64] = {
+        0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F,
+        0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F,
+        0x1F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x1F, 0x3F, 0x3F,
+        0x2F, 0x3F, 0x3F, 0x3F, 0x0F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F};
+    const __m512i secondLow = _mm512_load_si512(secondLowByLead);
+    const __m512i secondSpan = _mm512_load_si512(secondSpanByLead);
     const __m512i pairs[2] = {_mm512_load_si512(pairIndex[0].index), _mm512_load_si512(pairIndex[1].index)};
     const __m512i thirdLast[2] = {_mm512_load_si512(thirdLastIndex[0].index),
                                   _mm512_load_si512(thirdLastIndex[1].index)};
@@ -114,8 +140,14 @@ void decodeUtf8Avx512(const uint8_t* in, int32_t& inPos, int32_t inEnd, char16_t
     const __m512i before2 = _mm512_sub_epi16(lane, _mm512_set1_epi16(2));
     const __m512i across1 = _mm512_add_epi16(lane, _mm512_set1_epi16(31));
     const __m512i across2 = _mm512_add_epi16(lane, _mm512_set1_epi16(30));
-    auto atLeast = [](__m512i v, int b) { return _mm512_cmpge_epu8_mask(v, _mm512_set1_epi8(static_cast<char>(b))); };
-    auto is = [](__m512i v, int b) { return _mm512_cmpeq_epi8_mask(v, _mm512_set1_epi8(static_cast<char>(b))); };
+    // The byte values the checks compare with, made once: built inside the
+    // loop, each cost the compiler two instructions per block.
+    auto byteOf = [](int b) { return _mm512_set1_epi8(static_cast<char>(b)); };
+    const __m512i byteC0 = byteOf(0xC0);
+    const __m512i byteC2 = byteOf(0xC2);
+    const __m512i byteE0 = byteOf(0xE0);
+    const __m512i byteF0 = byteOf(0xF0);
+    const __m512i byteF5 = byteOf(0xF5);
     // All ones while the continuation bytes at ip belong to characters the
     // block before converted: never on the first block, nor after an ASCII
     // one, where such bytes are strays for the checks to find.
@@ -140,27 +172,24 @@ void decodeUtf8Avx512(const uint8_t* in, int32_t& inPos, int32_t inEnd, char16_t
         }
         // Once C0, C1 and F5-FF are ruled out, every byte from C0 up is a
         // lead and every other byte above 7F a continuation.
-        const uint64_t leads = atLeast(v, 0xC0);
-        const uint64_t lead34 = atLeast(v, 0xE0);
-        const uint64_t lead4 = atLeast(v, 0xF0);
+        const uint64_t leads = _mm512_cmpge_epu8_mask(v, byteC0);
+        const uint64_t lead34 = _mm512_cmpge_epu8_mask(v, byteE0);
+        const uint64_t lead4 = _mm512_cmpge_epu8_mask(v, byteF0);
         const uint64_t cont = nonAscii & ~leads;
         const uint64_t converted = cont & ~(cont + 1) & carried;
-        if (((leads & ~atLeast(v, 0xC2)) | atLeast(v, 0xF5)) != 0 ||
+        // The byte after each lead of three or four bytes (byte 63's lies
+        // beyond the block and is not looked at) must lie in the range its
+        // lead allows: next - low, wrapping, at most span. One branch for
+        // every check: each separate one cost East Asian text a tenth.
+        const __m512i after = _mm512_maskz_loadu_epi8(~0ull >> 1, in + ip + 1);
+        const __m512i secondMin = _mm512_permutexvar_epi8(v, secondLow);
+        const __m512i span = _mm512_permutexvar_epi8(v, secondSpan);
+        const uint64_t badSecond =
+            _mm512_mask_cmpgt_epu8_mask(lead34 & (~0ull >> 1), _mm512_sub_epi8(after, secondMin), span);
+        if ((_mm512_mask_cmplt_epu8_mask(leads, v, byteC2) | _mm512_cmpge_epu8_mask(v, byteF5) | badSecond) != 0 ||
             ((leads << 1) | (lead34 << 2) | (lead4 << 3)) != (cont & ~converted)) {
             finish();
             return;
-        }
-        if (lead34 != 0) {
-            const uint64_t belowA0 = _mm512_cmplt_epu8_mask(v, _mm512_set1_epi8(static_cast<char>(0xA0)));
-            uint64_t bad = ((is(v, 0xE0) << 1) & belowA0) | ((is(v, 0xED) << 1) & ~belowA0);
-            if (lead4 != 0) {
-                const uint64_t below90 = _mm512_cmplt_epu8_mask(v, _mm512_set1_epi8(static_cast<char>(0x90)));
-                bad |= ((is(v, 0xF0) << 1) & below90) | ((is(v, 0xF4) << 1) & ~below90);
-            }
-            if (bad != 0) {
-                finish();
-                return;
-            }
         }
         // The characters starting before byte 60: up to the first start at
         // 60 or later (there is one, or the checks above had failed), and
@@ -175,18 +204,18 @@ void decodeUtf8Avx512(const uint8_t* in, int32_t& inPos, int32_t inEnd, char16_t
             // is a continuation, 64 times those of the byte before (and 4096
             // times those two before, when that is one too): the lanes that
             // end a sequence then hold its unit.
-            const uint64_t contTwice = cont & (cont << 1);
+            // The leads' value bits, kept only where a continuation follows
+            // (and, for the lead of three, where two do), so that the
+            // gathers below need no mask of their own per block.
+            const __m512i leadBits = _mm512_maskz_mov_epi8(cont >> 1, p);
+            const __m512i lead3Bits = _mm512_maskz_mov_epi8((cont & (cont >> 1)) >> 1, leadBits);
             for (int half = 0; half < 2; ++half) {
-                const uint32_t contLanes = static_cast<uint32_t>(cont >> (32 * half));
-                const __m512i pair =
-                    _mm512_maskz_permutexvar_epi8(0x5555555555555555ull | highBytesOf(contLanes), pairs[half], p);
+                const __m512i pair = _mm512_permutex2var_epi8(p, pairs[half], leadBits);
                 __m512i units = _mm512_maddubs_epi16(pair, lowPlusHighTimes64);
-                if (lead34 != 0) {
-                    const uint32_t contTwiceLanes = static_cast<uint32_t>(contTwice >> (32 * half));
-                    const __m512i third =
-                        _mm512_maskz_permutexvar_epi8(highBytesOf(contTwiceLanes), thirdLast[half], p);
-                    units = _mm512_or_si512(units, _mm512_slli_epi16(third, 4));
-                }
+                // Not skipped when the block has no lead of three: a branch
+                // here cost East Asian text a tenth.
+                const __m512i third = _mm512_maskz_permutexvar_epi8(0xAAAAAAAAAAAAAAAAull, thirdLast[half], lead3Bits);
+                units = _mm512_or_si512(units, _mm512_slli_epi16(third, 4));
                 const uint32_t emitted = static_cast<uint32_t>(ends >> (32 * half));
                 _mm512_storeu_si512(out + op, _mm512_maskz_compress_epi16(emitted, units));
                 op += static_cast<int32_t>(_mm_popcnt_u32(emitted));
