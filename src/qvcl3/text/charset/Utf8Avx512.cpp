@@ -109,16 +109,19 @@ void decodeUtf8Avx512(const uint8_t* in, int32_t& inPos, int32_t inEnd, char16_t
         0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F,
         0x1F, 0x1F, 0x1F, 0x1F, 0x1F, 0x1F, 0x1F, 0x1F, 0x0F, 0x0F, 0x0F, 0x0F, 0x07, 0x07, 0x07, 0x07};
     const __m512i payloadMask = _mm512_load_si512(payloadByTop6);
-    // The second byte of a sequence led by E0-FF, by the lead's low six
-    // bits: at least low, at most low + span (E0: A0-BF, ED: 80-9F, F0:
-    // 90-BF, F4: 80-8F; every other lead any continuation byte). Compared
-    // in vectors: the same checks as shifted masks sent every block's masks
-    // through general registers and back, and cost East Asian text a fifth.
+    // The byte after a lead (C0-FF), by the lead's low six bits: at least
+    // low, at most low + span, wrapping (E0: A0-BF, ED: 80-9F, F0: 90-BF,
+    // F4: 80-8F; C0, C1 and F5-FF: none of the continuation bytes, which are
+    // all that the structure check lets follow a lead; every other lead any
+    // continuation byte). One table lookup stands for the checks of bad
+    // leads and of narrow second bytes: as compares and shifted masks they
+    // sent every block's masks through general registers and back, and cost
+    // East Asian text a third.
     alignas(64) static const uint8_t secondLowByLead[64] = {
-        0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80,
+        0xC0, 0xC0, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80,
         0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80,
         0xA0, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80,
-        0x90, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80};
+        0x90, 0x80, 0x80, 0x80, 0x80, 0xC0, 0xC0, 0xC0, 0xC0, 0xC0, 0xC0, 0xC0, 0xC0, 0xC0, 0xC0, 0xC0};
     alignas(64) static const uint8_t secondSpanByLead[64] = {
         0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F,
         0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F,
@@ -144,10 +147,8 @@ void decodeUtf8Avx512(const uint8_t* in, int32_t& inPos, int32_t inEnd, char16_t
     // loop, each cost the compiler two instructions per block.
     auto byteOf = [](int b) { return _mm512_set1_epi8(static_cast<char>(b)); };
     const __m512i byteC0 = byteOf(0xC0);
-    const __m512i byteC2 = byteOf(0xC2);
     const __m512i byteE0 = byteOf(0xE0);
     const __m512i byteF0 = byteOf(0xF0);
-    const __m512i byteF5 = byteOf(0xF5);
     // All ones while the continuation bytes at ip belong to characters the
     // block before converted: never on the first block, nor after an ASCII
     // one, where such bytes are strays for the checks to find.
@@ -170,24 +171,23 @@ void decodeUtf8Avx512(const uint8_t* in, int32_t& inPos, int32_t inEnd, char16_t
             carried = 0;
             continue;
         }
-        // Once C0, C1 and F5-FF are ruled out, every byte from C0 up is a
-        // lead and every other byte above 7F a continuation.
+        // Once C0, C1 and F5-FF are ruled out (below), every byte from C0
+        // up is a lead and every other byte above 7F a continuation.
         const uint64_t leads = _mm512_cmpge_epu8_mask(v, byteC0);
         const uint64_t lead34 = _mm512_cmpge_epu8_mask(v, byteE0);
         const uint64_t lead4 = _mm512_cmpge_epu8_mask(v, byteF0);
         const uint64_t cont = nonAscii & ~leads;
         const uint64_t converted = cont & ~(cont + 1) & carried;
-        // The byte after each lead of three or four bytes (byte 63's lies
-        // beyond the block and is not looked at) must lie in the range its
-        // lead allows: next - low, wrapping, at most span. One branch for
-        // every check: each separate one cost East Asian text a tenth.
+        // The byte after each lead must lie in the range the lead allows.
+        // Byte 63's lies beyond the block and is not looked at: a character
+        // starting there is the next block's, which checks it. One branch
+        // for every check: each separate one cost East Asian text a tenth.
         const __m512i after = _mm512_maskz_loadu_epi8(~0ull >> 1, in + ip + 1);
         const __m512i secondMin = _mm512_permutexvar_epi8(v, secondLow);
         const __m512i span = _mm512_permutexvar_epi8(v, secondSpan);
         const uint64_t badSecond =
-            _mm512_mask_cmpgt_epu8_mask(lead34 & (~0ull >> 1), _mm512_sub_epi8(after, secondMin), span);
-        if ((_mm512_mask_cmplt_epu8_mask(leads, v, byteC2) | _mm512_cmpge_epu8_mask(v, byteF5) | badSecond) != 0 ||
-            ((leads << 1) | (lead34 << 2) | (lead4 << 3)) != (cont & ~converted)) {
+            _mm512_mask_cmpgt_epu8_mask(leads & (~0ull >> 1), _mm512_sub_epi8(after, secondMin), span);
+        if (badSecond != 0 || ((leads << 1) | (lead34 << 2) | (lead4 << 3)) != (cont & ~converted)) {
             finish();
             return;
         }
