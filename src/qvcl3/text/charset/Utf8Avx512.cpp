@@ -102,7 +102,8 @@ void decodeUtf8Avx512(const uint8_t* in, int32_t& inPos, int32_t inEnd, char16_t
     int32_t ip = inPos;
     int32_t op = outPos;
     // Value bits by the top six bits of a byte: ASCII 7, continuation 6,
-    // leads 5, 4 and 3 (F8-FF never get this far).
+    // leads 5, 4 and 3 (F8-FF, only ever in a block's last byte, are never
+    // converted).
     alignas(64) static const uint8_t payloadByTop6[64] = {
         0x7F, 0x7F, 0x7F, 0x7F, 0x7F, 0x7F, 0x7F, 0x7F, 0x7F, 0x7F, 0x7F, 0x7F, 0x7F, 0x7F, 0x7F, 0x7F,
         0x7F, 0x7F, 0x7F, 0x7F, 0x7F, 0x7F, 0x7F, 0x7F, 0x7F, 0x7F, 0x7F, 0x7F, 0x7F, 0x7F, 0x7F, 0x7F,
