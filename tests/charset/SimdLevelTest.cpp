@@ -316,6 +316,31 @@ TEST_F(CharsetSimdLevels, EncodingMatchesTheScalarLevelWithACharacterOrAFaultAtE
     }
 }
 
+// Runs of three-byte characters only, with the edge values of the range
+// beside the surrogates, in every phase against the blocks and of every
+// length around them: the halves that are all three-byte and those that
+// are not must both come out as the scalar level writes them.
+TEST_F(CharsetSimdLevels, EncodingMatchesTheScalarLevelOnRunsOfThreeByteCharacters)
+{
+    static const char16_t edges[] = {0x0800, 0x0FFF, 0x1000, 0x4E2D, 0xD7FF, 0xE000, 0xFFFD, 0xFFFF};
+    for (size_t shift = 0; shift < 33; ++shift) {
+        for (size_t length = 0; length < 100; length += 7) {
+            std::u16string text(shift, u'a');
+            for (size_t i = 0; i < length; ++i) {
+                text += edges[(i * 5 + shift) % 8];
+            }
+            text += u"\U0001F600";
+            const int32_t room = static_cast<int32_t>(3 * text.size());
+            const auto scalar = convertAt<CTBUTF8, char16_t, char>(SimdLevel::Scalar, text, room, 1000, 1000);
+            for (SimdLevel level : m_levels) {
+                SCOPED_TRACE(testing::Message()
+                             << "level " << static_cast<int>(level) << ", shift " << shift << ", length " << length);
+                EXPECT_EQ(scalar, (convertAt<CTBUTF8, char16_t, char>(level, text, room, 1000, 1000)));
+            }
+        }
+    }
+}
+
 TEST_F(CharsetSimdLevels, ALevelAboveTheProcessorsIsLoweredAndTheScalarLevelIsAlwaysThere)
 {
     EXPECT_EQ(SimdLevel::Scalar, setUtf8SimdLevel(SimdLevel::Scalar));
