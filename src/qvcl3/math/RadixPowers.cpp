@@ -1,0 +1,61 @@
+#include "RadixPowers.h"
+
+#include <mutex>
+#include <vector>
+
+namespace qv {
+namespace math {
+namespace detail {
+
+namespace {
+
+struct KeptPowers {
+    std::mutex lock;
+    std::vector<std::shared_ptr<const Mag>> powers; // powers[j] = base^(2^j)
+};
+
+KeptPowers& keptPowers(int radix)
+{
+    static KeptPowers table[37];
+    return table[radix];
+}
+
+} // namespace
+
+std::shared_ptr<const Mag> radixPower(int radix, Limb base, size_t j)
+{
+    KeptPowers& kept = keptPowers(radix);
+    std::shared_ptr<const Mag> power;
+    size_t have = 0;
+    {
+        std::lock_guard<std::mutex> guard(kept.lock);
+        if (j < kept.powers.size())
+            return kept.powers[j];
+        if (!kept.powers.empty()) {
+            have = kept.powers.size() - 1;
+            power = kept.powers.back();
+        }
+    }
+    if (!power)
+        power = std::make_shared<const Mag>(magFromU64(base));
+    // Squared outside the lock, so that a long squaring holds up nobody;
+    // two threads may then compute the same power, and the first one's is
+    // kept.
+    while (true) {
+        if (power->size() <= MAX_KEPT_POWER_LIMBS) {
+            std::lock_guard<std::mutex> guard(kept.lock);
+            if (kept.powers.size() == have)
+                kept.powers.push_back(power);
+            else if (have < kept.powers.size())
+                power = kept.powers[have];
+        }
+        if (have == j)
+            return power;
+        power = std::make_shared<const Mag>(magSqr(*power));
+        ++have;
+    }
+}
+
+} // namespace detail
+} // namespace math
+} // namespace qv
