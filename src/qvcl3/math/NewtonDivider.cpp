@@ -143,29 +143,31 @@ void NewtonDivider::keepTransforms()
         m_divisorTransform.reset(new NttOperand(m_divisor.data(), n, n + block + 1));
 }
 
-Mag NewtonDivider::timesInverse(const Mag& zHigh) const
+Mag NewtonDivider::estimateQuotient(const Mag& z, size_t m) const
 {
+    const size_t n = m_divisor.size();
+    const Mag zHigh = magHighLimbs(z, n - 1);
+    // A block shorter than a full one needs fewer limbs of the reciprocal,
+    // but the whole one only makes the estimate closer; with its transform
+    // kept that product is the cheaper one wherever the lengths fit.
     if (m_inverseTransform && m_inverseTransform->fits(zHigh.size())) {
         Mag product = allocMag(zHigh.size() + m_inverse.size());
         m_inverseTransform->multiply(product.data(), zHigh.data(), zHigh.size());
         trim(product);
-        return product;
+        return magHighLimbs(product, m_precision + 1);
     }
-    return magMul(zHigh, m_inverse);
-}
-
-void NewtonDivider::divBlock(const Mag& z, size_t m, Mag& q, Mag& r) const
-{
-    const size_t n = m_divisor.size();
     // q ~ floor(z / B^(n-1)) X / B^(n+1), with X the reciprocal taken to n
     // limbs. Dropping the low limbs of z and of X makes the estimate short
     // by at most a few units: X needs only m + 2 significant limbs.
     size_t cut = m + 1 < n ? n - m - 1 : 0;
     cut = std::max(cut, n - m_precision);
-    const size_t skipped = cut - (n - m_precision);
-    const Mag estimate = skipped == 0 ? timesInverse(magHighLimbs(z, n - 1))
-                                      : magMul(magHighLimbs(z, n - 1), magHighLimbs(m_inverse, skipped));
-    q = magHighLimbs(estimate, n + 1 - cut);
+    return magHighLimbs(magMul(zHigh, magHighLimbs(m_inverse, cut - (n - m_precision))), n + 1 - cut);
+}
+
+void NewtonDivider::divBlock(const Mag& z, size_t m, Mag& q, Mag& r) const
+{
+    const size_t n = m_divisor.size();
+    q = estimateQuotient(z, m);
     Mag product;
     if (m_divisorTransform && m_divisorTransform->fits(q.size())) {
         product = allocMag(q.size() + n);

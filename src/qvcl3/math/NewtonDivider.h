@@ -45,16 +45,17 @@ public:
 private:
     // z < 2 d B^m, m at most the block size: one quotient block.
     void divBlock(const Mag& z, size_t m, Mag& q, Mag& r) const;
-    // zHigh times the whole reciprocal.
-    Mag timesInverse(const Mag& zHigh) const;
+    // A quotient block, never above the true one and short of it by a few
+    // units at most.
+    Mag estimateQuotient(const Mag& z, size_t m) const;
 
     Mag m_divisor;      // shifted left so that its top bit is set
     unsigned m_shift;   // by this many bits
     size_t m_precision; // limbs of the divisor the reciprocal stands for
     Mag m_inverse;      // about B^(2k) / (top k limbs + 1), never above it
     // Set by keepTransforms() where the transform is used: the whole
-    // reciprocal (a full block's estimate), the divisor (a full block's
-    // remainder, where that is cheaper than the wrapped product).
+    // reciprocal (the estimates), the divisor (a full block's remainder,
+    // where that is cheaper than the wrapped product).
     std::unique_ptr<NttOperand> m_inverseTransform;
     std::unique_ptr<NttOperand> m_divisorTransform;
 };

@@ -52,11 +52,11 @@ int log2OfPowerOfTwo(int radix) noexcept
 // table grows.
 class PowerTable {
 public:
-    explicit PowerTable(const BigBase& bb) : m_radix(static_cast<int>(bb.radix)), m_base(bb.base) {}
+    explicit PowerTable(const BigBase& bb) : m_radix(static_cast<int>(bb.radix)) {}
     const Mag& get(size_t j)
     {
         while (m_powers.size() <= j)
-            m_powers.push_back(radixPower(m_radix, m_base, m_powers.size()));
+            m_powers.push_back(radixPower(m_radix, m_powers.size()));
         return *m_powers[j];
     }
 
@@ -104,7 +104,6 @@ public:
 
 private:
     int m_radix;
-    Limb m_base;
     std::vector<std::shared_ptr<const Mag>> m_powers;
     std::vector<std::unique_ptr<NewtonDivider>> m_reciprocals;
     std::vector<std::unique_ptr<NttOperand>> m_transforms;

@@ -22,7 +22,7 @@ KeptPowers& keptPowers(int radix)
 
 } // namespace
 
-std::shared_ptr<const Mag> radixPower(int radix, Limb base, size_t j)
+std::shared_ptr<const Mag> radixPower(int radix, size_t j)
 {
     KeptPowers& kept = keptPowers(radix);
     std::shared_ptr<const Mag> power;
@@ -36,8 +36,13 @@ std::shared_ptr<const Mag> radixPower(int radix, Limb base, size_t j)
             power = kept.powers.back();
         }
     }
-    if (!power)
+    if (!power) {
+        const Limb r = static_cast<Limb>(radix);
+        Limb base = r;
+        while (base <= ~Limb(0) / r)
+            base *= r;
         power = std::make_shared<const Mag>(magFromU64(base));
+    }
     // Squared outside the lock, so that a long squaring holds up nobody;
     // two threads may then compute the same power, and the first one's is
     // kept.

@@ -20,9 +20,9 @@ namespace detail {
 // less than twice that); larger ones are computed for each conversion.
 const size_t MAX_KEPT_POWER_LIMBS = size_t(1) << 16;
 
-// base^(2^j) for radix (2 to 36) and base = radix^k; never null. Safe to
-// call from any thread; the value pointed to never changes.
-std::shared_ptr<const Mag> radixPower(int radix, Limb base, size_t j);
+// base^(2^j) for radix (2 to 36); never null. Safe to call from any
+// thread; the value pointed to never changes.
+std::shared_ptr<const Mag> radixPower(int radix, size_t j);
 
 } // namespace detail
 } // namespace math
