@@ -508,7 +508,8 @@ TEST(RadixConversion, KeptPowersAreTheSquaresAndStayBounded)
 {
     // Kept powers are shared by every conversion, so a wrong one would
     // spoil all of them: each is checked against repeated squaring. Powers
-    // above the bound are computed afresh each time and not kept.
+    // above the bound are computed afresh each time and not kept, so that
+    // one huge conversion does not hold on to its memory.
     Mag expected = magFromU64(12157665459056928801u); // 3^40, the largest power of 3 in a limb
     for (size_t j = 0; j < 12; ++j) {
         std::shared_ptr<const Mag> kept = radixPower(3, j);
@@ -521,15 +522,32 @@ TEST(RadixConversion, KeptPowersAreTheSquaresAndStayBounded)
         ++j;
     EXPECT_NE(radixPower(5, j).get(), radixPower(5, j).get());
     EXPECT_EQ(radixPower(5, j - 1).get(), radixPower(5, j - 1).get());
+    // The same for the dividers by the powers: kept up to their own bound.
+    j = 0;
+    while (radixPower(5, j)->size() <= MAX_KEPT_DIVIDER_LIMBS)
+        ++j;
+    EXPECT_NE(radixPowerDivider(5, j).get(), radixPowerDivider(5, j).get());
+    EXPECT_EQ(radixPowerDivider(5, j - 1).get(), radixPowerDivider(5, j - 1).get());
+    Mag q, r;
+    const Mag x = magAddSmall(magMul(*radixPower(5, j - 1), magFromU64(12345)), 678);
+    radixPowerDivider(5, j - 1)->divMod(x, &q, &r);
+    EXPECT_EQ(q, magFromU64(12345));
+    EXPECT_EQ(r, magFromU64(678));
 }
 
 TEST(RadixConversion, ConcurrentConversionsShareThePowersSafely)
 {
-    // Threads needing the same powers at once, from a table nobody has
-    // filled yet (radix 33 is used by no other test), must all get the
-    // values a single thread gets.
+    // Threads needing the same powers and dividers at once, from tables
+    // nobody has filled yet (radix 33 is used by no other test), must all
+    // get the values a single thread gets. The transform from 24 limbs on
+    // puts the shared dividers to work.
+    ThresholdGuard guard;
+    thresholds().nttMul = thresholds().nttSqr = 24;
     const Mag x = randomMag(700, 0);
-    const std::string expected = magToString(x, 10);
+    // Digit by digit, through nothing the threads share.
+    std::string expected;
+    for (Mag rest = x; !rest.empty();)
+        expected.insert(expected.begin(), "0123456789abcdefghijklmnopqrstuvw"[magDivModSmall(rest, 33, &rest)]);
     std::vector<std::string> texts(4);
     std::vector<Mag> parsed(4);
     std::vector<std::thread> threads;
@@ -544,10 +562,9 @@ TEST(RadixConversion, ConcurrentConversionsShareThePowersSafely)
     for (std::thread& t : threads)
         t.join();
     for (size_t i = 0; i < texts.size(); ++i) {
-        EXPECT_EQ(texts[i], texts[0]);
+        EXPECT_EQ(texts[i], expected);
         EXPECT_EQ(parsed[i], x);
     }
-    EXPECT_EQ(magToString(x, 10), expected);
 }
 
 TEST(Gcd, LehmerStepsAgreeWithTheEuclideanDefinition)

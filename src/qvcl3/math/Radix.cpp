@@ -62,9 +62,10 @@ public:
 
     // x / powers[j]. Every division of one level of a conversion to text
     // has the same divisor, so once its products go through the transform,
-    // one reciprocal per level (with its transform kept) serves them all
-    // and each division costs two products; Burnikel-Ziegler, which cannot
-    // share anything between them, takes over below.
+    // one divider per level (its reciprocal and transforms kept, and shared
+    // with later conversions) serves them all and each division costs two
+    // products; Burnikel-Ziegler, which cannot share anything between them,
+    // takes over below.
     void divMod(const Mag& x, size_t j, Mag* q, Mag* r)
     {
         const Mag& power = get(j);
@@ -73,13 +74,11 @@ public:
             magDivMod(x, power, q, r);
             return;
         }
-        if (m_reciprocals.size() <= j)
-            m_reciprocals.resize(j + 1);
-        if (!m_reciprocals[j]) {
-            m_reciprocals[j].reset(new NewtonDivider(power, power.size()));
-            m_reciprocals[j]->keepTransforms();
-        }
-        m_reciprocals[j]->divMod(x, q, r);
+        if (m_dividers.size() <= j)
+            m_dividers.resize(j + 1);
+        if (!m_dividers[j])
+            m_dividers[j] = radixPowerDivider(m_radix, j);
+        m_dividers[j]->divMod(x, q, r);
     }
 
     // x * powers[j]. Every product of one level of a conversion from text
@@ -105,7 +104,7 @@ public:
 private:
     int m_radix;
     std::vector<std::shared_ptr<const Mag>> m_powers;
-    std::vector<std::unique_ptr<NewtonDivider>> m_reciprocals;
+    std::vector<std::shared_ptr<const NewtonDivider>> m_dividers;
     std::vector<std::unique_ptr<NttOperand>> m_transforms;
 };
 

@@ -11,7 +11,8 @@ namespace {
 
 struct KeptPowers {
     std::mutex lock;
-    std::vector<std::shared_ptr<const Mag>> powers; // powers[j] = base^(2^j)
+    std::vector<std::shared_ptr<const Mag>> powers;             // powers[j] = base^(2^j)
+    std::vector<std::shared_ptr<const NewtonDivider>> dividers; // by powers[j], or null
 };
 
 KeptPowers& keptPowers(int radix)
@@ -59,6 +60,28 @@ std::shared_ptr<const Mag> radixPower(int radix, size_t j)
         power = std::make_shared<const Mag>(magSqr(*power));
         ++have;
     }
+}
+
+std::shared_ptr<const NewtonDivider> radixPowerDivider(int radix, size_t j)
+{
+    KeptPowers& kept = keptPowers(radix);
+    {
+        std::lock_guard<std::mutex> guard(kept.lock);
+        if (j < kept.dividers.size() && kept.dividers[j])
+            return kept.dividers[j];
+    }
+    const std::shared_ptr<const Mag> power = radixPower(radix, j);
+    std::shared_ptr<NewtonDivider> divider = std::make_shared<NewtonDivider>(*power, power->size());
+    divider->keepTransforms();
+    if (power->size() <= MAX_KEPT_DIVIDER_LIMBS) {
+        std::lock_guard<std::mutex> guard(kept.lock);
+        if (kept.dividers.size() <= j)
+            kept.dividers.resize(j + 1);
+        if (kept.dividers[j])
+            return kept.dividers[j];
+        kept.dividers[j] = divider;
+    }
+    return divider;
 }
 
 } // namespace detail

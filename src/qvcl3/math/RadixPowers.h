@@ -2,13 +2,14 @@
 #define QVCL3_MATH_RADIXPOWERS_H
 
 // The powers base^(2^j) that radix conversions split and join numbers at
-// (base: the largest power of the radix that fits a limb). Computing them
-// by squaring costs a tenth to a fifth of a conversion, and every
-// conversion of a similar size needs the same ones, so they are kept for
-// the life of the process, up to a bounded size, and shared between
-// threads.
+// (base: the largest power of the radix that fits a limb), and the
+// dividers by them that conversions to text use. Computing them costs a
+// tenth to a fifth of a conversion, and every conversion of a similar size
+// needs the same ones, so they are kept for the life of the process, up to
+// a bounded size, and shared between threads.
 
 #include "Natural.h"
+#include "NewtonDivider.h"
 
 #include <memory>
 
@@ -20,9 +21,20 @@ namespace detail {
 // less than twice that); larger ones are computed for each conversion.
 const size_t MAX_KEPT_POWER_LIMBS = size_t(1) << 16;
 
+// Dividers by powers of at most this many limbs are kept; with their
+// reciprocal and its transform each takes about five times the power's
+// size.
+const size_t MAX_KEPT_DIVIDER_LIMBS = size_t(1) << 14;
+
 // base^(2^j) for radix (2 to 36); never null. Safe to call from any
 // thread; the value pointed to never changes.
 std::shared_ptr<const Mag> radixPower(int radix, size_t j);
+
+// A divider by radixPower(radix, j), its transforms kept
+// (NewtonDivider::keepTransforms); never null. Kept like the powers where
+// the power is not above MAX_KEPT_DIVIDER_LIMBS, made afresh otherwise.
+// Safe to call from any thread, and divMod of the result as well.
+std::shared_ptr<const NewtonDivider> radixPowerDivider(int radix, size_t j);
 
 } // namespace detail
 } // namespace math
