@@ -507,9 +507,7 @@ TEST(RadixConversion, LevelReciprocalsAndKeptPowersMatchThePlainPath)
 TEST(RadixConversion, KeptPowersAreTheSquaresAndStayBounded)
 {
     // Kept powers are shared by every conversion, so a wrong one would
-    // spoil all of them: each is checked against repeated squaring. Powers
-    // above the bound are computed afresh each time and not kept, so that
-    // one huge conversion does not hold on to its memory.
+    // spoil all of them: each is checked against repeated squaring.
     Mag expected = magFromU64(12157665459056928801u); // 3^40, the largest power of 3 in a limb
     for (size_t j = 0; j < 12; ++j) {
         std::shared_ptr<const Mag> kept = radixPower(3, j);
@@ -517,30 +515,37 @@ TEST(RadixConversion, KeptPowersAreTheSquaresAndStayBounded)
         EXPECT_EQ(radixPower(3, j).get(), kept.get()) << "j = " << j;
         expected = magSqr(expected);
     }
-    size_t j = 0;
-    while (radixPower(5, j)->size() <= MAX_KEPT_POWER_LIMBS)
-        ++j;
-    EXPECT_NE(radixPower(5, j).get(), radixPower(5, j).get());
-    EXPECT_EQ(radixPower(5, j - 1).get(), radixPower(5, j - 1).get());
-    // The same for the dividers by the powers: kept up to their own bound.
-    j = 0;
-    while (radixPower(5, j)->size() <= MAX_KEPT_DIVIDER_LIMBS)
-        ++j;
-    EXPECT_NE(radixPowerDivider(5, j).get(), radixPowerDivider(5, j).get());
-    EXPECT_EQ(radixPowerDivider(5, j - 1).get(), radixPowerDivider(5, j - 1).get());
-    Mag q, r;
-    const Mag x = magAddSmall(magMul(*radixPower(5, j - 1), magFromU64(12345)), 678);
-    radixPowerDivider(5, j - 1)->divMod(x, &q, &r);
-    EXPECT_EQ(q, magFromU64(12345));
-    EXPECT_EQ(r, magFromU64(678));
+    // Powers and dividers above the limits are made afresh each time and
+    // not kept, so that one huge conversion does not hold on to its memory;
+    // conversions then square and divide with their own. The table is
+    // shared with the other tests, so the sizes here (radix 5, 4,000-limb
+    // powers) are beyond those any other test asks for.
+    struct LimitGuard {
+        ~LimitGuard() { keptLimits() = defaultKeptLimits(); }
+    } limitGuard;
+    ThresholdGuard guard;
+    keptLimits() = KeptLimits{40, 20};
+    thresholds().nttMul = thresholds().nttSqr = 12;
+    EXPECT_NE(radixPower(5, 12).get(), radixPower(5, 12).get());
+    EXPECT_NE(radixPowerDivider(5, 12).get(), radixPowerDivider(5, 12).get());
+    EXPECT_EQ(*radixPower(5, 12), magSqr(*radixPower(5, 11)));
+    const Mag x = randomMag(1200, 0);
+    std::string digitByDigit;
+    for (Mag rest = x; !rest.empty();)
+        digitByDigit.insert(digitByDigit.begin(), static_cast<char>('0' + magDivModSmall(rest, 5, &rest)));
+    EXPECT_EQ(magToString(x, 5), digitByDigit);
+    std::vector<unsigned char> digits;
+    for (char c : digitByDigit)
+        digits.push_back(static_cast<unsigned char>(c - '0'));
+    EXPECT_EQ(magFromDigits(digits.data(), digits.size(), 5), x);
 }
 
 TEST(RadixConversion, ConcurrentConversionsShareThePowersSafely)
 {
     // Threads needing the same powers and dividers at once, from tables
-    // nobody has filled yet (radix 33 is used by no other test), must all
-    // get the values a single thread gets. The transform from 24 limbs on
-    // puts the shared dividers to work.
+    // nobody has filled that far yet (other tests use radix 33 for short
+    // numbers only), must all get the values a single thread gets. The
+    // transform from 24 limbs on puts the shared dividers to work.
     ThresholdGuard guard;
     thresholds().nttMul = thresholds().nttSqr = 24;
     const Mag x = randomMag(700, 0);

@@ -48,15 +48,21 @@ int log2OfPowerOfTwo(int radix) noexcept
 }
 
 // powers[j] = base^(2^j), taken from the process-wide table as far as
-// asked. Held here, so that references handed out stay valid while the
-// table grows.
+// asked and it keeps them. Held here, so that references handed out stay
+// valid while the table grows.
 class PowerTable {
 public:
     explicit PowerTable(const BigBase& bb) : m_radix(static_cast<int>(bb.radix)) {}
     const Mag& get(size_t j)
     {
-        while (m_powers.size() <= j)
-            m_powers.push_back(radixPower(m_radix, m_powers.size()));
+        while (m_powers.size() <= j) {
+            // Beyond the kept ones, each power is squared from the last
+            // instead of from the largest kept one again.
+            if (!m_powers.empty() && m_powers.back()->size() > keptLimits().powerLimbs)
+                m_powers.push_back(std::make_shared<const Mag>(magSqr(*m_powers.back())));
+            else
+                m_powers.push_back(radixPower(m_radix, m_powers.size()));
+        }
         return *m_powers[j];
     }
 
@@ -76,6 +82,11 @@ public:
         }
         if (m_dividers.size() <= j)
             m_dividers.resize(j + 1);
+        if (!m_dividers[j] && power.size() > keptLimits().dividerLimbs) {
+            std::shared_ptr<NewtonDivider> divider = std::make_shared<NewtonDivider>(power, power.size());
+            divider->keepTransforms();
+            m_dividers[j] = std::move(divider);
+        }
         if (!m_dividers[j])
             m_dividers[j] = radixPowerDivider(m_radix, j);
         m_dividers[j]->divMod(x, q, r);

@@ -23,6 +23,17 @@ KeptPowers& keptPowers(int radix)
 
 } // namespace
 
+KeptLimits defaultKeptLimits() noexcept
+{
+    return KeptLimits{size_t(1) << 16, size_t(1) << 14};
+}
+
+KeptLimits& keptLimits() noexcept
+{
+    static KeptLimits active = defaultKeptLimits();
+    return active;
+}
+
 std::shared_ptr<const Mag> radixPower(int radix, size_t j)
 {
     KeptPowers& kept = keptPowers(radix);
@@ -48,7 +59,7 @@ std::shared_ptr<const Mag> radixPower(int radix, size_t j)
     // two threads may then compute the same power, and the first one's is
     // kept.
     while (true) {
-        if (power->size() <= MAX_KEPT_POWER_LIMBS) {
+        if (power->size() <= keptLimits().powerLimbs) {
             std::lock_guard<std::mutex> guard(kept.lock);
             if (kept.powers.size() == have)
                 kept.powers.push_back(power);
@@ -73,7 +84,7 @@ std::shared_ptr<const NewtonDivider> radixPowerDivider(int radix, size_t j)
     const std::shared_ptr<const Mag> power = radixPower(radix, j);
     std::shared_ptr<NewtonDivider> divider = std::make_shared<NewtonDivider>(*power, power->size());
     divider->keepTransforms();
-    if (power->size() <= MAX_KEPT_DIVIDER_LIMBS) {
+    if (power->size() <= keptLimits().dividerLimbs) {
         std::lock_guard<std::mutex> guard(kept.lock);
         if (kept.dividers.size() <= j)
             kept.dividers.resize(j + 1);

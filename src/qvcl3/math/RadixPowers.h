@@ -17,14 +17,17 @@ namespace qv {
 namespace math {
 namespace detail {
 
-// Powers of at most this many limbs are kept (all of them together take
-// less than twice that); larger ones are computed for each conversion.
-const size_t MAX_KEPT_POWER_LIMBS = size_t(1) << 16;
-
-// Dividers by powers of at most this many limbs are kept; with their
-// reciprocal and its transform each takes about five times the power's
-// size.
-const size_t MAX_KEPT_DIVIDER_LIMBS = size_t(1) << 14;
+// The largest powers, and powers behind dividers, that are kept (in
+// limbs): all powers together take less than twice the first, the dividers
+// with their reciprocals and transforms about ten times the second. Larger
+// ones are computed for each conversion. Tests lower them to reach that
+// path with small numbers.
+struct KeptLimits {
+    size_t powerLimbs;
+    size_t dividerLimbs;
+};
+KeptLimits& keptLimits() noexcept;
+KeptLimits defaultKeptLimits() noexcept;
 
 // base^(2^j) for radix (2 to 36); never null. Safe to call from any
 // thread; the value pointed to never changes.
@@ -32,7 +35,7 @@ std::shared_ptr<const Mag> radixPower(int radix, size_t j);
 
 // A divider by radixPower(radix, j), its transforms kept
 // (NewtonDivider::keepTransforms); never null. Kept like the powers where
-// the power is not above MAX_KEPT_DIVIDER_LIMBS, made afresh otherwise.
+// the power is not above keptLimits().dividerLimbs, made afresh otherwise.
 // Safe to call from any thread, and divMod of the result as well.
 std::shared_ptr<const NewtonDivider> radixPowerDivider(int radix, size_t j);
 
