@@ -82,13 +82,8 @@ public:
         }
         if (m_dividers.size() <= j)
             m_dividers.resize(j + 1);
-        if (!m_dividers[j] && power.size() > keptLimits().dividerLimbs) {
-            std::shared_ptr<NewtonDivider> divider = std::make_shared<NewtonDivider>(power, power.size());
-            divider->keepTransforms();
-            m_dividers[j] = std::move(divider);
-        }
         if (!m_dividers[j])
-            m_dividers[j] = radixPowerDivider(m_radix, j);
+            m_dividers[j] = radixPowerDivider(m_radix, j, power);
         m_dividers[j]->divMod(x, q, r);
     }
 

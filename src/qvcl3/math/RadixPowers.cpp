@@ -73,18 +73,18 @@ std::shared_ptr<const Mag> radixPower(int radix, size_t j)
     }
 }
 
-std::shared_ptr<const NewtonDivider> radixPowerDivider(int radix, size_t j)
+std::shared_ptr<const NewtonDivider> radixPowerDivider(int radix, size_t j, const Mag& power)
 {
     KeptPowers& kept = keptPowers(radix);
-    {
+    const bool keep = power.size() <= keptLimits().dividerLimbs;
+    if (keep) {
         std::lock_guard<std::mutex> guard(kept.lock);
         if (j < kept.dividers.size() && kept.dividers[j])
             return kept.dividers[j];
     }
-    const std::shared_ptr<const Mag> power = radixPower(radix, j);
-    std::shared_ptr<NewtonDivider> divider = std::make_shared<NewtonDivider>(*power, power->size());
+    std::shared_ptr<NewtonDivider> divider = std::make_shared<NewtonDivider>(power, power.size());
     divider->keepTransforms();
-    if (power->size() <= keptLimits().dividerLimbs) {
+    if (keep) {
         std::lock_guard<std::mutex> guard(kept.lock);
         if (kept.dividers.size() <= j)
             kept.dividers.resize(j + 1);

@@ -33,11 +33,13 @@ KeptLimits defaultKeptLimits() noexcept;
 // thread; the value pointed to never changes.
 std::shared_ptr<const Mag> radixPower(int radix, size_t j);
 
-// A divider by radixPower(radix, j), its transforms kept
-// (NewtonDivider::keepTransforms); never null. Kept like the powers where
-// the power is not above keptLimits().dividerLimbs, made afresh otherwise.
-// Safe to call from any thread, and divMod of the result as well.
-std::shared_ptr<const NewtonDivider> radixPowerDivider(int radix, size_t j);
+// A divider by power, which is radixPower(radix, j) (the caller has it
+// already; beyond the kept powers it would be computed again), its
+// transforms kept (NewtonDivider::keepTransforms); never null. Kept like
+// the powers where the power is not above keptLimits().dividerLimbs, made
+// afresh otherwise. Safe to call from any thread, and divMod of the result
+// as well.
+std::shared_ptr<const NewtonDivider> radixPowerDivider(int radix, size_t j, const Mag& power);
 
 } // namespace detail
 } // namespace math
