@@ -118,10 +118,11 @@ TEST(Multiplication, EveryAlgorithmMatchesSchoolbookAcrossItsBoundaries)
     // happen with operands the schoolbook reference handles quickly.
     const size_t off = defaultThresholds().nttMul;
     const size_t newton = defaultThresholds().newtonDivision;
-    const Thresholds settings[] = {{4, 4, 9, 9, 64, off, off, newton},
-                                   {2, 2, 3, 3, 64, off, off, newton},
-                                   {8, 16, 20, 30, 64, off, off, newton},
-                                   {4, 4, 9, 9, 64, 12, 20, newton},
+    const Thresholds settings[] = {{4, 4, 9, 9, 64, off, off, newton, off, off},
+                                   {2, 2, 3, 3, 64, off, off, newton, 4, 4},
+                                   {8, 16, 20, 30, 64, off, off, newton, 40, 50},
+                                   {4, 4, 9, 9, 64, 12, 20, newton, 10, 10},
+                                   {4, 4, 6, 6, 64, 40, 40, newton, 16, 24},
                                    defaultThresholds()};
     for (const Thresholds& t : settings) {
         thresholds() = t;
@@ -143,6 +144,63 @@ TEST(Multiplication, LargeOperandsGoThroughToomAndStillAgree)
         Mag a = randomMag(n, 0), b = randomMag(n - 7, 2);
         EXPECT_EQ(magMul(a, b), schoolbookProduct(a, b));
         EXPECT_EQ(magSqr(b), schoolbookProduct(b, b));
+    }
+}
+
+TEST(Multiplication, ToomFourAroundItsThresholdAgreesWithSchoolbookAndSquaring)
+{
+    ThresholdGuard guard;
+    // The production crossover, then a low one so that Toom-4 recurses into
+    // itself (pieces above 60 limbs) over Toom-3 and Karatsuba.
+    for (const size_t threshold : {defaultThresholds().toom4Mul, size_t(60)}) {
+        thresholds().toom4Mul = thresholds().toom4Sqr = threshold;
+        std::vector<size_t> lengths = {threshold - 1, threshold, threshold + 1, threshold + 3};
+        if (threshold < defaultThresholds().toom4Mul) {
+            thresholds().toom3Mul = thresholds().toom3Sqr = 40;
+            lengths.push_back(4 * threshold + 5);
+        }
+        int shape = 0;
+        for (const size_t an : lengths) {
+            // bn = 3 ceil(an / 4) + 1 is the shortest operand Toom-4 splits in
+            // four; one limb less goes to Toom-3.
+            const size_t shortest = 3 * ((an + 3) / 4) + 1;
+            for (const size_t bn : {an, an - 1, shortest, shortest - 1}) {
+                for (int round = 0; round < 2; ++round, ++shape) {
+                    Mag a = randomMag(an, shape), b = randomMag(bn, shape + 1);
+                    if (round == 1)
+                        a.assign(an, ~Limb(0)), b.assign(bn, ~Limb(0));
+                    ASSERT_EQ(magMul(a, b), schoolbookProduct(a, b)) << an << " x " << bn << " round " << round;
+                }
+            }
+            // The squaring path against the product of two distinct copies.
+            Mag a = randomMag(an, shape);
+            const Mag copy = a;
+            const Mag square = magSqr(a);
+            ASSERT_EQ(square, magMul(a, copy)) << an << " squared";
+            ASSERT_EQ(square, schoolbookProduct(a, a)) << an << " squared";
+            a.assign(an, ~Limb(0));
+            ASSERT_EQ(magSqr(a), schoolbookProduct(a, a)) << an << " all-ones squared";
+        }
+    }
+}
+
+TEST(Multiplication, TwoRowKernelMatchesOneRowAtATime)
+{
+    // Every length up to two unrolled passes and beyond, odd and even
+    // multiplier lengths (the odd row left for addMul1), all-ones limbs for
+    // the longest carry chains.
+    for (size_t n = 1; n < 12; ++n) {
+        for (int shape = 0; shape < 4; ++shape) {
+            Mag a = randomMag(n, shape), b = randomMag(2, shape + 1), r = randomMag(n + 2, shape + 2);
+            if (shape == 3)
+                a.assign(n, ~Limb(0)), b.assign(2, ~Limb(0)), r.assign(n + 2, ~Limb(0));
+            a.resize(n), b.resize(2), r.resize(n + 2);
+            Mag expected = r;
+            expected[n] = addMul1(expected.data(), a.data(), n, b[0]);
+            expected[n + 1] = addMul1(expected.data() + 1, a.data(), n, b[1]);
+            r[n + 1] = addMul2(r.data(), a.data(), n, b.data());
+            ASSERT_EQ(r, expected) << n << " limbs, shape " << shape;
+        }
     }
 }
 
