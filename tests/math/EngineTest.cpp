@@ -12,7 +12,9 @@
 #include <gtest/gtest.h>
 
 #include <random>
+#include <functional>
 #include <string>
+#include <thread>
 #include <vector>
 
 using namespace qv::math::detail;
@@ -81,6 +83,15 @@ TEST(WideMath, PortableHalvesAgreeWithTheNativeOnes)
         Limb lo1 = mulWide(a, b, hi1), lo2 = portableMulWide(a, b, hi2);
         ASSERT_EQ(lo1, lo2) << a << " * " << b;
         ASSERT_EQ(hi1, hi2) << a << " * " << b;
+        for (Limb carryIn : {Limb(0), Limb(1)}) {
+            Limb c1 = carryIn, c2 = carryIn;
+            ASSERT_EQ(addCarry(a, b, c1), portableAddCarry(a, b, c2)) << a << " + " << b << " + " << carryIn;
+            ASSERT_EQ(c1, c2) << a << " + " << b << " + " << carryIn;
+            c1 = c2 = carryIn;
+            ASSERT_EQ(subBorrow(a, b, c1), portableSubBorrow(a, b, c2)) << a << " - " << b << " - " << carryIn;
+            ASSERT_EQ(c1, c2) << a << " - " << b << " - " << carryIn;
+            ASSERT_EQ(c1, Limb(a < b || (a == b && carryIn))) << a << " - " << b << " - " << carryIn;
+        }
         if (b == 0)
             continue;
         Limb hi = a % b, lo = values[(i * 13 + 5) % values.size()];
@@ -237,6 +248,39 @@ TEST(Multiplication, TransformMatchesSchoolbook)
             }
         }
     }
+}
+
+TEST(Multiplication, ConcurrentTransformsOfGrowingLengthsShareTheTwiddleTables)
+{
+    // Each thread runs through lengths in its own order, so one grows the
+    // kept tables while the other reads them; the last pair takes more
+    // points than are kept and fills its own. The expected products come
+    // from Toom-3 and Toom-4, which use no twiddles.
+    ThresholdGuard guard;
+    thresholds().nttMul = thresholds().nttSqr = ~size_t(0);
+    const size_t lengths[][2] = {{40, 30}, {300, 280}, {1100, 1000}, {3000, 2900}, {9000, 8000}, {30000, 25000}};
+    std::vector<Mag> as, bs, expected;
+    for (const auto& length : lengths) {
+        as.push_back(randomMag(length[0], 0));
+        bs.push_back(randomMag(length[1], 1));
+        expected.push_back(magMul(as.back(), bs.back()));
+    }
+    auto run = [&](bool ascending, int& failures) {
+        for (size_t k = 0; k < as.size(); ++k) {
+            const size_t i = ascending ? k : as.size() - 1 - k;
+            Mag r(as[i].size() + bs[i].size());
+            nttMultiply(r.data(), as[i].data(), as[i].size(), bs[i].data(), bs[i].size());
+            trim(r);
+            failures += r != expected[i];
+        }
+    };
+    int failuresUp = 0, failuresDown = 0;
+    std::thread up(run, true, std::ref(failuresUp));
+    std::thread down(run, false, std::ref(failuresDown));
+    up.join();
+    down.join();
+    EXPECT_EQ(failuresUp, 0);
+    EXPECT_EQ(failuresDown, 0);
 }
 
 TEST(Multiplication, WrappedTransformIsTheProductModuloBaseToTheLengthMinusOne)

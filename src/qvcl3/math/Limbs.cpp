@@ -30,13 +30,8 @@ size_t normalisedLength(const Limb* a, size_t n) noexcept
 Limb addN(Limb* r, const Limb* a, const Limb* b, size_t n) noexcept
 {
     Limb carry = 0;
-    for (size_t i = 0; i < n; ++i) {
-        Limb x = a[i], s = x + b[i];
-        Limb c1 = s < x;
-        Limb t = s + carry;
-        carry = c1 | (t < s);
-        r[i] = t;
-    }
+    for (size_t i = 0; i < n; ++i)
+        r[i] = addCarry(a[i], b[i], carry);
     return carry;
 }
 
@@ -64,14 +59,8 @@ Limb add(Limb* r, const Limb* a, size_t an, const Limb* b, size_t bn) noexcept
 Limb subN(Limb* r, const Limb* a, const Limb* b, size_t n) noexcept
 {
     Limb borrow = 0;
-    for (size_t i = 0; i < n; ++i) {
-        Limb x = a[i], y = b[i];
-        Limb d = x - y;
-        Limb b1 = x < y;
-        Limb t = d - borrow;
-        borrow = b1 | (d < borrow);
-        r[i] = t;
-    }
+    for (size_t i = 0; i < n; ++i)
+        r[i] = subBorrow(a[i], b[i], borrow);
     return borrow;
 }
 

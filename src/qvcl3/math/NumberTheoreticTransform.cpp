@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <mutex>
 
 namespace qv {
 namespace math {
@@ -148,6 +149,63 @@ void invertTwiddles(Limb* tw, const PrimeField& f, size_t n) noexcept
         }
     }
 }
+
+// Twiddle tables are the same for every product of a length (and a table
+// for n points holds those of every shorter length as its prefix), so they
+// are kept per prime and direction up to this many points: 3 MiB in all.
+// Longer transforms fill their own; their cost is small beside them.
+constexpr size_t CACHED_TWIDDLE_POINTS = size_t(1) << 15;
+
+typedef std::shared_ptr<const Limb> TwiddleTable;
+
+std::shared_ptr<Limb> newTable(size_t n)
+{
+    return std::shared_ptr<Limb>(new Limb[2 * n], std::default_delete<Limb[]>());
+}
+
+// The forward and (when asked for) inverse twiddles of transforms of n
+// points (a power of two) modulo field(i). Cached tables only grow and are
+// shared: a product holds the ones it started with while another thread
+// may put longer ones in their place.
+struct Twiddles {
+    TwiddleTable forward, inverse;
+
+    Twiddles(int i, size_t n, bool withInverse)
+    {
+        const PrimeField& f = field(i);
+        if (n > CACHED_TWIDDLE_POINTS) {
+            std::shared_ptr<Limb> table = newTable(n);
+            fillTwiddles(table.get(), f, n);
+            forward = table;
+            if (withInverse) {
+                // Inverting a copy is cheaper than filling another.
+                std::shared_ptr<Limb> copy = newTable(n);
+                std::copy(table.get(), table.get() + 2 * n, copy.get());
+                invertTwiddles(copy.get(), f, n);
+                inverse = copy;
+            }
+            return;
+        }
+        static std::mutex lock;
+        static TwiddleTable tables[3][2];
+        static size_t points[3];
+        std::lock_guard<std::mutex> guard(lock);
+        if (points[i] < n) {
+            // Doubling at least keeps a growing sequence of lengths from
+            // filling every one of them in turn.
+            const size_t length = std::min(std::max(n, 2 * points[i]), CACHED_TWIDDLE_POINTS);
+            std::shared_ptr<Limb> table = newTable(length), inverted = newTable(length);
+            fillTwiddles(table.get(), f, length);
+            std::copy(table.get(), table.get() + 2 * length, inverted.get());
+            invertTwiddles(inverted.get(), f, length);
+            tables[i][0] = table;
+            tables[i][1] = inverted;
+            points[i] = length;
+        }
+        forward = tables[i][0];
+        inverse = tables[i][1];
+    }
+};
 
 // Blocks up to this many limbs (128 KiB) finish all their levels before the
 // next block starts, so they stay in the cache.
@@ -311,22 +369,22 @@ void multiplyPointwise(Limb* ta, const Limb* tb, size_t n, const PrimeField& f) 
         ta[i] = f.mul(f.mul(ta[i], tb[i]), scale);
 }
 
-// The cyclic convolution of a and b modulo one prime, left in ta with each
+// The cyclic convolution of a and b modulo field(i), left in ta with each
 // value below 4p. fixed, when given, is b's transform (b is then unused).
-void convolve(Limb* ta, Limb* tb, Limb* tw, size_t n, const Limb* a, size_t an, const Limb* b, size_t bn,
-              const Limb* fixed, const PrimeField& f) noexcept
+void convolve(Limb* ta, Limb* tb, size_t n, const Limb* a, size_t an, const Limb* b, size_t bn, const Limb* fixed,
+              int i)
 {
+    const PrimeField& f = field(i);
     const bool squaring = !fixed && a == b && an == bn;
-    fillTwiddles(tw, f, n);
+    const Twiddles tw(i, n, true);
     load(ta, n, a, an, f);
-    forward(ta, n, tw, f);
+    forward(ta, n, tw.forward.get(), f);
     if (!squaring && !fixed) {
         load(tb, n, b, bn, f);
-        forward(tb, n, tw, f);
+        forward(tb, n, tw.forward.get(), f);
     }
     multiplyPointwise(ta, fixed ? fixed : squaring ? ta : tb, n, f);
-    invertTwiddles(tw, f, n);
-    inverse(ta, n, tw, f);
+    inverse(ta, n, tw.inverse.get(), f);
 }
 
 // a (an <= 3m limbs) modulo x^(2m) + 1, its coefficients multiplied by
@@ -348,19 +406,20 @@ void loadSplit(Limb* t, Limb* c, size_t m, const Limb* a, size_t an, Limb psi, c
 // from two transforms of lengths 2m and m instead of one of 4m: modulo
 // x^(2m) + 1 it is A, modulo x^m - 1 it is C, and as x^(2m) + 1 = 2 there,
 // the product is A + (x^(2m) + 1) (C - A) / 2. Coefficients below p into
-// out[0, 3m); scratch holds 10m limbs. b's two transforms are the 3m
-// limbs at fixed when given (as transformSplit leaves them).
+// out[0, 3m); scratch holds 6m limbs. b's two transforms are the 3m
+// limbs at fixed when given (as NttOperand leaves them).
 void convolveSplit(Limb* out, Limb* scratch, size_t m, const Limb* a, size_t an, const Limb* b, size_t bn,
-                   const Limb* fixed, const PrimeField& f) noexcept
+                   const Limb* fixed, int i)
 {
+    const PrimeField& f = field(i);
     const bool squaring = !fixed && a == b && an == bn;
     Limb* ta = scratch;
     Limb* ca = ta + 2 * m;
     Limb* tb = ca + m;
     Limb* cb = tb + 2 * m;
-    Limb* tw = cb + m;
+    const Twiddles twiddles(i, 2 * m, true);
+    const Limb* tw = twiddles.forward.get();
     const Limb psi = f.rootOfUnity(4 * m);
-    fillTwiddles(tw, f, 2 * m);
     loadSplit(ta, ca, m, a, an, psi, f);
     forward(ta, 2 * m, tw, f);
     forward(ca, m, tw, f);
@@ -376,9 +435,8 @@ void convolveSplit(Limb* out, Limb* scratch, size_t m, const Limb* a, size_t an,
     }
     multiplyPointwise(ta, fb, 2 * m, f);
     multiplyPointwise(ca, fc, m, f);
-    invertTwiddles(tw, f, 2 * m);
-    inverse(ta, 2 * m, tw, f);
-    inverse(ca, m, tw, f);
+    inverse(ta, 2 * m, twiddles.inverse.get(), f);
+    inverse(ca, m, twiddles.inverse.get(), f);
 
     const Limb psiInverse = f.power(psi, 4 * m - 1);
     Limb untwist = f.toMontgomery(1);
@@ -422,18 +480,18 @@ void convolveAndRebuild(Limb* r, size_t limbs, size_t n, size_t coefficients, co
                         size_t bn, const Limb* fixed, Limb carry[2])
 {
     // Three residue vectors and the scratch of the transforms (the second
-    // operand's and the twiddle pairs); all written before they are read.
+    // operand's); all written before they are read.
     const bool split = (n & (n - 1)) != 0;
-    std::unique_ptr<Limb[]> buffer(new Limb[split ? 3 * n + 10 * (n / 3) : 6 * n]);
+    std::unique_ptr<Limb[]> buffer(new Limb[split ? 3 * n + 6 * (n / 3) : 4 * n]);
     Limb* residues[3] = {buffer.get(), buffer.get() + n, buffer.get() + 2 * n};
     Limb* scratch = buffer.get() + 3 * n;
     for (int i = 0; i < 3; ++i) {
         const PrimeField& f = field(i);
         if (split) {
-            convolveSplit(residues[i], scratch, n / 3, a, an, b, bn, fixed ? fixed + i * n : nullptr, f);
+            convolveSplit(residues[i], scratch, n / 3, a, an, b, bn, fixed ? fixed + i * n : nullptr, i);
             continue;
         }
-        convolve(residues[i], scratch, scratch + n, n, a, an, b, bn, fixed ? fixed + i * n : nullptr, f);
+        convolve(residues[i], scratch, n, a, an, b, bn, fixed ? fixed + i * n : nullptr, i);
         for (size_t j = 0; j < coefficients; ++j)
             residues[i][j] = f.reduceTwice(f.reduceFourTimes(residues[i][j]));
     }
@@ -516,19 +574,18 @@ NttOperand::NttOperand(const Limb* b, size_t bn, size_t rn)
 {
     const bool split = (m_length & (m_length - 1)) != 0;
     const size_t m = m_length / 3;
-    std::unique_ptr<Limb[]> twiddles(new Limb[split ? 4 * m : 2 * m_length]);
     for (int i = 0; i < 3; ++i) {
         const PrimeField& f = field(i);
         Limb* t = m_transforms.get() + i * m_length;
         if (split) {
-            fillTwiddles(twiddles.get(), f, 2 * m);
+            const Twiddles tw(i, 2 * m, false);
             loadSplit(t, t + 2 * m, m, b, bn, f.rootOfUnity(4 * m), f);
-            forward(t, 2 * m, twiddles.get(), f);
-            forward(t + 2 * m, m, twiddles.get(), f);
+            forward(t, 2 * m, tw.forward.get(), f);
+            forward(t + 2 * m, m, tw.forward.get(), f);
         } else {
-            fillTwiddles(twiddles.get(), f, m_length);
+            const Twiddles tw(i, m_length, false);
             load(t, m_length, b, bn, f);
-            forward(t, m_length, twiddles.get(), f);
+            forward(t, m_length, tw.forward.get(), f);
         }
     }
 }
