@@ -163,27 +163,20 @@ std::shared_ptr<Limb> newTable(size_t n)
     return std::shared_ptr<Limb>(new Limb[2 * n], std::default_delete<Limb[]>());
 }
 
-// The forward and (when asked for) inverse twiddles of transforms of n
-// points (a power of two) modulo field(i). Cached tables only grow and are
-// shared: a product holds the ones it started with while another thread
-// may put longer ones in their place.
-struct Twiddles {
-    TwiddleTable forward, inverse;
-
-    Twiddles(int i, size_t n, bool withInverse)
+// The twiddles of transforms of n points (a power of two) modulo field(i):
+// the kept tables, or above their length, the 2n limbs of `scratch` (the
+// caller's, so that no fresh pages are touched per product), filled here
+// and turned into the inverse ones in place by inverse(). Kept tables only
+// grow and are shared: a product holds the ones it started with while
+// another thread may put longer ones in their place.
+class Twiddles {
+public:
+    Twiddles(int i, size_t n, Limb* scratch) : m_field(i), m_points(n), m_scratch(nullptr)
     {
         const PrimeField& f = field(i);
         if (n > CACHED_TWIDDLE_POINTS) {
-            std::shared_ptr<Limb> table = newTable(n);
-            fillTwiddles(table.get(), f, n);
-            forward = table;
-            if (withInverse) {
-                // Inverting a copy is cheaper than filling another.
-                std::shared_ptr<Limb> copy = newTable(n);
-                std::copy(table.get(), table.get() + 2 * n, copy.get());
-                invertTwiddles(copy.get(), f, n);
-                inverse = copy;
-            }
+            fillTwiddles(scratch, f, n);
+            m_scratch = scratch;
             return;
         }
         static std::mutex lock;
@@ -202,10 +195,37 @@ struct Twiddles {
             tables[i][1] = inverted;
             points[i] = length;
         }
-        forward = tables[i][0];
-        inverse = tables[i][1];
+        m_forward = tables[i][0];
+        m_inverse = tables[i][1];
     }
+
+    // Valid until inverse() is called.
+    const Limb* forward() const noexcept { return m_scratch ? m_scratch : m_forward.get(); }
+
+    const Limb* inverse() noexcept
+    {
+        if (!m_scratch)
+            return m_inverse.get();
+        if (!m_inverted) {
+            invertTwiddles(m_scratch, field(m_field), m_points);
+            m_inverted = true;
+        }
+        return m_scratch;
+    }
+
+private:
+    int m_field;
+    size_t m_points;
+    Limb* m_scratch;
+    bool m_inverted = false;
+    TwiddleTable m_forward, m_inverse;
 };
+
+// Limbs of scratch a Twiddles of n points needs.
+size_t twiddleScratch(size_t n) noexcept
+{
+    return n > CACHED_TWIDDLE_POINTS ? 2 * n : 0;
+}
 
 // Blocks up to this many limbs (128 KiB) finish all their levels before the
 // next block starts, so they stay in the cache.
@@ -371,20 +391,20 @@ void multiplyPointwise(Limb* ta, const Limb* tb, size_t n, const PrimeField& f) 
 
 // The cyclic convolution of a and b modulo field(i), left in ta with each
 // value below 4p. fixed, when given, is b's transform (b is then unused).
-void convolve(Limb* ta, Limb* tb, size_t n, const Limb* a, size_t an, const Limb* b, size_t bn, const Limb* fixed,
-              int i)
+void convolve(Limb* ta, Limb* tb, Limb* tw, size_t n, const Limb* a, size_t an, const Limb* b, size_t bn,
+              const Limb* fixed, int i)
 {
     const PrimeField& f = field(i);
     const bool squaring = !fixed && a == b && an == bn;
-    const Twiddles tw(i, n, true);
+    Twiddles twiddles(i, n, tw);
     load(ta, n, a, an, f);
-    forward(ta, n, tw.forward.get(), f);
+    forward(ta, n, twiddles.forward(), f);
     if (!squaring && !fixed) {
         load(tb, n, b, bn, f);
-        forward(tb, n, tw.forward.get(), f);
+        forward(tb, n, twiddles.forward(), f);
     }
     multiplyPointwise(ta, fixed ? fixed : squaring ? ta : tb, n, f);
-    inverse(ta, n, tw.inverse.get(), f);
+    inverse(ta, n, twiddles.inverse(), f);
 }
 
 // a (an <= 3m limbs) modulo x^(2m) + 1, its coefficients multiplied by
@@ -406,7 +426,7 @@ void loadSplit(Limb* t, Limb* c, size_t m, const Limb* a, size_t an, Limb psi, c
 // from two transforms of lengths 2m and m instead of one of 4m: modulo
 // x^(2m) + 1 it is A, modulo x^m - 1 it is C, and as x^(2m) + 1 = 2 there,
 // the product is A + (x^(2m) + 1) (C - A) / 2. Coefficients below p into
-// out[0, 3m); scratch holds 6m limbs. b's two transforms are the 3m
+// out[0, 3m); scratch holds 6m limbs and twiddleScratch(2m). b's two transforms are the 3m
 // limbs at fixed when given (as NttOperand leaves them).
 void convolveSplit(Limb* out, Limb* scratch, size_t m, const Limb* a, size_t an, const Limb* b, size_t bn,
                    const Limb* fixed, int i)
@@ -417,8 +437,8 @@ void convolveSplit(Limb* out, Limb* scratch, size_t m, const Limb* a, size_t an,
     Limb* ca = ta + 2 * m;
     Limb* tb = ca + m;
     Limb* cb = tb + 2 * m;
-    const Twiddles twiddles(i, 2 * m, true);
-    const Limb* tw = twiddles.forward.get();
+    Twiddles twiddles(i, 2 * m, cb + m);
+    const Limb* tw = twiddles.forward();
     const Limb psi = f.rootOfUnity(4 * m);
     loadSplit(ta, ca, m, a, an, psi, f);
     forward(ta, 2 * m, tw, f);
@@ -435,8 +455,9 @@ void convolveSplit(Limb* out, Limb* scratch, size_t m, const Limb* a, size_t an,
     }
     multiplyPointwise(ta, fb, 2 * m, f);
     multiplyPointwise(ca, fc, m, f);
-    inverse(ta, 2 * m, twiddles.inverse.get(), f);
-    inverse(ca, m, twiddles.inverse.get(), f);
+    const Limb* twInverse = twiddles.inverse();
+    inverse(ta, 2 * m, twInverse, f);
+    inverse(ca, m, twInverse, f);
 
     const Limb psiInverse = f.power(psi, 4 * m - 1);
     Limb untwist = f.toMontgomery(1);
@@ -482,7 +503,8 @@ void convolveAndRebuild(Limb* r, size_t limbs, size_t n, size_t coefficients, co
     // Three residue vectors and the scratch of the transforms (the second
     // operand's); all written before they are read.
     const bool split = (n & (n - 1)) != 0;
-    std::unique_ptr<Limb[]> buffer(new Limb[split ? 3 * n + 6 * (n / 3) : 4 * n]);
+    const size_t points = split ? 2 * (n / 3) : n;
+    std::unique_ptr<Limb[]> buffer(new Limb[(split ? 3 * n + 6 * (n / 3) : 4 * n) + twiddleScratch(points)]);
     Limb* residues[3] = {buffer.get(), buffer.get() + n, buffer.get() + 2 * n};
     Limb* scratch = buffer.get() + 3 * n;
     for (int i = 0; i < 3; ++i) {
@@ -491,7 +513,7 @@ void convolveAndRebuild(Limb* r, size_t limbs, size_t n, size_t coefficients, co
             convolveSplit(residues[i], scratch, n / 3, a, an, b, bn, fixed ? fixed + i * n : nullptr, i);
             continue;
         }
-        convolve(residues[i], scratch, n, a, an, b, bn, fixed ? fixed + i * n : nullptr, i);
+        convolve(residues[i], scratch, scratch + n, n, a, an, b, bn, fixed ? fixed + i * n : nullptr, i);
         for (size_t j = 0; j < coefficients; ++j)
             residues[i][j] = f.reduceTwice(f.reduceFourTimes(residues[i][j]));
     }
@@ -574,18 +596,19 @@ NttOperand::NttOperand(const Limb* b, size_t bn, size_t rn)
 {
     const bool split = (m_length & (m_length - 1)) != 0;
     const size_t m = m_length / 3;
+    std::unique_ptr<Limb[]> scratch(new Limb[twiddleScratch(split ? 2 * m : m_length)]);
     for (int i = 0; i < 3; ++i) {
         const PrimeField& f = field(i);
         Limb* t = m_transforms.get() + i * m_length;
         if (split) {
-            const Twiddles tw(i, 2 * m, false);
+            const Twiddles tw(i, 2 * m, scratch.get());
             loadSplit(t, t + 2 * m, m, b, bn, f.rootOfUnity(4 * m), f);
-            forward(t, 2 * m, tw.forward.get(), f);
-            forward(t + 2 * m, m, tw.forward.get(), f);
+            forward(t, 2 * m, tw.forward(), f);
+            forward(t + 2 * m, m, tw.forward(), f);
         } else {
-            const Twiddles tw(i, m_length, false);
+            const Twiddles tw(i, m_length, scratch.get());
             load(t, m_length, b, bn, f);
-            forward(t, m_length, tw.forward.get(), f);
+            forward(t, m_length, tw.forward(), f);
         }
     }
 }
