@@ -11,7 +11,7 @@ namespace detail {
 
 namespace {
 
-// Measured crossovers of Toom-3 and the transform (docs/math.md).
+// Measured crossovers of Toom-3, Toom-4 and the transform (docs/math.md).
 constexpr size_t NTT_MUL = 1800;
 constexpr size_t NTT_SQR = 1900;
 constexpr size_t NEWTON_DIVISION = 6000;
