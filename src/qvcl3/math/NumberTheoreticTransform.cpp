@@ -153,7 +153,7 @@ void invertTwiddles(Limb* tw, const PrimeField& f, size_t n) noexcept
 // Twiddle tables are the same for every product of a length (and a table
 // for n points holds those of every shorter length as its prefix), so they
 // are kept per prime and direction up to this many points: 3 MiB in all.
-// Longer transforms fill their own; their cost is small beside them.
+// Longer transforms fill theirs per product (small beside the transforms).
 constexpr size_t CACHED_TWIDDLE_POINTS = size_t(1) << 15;
 
 typedef std::shared_ptr<const Limb> TwiddleTable;
@@ -426,8 +426,9 @@ void loadSplit(Limb* t, Limb* c, size_t m, const Limb* a, size_t an, Limb psi, c
 // from two transforms of lengths 2m and m instead of one of 4m: modulo
 // x^(2m) + 1 it is A, modulo x^m - 1 it is C, and as x^(2m) + 1 = 2 there,
 // the product is A + (x^(2m) + 1) (C - A) / 2. Coefficients below p into
-// out[0, 3m); scratch holds 6m limbs and twiddleScratch(2m). b's two transforms are the 3m
-// limbs at fixed when given (as NttOperand leaves them).
+// out[0, 3m); scratch holds 6m + twiddleScratch(2m) limbs. b's two
+// transforms are the 3m limbs at fixed when given (as NttOperand leaves
+// them).
 void convolveSplit(Limb* out, Limb* scratch, size_t m, const Limb* a, size_t an, const Limb* b, size_t bn,
                    const Limb* fixed, int i)
 {
