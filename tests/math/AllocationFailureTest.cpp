@@ -98,6 +98,29 @@ TEST(MathAllocationFailure, DecimalArithmeticAndEveryRadix)
     EXPECT_EQ(big.toString(16).toUtf8(), hex);
 }
 
+TEST(MathAllocationFailure, ToomFourProductsAndSquares)
+{
+    if (!qvtest::allocationFaultsAvailable())
+        GTEST_SKIP() << "built without fault injection";
+    using namespace qv::math::detail;
+    const Thresholds saved = thresholds();
+    const BigInteger a = BigInteger(7).pow(2500) + 12345;
+    const BigInteger b = BigInteger(-3).pow(3601) + 1;
+    const std::string aText = a.toStdString();
+    // Toom-4 from 24 limbs: a (110 limbs) times b (90 limbs) and a squared
+    // split in four, their pieces through Toom-3 and Karatsuba.
+    thresholds().toom3Mul = thresholds().toom3Sqr = 12;
+    thresholds().toom4Mul = thresholds().toom4Sqr = 24;
+    const std::function<void()> ops[] = {
+        [&] { BigInteger r = a * b; },
+        [&] { BigInteger r = a * a; },
+    };
+    for (const auto& op : ops)
+        EXPECT_GT(failEachAllocation(op), 0);
+    thresholds() = saved;
+    EXPECT_EQ(a.toStdString(), aText);
+}
+
 TEST(MathAllocationFailure, TransformProductsDivisionAndText)
 {
     if (!qvtest::allocationFaultsAvailable())

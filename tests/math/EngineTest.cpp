@@ -15,6 +15,7 @@
 #include <cmath>
 #include <memory>
 #include <random>
+#include <functional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -85,6 +86,15 @@ TEST(WideMath, PortableHalvesAgreeWithTheNativeOnes)
         Limb lo1 = mulWide(a, b, hi1), lo2 = portableMulWide(a, b, hi2);
         ASSERT_EQ(lo1, lo2) << a << " * " << b;
         ASSERT_EQ(hi1, hi2) << a << " * " << b;
+        for (Limb carryIn : {Limb(0), Limb(1)}) {
+            Limb c1 = carryIn, c2 = carryIn;
+            ASSERT_EQ(addCarry(a, b, c1), portableAddCarry(a, b, c2)) << a << " + " << b << " + " << carryIn;
+            ASSERT_EQ(c1, c2) << a << " + " << b << " + " << carryIn;
+            c1 = c2 = carryIn;
+            ASSERT_EQ(subBorrow(a, b, c1), portableSubBorrow(a, b, c2)) << a << " - " << b << " - " << carryIn;
+            ASSERT_EQ(c1, c2) << a << " - " << b << " - " << carryIn;
+            ASSERT_EQ(c1, Limb(a < b || (a == b && carryIn))) << a << " - " << b << " - " << carryIn;
+        }
         if (b == 0)
             continue;
         Limb hi = a % b, lo = values[(i * 13 + 5) % values.size()];
@@ -122,10 +132,11 @@ TEST(Multiplication, EveryAlgorithmMatchesSchoolbookAcrossItsBoundaries)
     // happen with operands the schoolbook reference handles quickly.
     const size_t off = defaultThresholds().nttMul;
     const size_t newton = defaultThresholds().newtonDivision;
-    const Thresholds settings[] = {{4, 4, 9, 9, 64, off, off, newton},
-                                   {2, 2, 3, 3, 64, off, off, newton},
-                                   {8, 16, 20, 30, 64, off, off, newton},
-                                   {4, 4, 9, 9, 64, 12, 20, newton},
+    const Thresholds settings[] = {{4, 4, 9, 9, 64, off, off, newton, off, off},
+                                   {2, 2, 3, 3, 64, off, off, newton, 4, 4},
+                                   {8, 16, 20, 30, 64, off, off, newton, 40, 50},
+                                   {4, 4, 9, 9, 64, 12, 20, newton, 10, 10},
+                                   {4, 4, 6, 6, 64, 40, 40, newton, 16, 24},
                                    defaultThresholds()};
     for (const Thresholds& t : settings) {
         thresholds() = t;
@@ -147,6 +158,63 @@ TEST(Multiplication, LargeOperandsGoThroughToomAndStillAgree)
         Mag a = randomMag(n, 0), b = randomMag(n - 7, 2);
         EXPECT_EQ(magMul(a, b), schoolbookProduct(a, b));
         EXPECT_EQ(magSqr(b), schoolbookProduct(b, b));
+    }
+}
+
+TEST(Multiplication, ToomFourAroundItsThresholdAgreesWithSchoolbookAndSquaring)
+{
+    ThresholdGuard guard;
+    // The production crossover, then a low one so that Toom-4 recurses into
+    // itself (pieces above 60 limbs) over Toom-3 and Karatsuba.
+    for (const size_t threshold : {defaultThresholds().toom4Mul, size_t(60)}) {
+        thresholds().toom4Mul = thresholds().toom4Sqr = threshold;
+        std::vector<size_t> lengths = {threshold - 1, threshold, threshold + 1, threshold + 3};
+        if (threshold < defaultThresholds().toom4Mul) {
+            thresholds().toom3Mul = thresholds().toom3Sqr = 40;
+            lengths.push_back(4 * threshold + 5);
+        }
+        int shape = 0;
+        for (const size_t an : lengths) {
+            // bn = 3 ceil(an / 4) + 1 is the shortest operand Toom-4 splits in
+            // four; one limb less goes to Toom-3.
+            const size_t shortest = 3 * ((an + 3) / 4) + 1;
+            for (const size_t bn : {an, an - 1, shortest, shortest - 1}) {
+                for (int round = 0; round < 2; ++round, ++shape) {
+                    Mag a = randomMag(an, shape), b = randomMag(bn, shape + 1);
+                    if (round == 1)
+                        a.assign(an, ~Limb(0)), b.assign(bn, ~Limb(0));
+                    ASSERT_EQ(magMul(a, b), schoolbookProduct(a, b)) << an << " x " << bn << " round " << round;
+                }
+            }
+            // The squaring path against the product of two distinct copies.
+            Mag a = randomMag(an, shape);
+            const Mag copy = a;
+            const Mag square = magSqr(a);
+            ASSERT_EQ(square, magMul(a, copy)) << an << " squared";
+            ASSERT_EQ(square, schoolbookProduct(a, a)) << an << " squared";
+            a.assign(an, ~Limb(0));
+            ASSERT_EQ(magSqr(a), schoolbookProduct(a, a)) << an << " all-ones squared";
+        }
+    }
+}
+
+TEST(Multiplication, TwoRowKernelMatchesOneRowAtATime)
+{
+    // Every length up to two unrolled passes and beyond, odd and even
+    // multiplier lengths (the odd row left for addMul1), all-ones limbs for
+    // the longest carry chains.
+    for (size_t n = 1; n < 12; ++n) {
+        for (int shape = 0; shape < 4; ++shape) {
+            Mag a = randomMag(n, shape), b = randomMag(2, shape + 1), r = randomMag(n + 2, shape + 2);
+            if (shape == 3)
+                a.assign(n, ~Limb(0)), b.assign(2, ~Limb(0)), r.assign(n + 2, ~Limb(0));
+            a.resize(n), b.resize(2), r.resize(n + 2);
+            Mag expected = r;
+            expected[n] = addMul1(expected.data(), a.data(), n, b[0]);
+            expected[n + 1] = addMul1(expected.data() + 1, a.data(), n, b[1]);
+            r[n + 1] = addMul2(r.data(), a.data(), n, b.data());
+            ASSERT_EQ(r, expected) << n << " limbs, shape " << shape;
+        }
     }
 }
 
@@ -183,6 +251,39 @@ TEST(Multiplication, TransformMatchesSchoolbook)
             }
         }
     }
+}
+
+TEST(Multiplication, ConcurrentTransformsOfGrowingLengthsShareTheTwiddleTables)
+{
+    // Each thread runs through lengths in its own order, so one grows the
+    // kept tables while the other reads them; the last pair takes more
+    // points than are kept and fills its own. The expected products come
+    // from Toom-3 and Toom-4, which use no twiddles.
+    ThresholdGuard guard;
+    thresholds().nttMul = thresholds().nttSqr = ~size_t(0);
+    const size_t lengths[][2] = {{40, 30}, {300, 280}, {1100, 1000}, {3000, 2900}, {9000, 8000}, {30000, 25000}};
+    std::vector<Mag> as, bs, expected;
+    for (const auto& length : lengths) {
+        as.push_back(randomMag(length[0], 0));
+        bs.push_back(randomMag(length[1], 1));
+        expected.push_back(magMul(as.back(), bs.back()));
+    }
+    auto run = [&](bool ascending, int& failures) {
+        for (size_t k = 0; k < as.size(); ++k) {
+            const size_t i = ascending ? k : as.size() - 1 - k;
+            Mag r(as[i].size() + bs[i].size());
+            nttMultiply(r.data(), as[i].data(), as[i].size(), bs[i].data(), bs[i].size());
+            trim(r);
+            failures += r != expected[i];
+        }
+    };
+    int failuresUp = 0, failuresDown = 0;
+    std::thread up(run, true, std::ref(failuresUp));
+    std::thread down(run, false, std::ref(failuresDown));
+    up.join();
+    down.join();
+    EXPECT_EQ(failuresUp, 0);
+    EXPECT_EQ(failuresDown, 0);
 }
 
 TEST(Multiplication, WrappedTransformIsTheProductModuloBaseToTheLengthMinusOne)
