@@ -156,10 +156,9 @@ struct StringHash {
 typedef std::unordered_map<std::u16string, Reference<IQVUnknown>, StringHash> StdStringsSameHash;
 
 // The three maps over the same keys, filled in one pass, one key into each
-// in turn: their entries then lie side by side in the heap, and no map pays
-// alone for landing in holes that earlier allocations left (built one after
-// the other, whichever came first was slowed by up to 1.4x, whichever map it
-// was).
+// in turn: their entries then lie side by side in the heap. Built one after
+// the other, the first map landed in the holes that making the keys had left
+// and the others did not, so the order of building favoured one side.
 struct KeyedMaps {
     Reference<HashMap> component = makeReference<HashMap>();
     StdSame same;
