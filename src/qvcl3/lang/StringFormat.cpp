@@ -1,6 +1,7 @@
 #include <qv/core/Exception.h>
 #include <qv/lang/String.h>
 
+#include "EmbeddedCharBuffer.h"
 #include "UnitScratch.h"
 
 #include <algorithm>
@@ -72,7 +73,7 @@ inline bool isDigit(char16_t c) noexcept
 // scan goes on: past its '}', or at the first unit that cannot belong to
 // it. A NUL stops the digits like any other unit, so a NUL-terminated text
 // may pass a length it never reaches.
-int32_t takePlaceholder(const char16_t* text, int32_t length, int32_t at, PlaceholderList& found)
+inline int32_t takePlaceholder(const char16_t* text, int32_t length, int32_t at, PlaceholderList& found)
 {
     int32_t i = at + 1;
     if (i >= length || !isDigit(text[i]))
@@ -260,8 +261,11 @@ void String::formatWith(const char16_t* pattern, int32_t length, NextArgument& n
     }
     if (finalLength > detail::kMaxStringLength)
         throw OutOfMemoryException();
-    String result;
-    char16_t* out = result.getWriteLock(static_cast<int32_t>(finalLength));
+    // Written straight into a buffer of its own, which this String then
+    // holds alone, as a copy it made itself would be.
+    util::RWCharBuffer* fresh = detail::EmbeddedCharBuffer::create(static_cast<int32_t>(finalLength) + 1);
+    char16_t* const units = const_cast<char16_t*>(fresh->util::RWCharBuffer::GetData());
+    char16_t* out = units;
     int32_t copied = 0;
     for (const Placeholder& placeholder : placeholders) {
         if (placeholder.index >= taken)
@@ -272,8 +276,11 @@ void String::formatWith(const char16_t* pattern, int32_t length, NextArgument& n
         copied = placeholder.end;
     }
     std::copy(pattern + copied, pattern + length, out);
-    result.releaseWriteLock(static_cast<int32_t>(finalLength));
-    setAddRef(result);
+    units[finalLength] = 0;
+    fresh->util::RWCharBuffer::releaseWriteLock(static_cast<int32_t>(finalLength) + 1);
+    fresh->AddRef();
+    hold(fresh, fresh);
+    m_exclusive.store(true, std::memory_order_relaxed);
 }
 
 const String& String::formatArray(const char16_t* pattern, int32_t patternLength, const char16_t* const* list,
