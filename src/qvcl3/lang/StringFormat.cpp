@@ -229,7 +229,7 @@ String fromAscii(const char* text, int32_t length)
 // records where its placeholders are (and finds its end when it is
 // NUL-terminated); the result is then copied between them, so the work is
 // linear in the pattern and the output whatever the pattern holds. The
-// result is made in a String of its own and taken over at the end: until
+// result is made in a buffer of its own and taken over at the end: until
 // then this String keeps its text, so a pattern or arguments taken from it
 // stay valid, and a failed allocation leaves it as it was.
 template <class NextArgument>
@@ -266,8 +266,8 @@ void String::formatWith(const char16_t* pattern, int32_t length, NextArgument& n
     }
     if (finalLength > detail::kMaxStringLength)
         throw OutOfMemoryException();
-    // Written straight into a buffer of its own, which this String then
-    // holds alone, as a copy it made itself would be.
+    // This String then holds the buffer alone, as after a copy it made
+    // itself: a later edit need not copy again.
     util::RWCharBuffer* fresh = detail::EmbeddedCharBuffer::create(static_cast<int32_t>(finalLength) + 1);
     char16_t* const units = const_cast<char16_t*>(fresh->util::RWCharBuffer::GetData());
     char16_t* out = units;
