@@ -19,10 +19,20 @@ namespace {
 // units, so no index from here on can be reached in a String.
 constexpr int64_t kUnreachableIndex = detail::kMaxStringLength / 3 + 1;
 
+// Eight bytes: a pattern of nothing but "{0}" takes 6 bytes a placeholder,
+// so the table stays within one and a half times the pattern.
 struct Placeholder {
-    int32_t at;  // the '{'
-    int32_t end; // one past the '}'
+    int32_t at; // the '{'
     int32_t index;
+
+    // One past the '}': the digits are those valueOf(int) prints.
+    int32_t end() const noexcept
+    {
+        int32_t units = 3;
+        for (uint32_t v = static_cast<uint32_t>(index); v >= 10; v /= 10)
+            ++units;
+        return at + units;
+    }
 };
 
 struct Argument {
@@ -89,7 +99,7 @@ inline int32_t takePlaceholder(const char16_t* text, int32_t length, int32_t at,
     }
     if (i >= length || text[i] != u'}')
         return i;
-    found.push(Placeholder{at, i + 1, static_cast<int32_t>(index)});
+    found.push(Placeholder{at, static_cast<int32_t>(index)});
     return i + 1;
 }
 
@@ -262,7 +272,7 @@ void String::formatWith(const char16_t* pattern, int32_t length, NextArgument& n
     for (const Placeholder& placeholder : placeholders) {
         if (placeholder.index < taken)
             finalLength +=
-                arguments[static_cast<size_t>(placeholder.index)].length - (placeholder.end - placeholder.at);
+                arguments[static_cast<size_t>(placeholder.index)].length - (placeholder.end() - placeholder.at);
     }
     if (finalLength > detail::kMaxStringLength)
         throw OutOfMemoryException();
@@ -278,7 +288,7 @@ void String::formatWith(const char16_t* pattern, int32_t length, NextArgument& n
         out = std::copy(pattern + copied, pattern + placeholder.at, out);
         const Argument& argument = arguments[static_cast<size_t>(placeholder.index)];
         out = std::copy(argument.text, argument.text + argument.length, out);
-        copied = placeholder.end;
+        copied = placeholder.end();
     }
     std::copy(pattern + copied, pattern + length, out);
     units[finalLength] = 0;
