@@ -16,6 +16,30 @@ using namespace qv;
 using qvtest::formatByReplacement;
 using qvtest::placeholderText;
 
+namespace {
+
+// Up to maxPieces pieces, drawn at random, end to end.
+template <size_t N>
+std::u16string randomPattern(std::mt19937& random, const std::u16string (&pieces)[N], unsigned maxPieces)
+{
+    std::u16string pattern;
+    for (unsigned i = random() % maxPieces; i > 0; --i)
+        pattern += pieces[random() % N];
+    return pattern;
+}
+
+template <size_t N>
+std::vector<const char16_t*> randomArguments(std::mt19937& random, const char16_t* const (&choices)[N],
+                                             unsigned maxCount)
+{
+    std::vector<const char16_t*> list(random() % maxCount);
+    for (auto& argument : list)
+        argument = choices[random() % N];
+    return list;
+}
+
+} // namespace
+
 // Random patterns built from pieces that make and break placeholders
 // ("{1", "0}", "{00}", digits beside braces), with arguments that look like
 // placeholders themselves, against the oracle.
@@ -27,13 +51,8 @@ TEST(StringFormatDifferential, OnePassMatchesTheReplacementAlgorithm)
     const char16_t* arguments[] = {u"", u"a", u"{0}", u"{1}", u"}{", u"long argument text", nullptr, u"{"};
     std::mt19937 random(20240611);
     for (int round = 0; round < 20000; ++round) {
-        std::u16string pattern;
-        const int pieceCount = static_cast<int>(random() % 24);
-        for (int i = 0; i < pieceCount; ++i)
-            pattern += pieces[random() % (sizeof(pieces) / sizeof(pieces[0]))];
-        std::vector<const char16_t*> list(random() % 14);
-        for (auto& argument : list)
-            argument = arguments[random() % (sizeof(arguments) / sizeof(arguments[0]))];
+        const std::u16string pattern = randomPattern(random, pieces, 24);
+        const std::vector<const char16_t*> list = randomArguments(random, arguments, 14);
         String s(u"previous");
         s.formatArray(pattern.data(), static_cast<int32_t>(pattern.size()), list.data(),
                       static_cast<int32_t>(list.size()));
@@ -95,13 +114,8 @@ TEST(StringFormatDifferential, GivenAndTerminatedLengthsAgree)
     const char16_t* arguments[] = {u"", u"A", u"{0}", withNul.c_str(), nullptr, u"wide \u20AC"};
     std::mt19937 random(7);
     for (int round = 0; round < 20000; ++round) {
-        std::u16string pattern;
-        const int pieceCount = static_cast<int>(random() % 16);
-        for (int i = 0; i < pieceCount; ++i)
-            pattern += pieces[random() % (sizeof(pieces) / sizeof(pieces[0]))];
-        std::vector<const char16_t*> list(random() % 5);
-        for (auto& argument : list)
-            argument = arguments[random() % (sizeof(arguments) / sizeof(arguments[0]))];
+        const std::u16string pattern = randomPattern(random, pieces, 16);
+        const std::vector<const char16_t*> list = randomArguments(random, arguments, 5);
         std::unique_ptr<char16_t[]> exact(new char16_t[pattern.size() + 1]);
         std::copy(pattern.begin(), pattern.end(), exact.get());
         exact[pattern.size()] = u'\0';
