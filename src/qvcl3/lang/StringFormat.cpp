@@ -19,8 +19,8 @@ namespace {
 // units, so no index from here on can be reached in a String.
 constexpr int64_t kUnreachableIndex = detail::kMaxStringLength / 3 + 1;
 
-// Eight bytes: a pattern of nothing but "{0}" takes 6 bytes a placeholder,
-// so the table stays within one and a half times the pattern.
+// Eight bytes, against the six a "{0}" takes in the pattern: the table of a
+// pattern made of nothing but placeholders stays the pattern's size.
 struct Placeholder {
     int32_t at; // the '{'
     int32_t index;
