@@ -14,7 +14,7 @@ namespace {
 // Measured crossovers of Toom-3 and the transform (docs/math.md).
 constexpr size_t NTT_MUL = 1800;
 constexpr size_t NTT_SQR = 2000;
-constexpr size_t NEWTON_DIVISION = 6000;
+constexpr size_t NEWTON_DIVISION = 3800;
 
 } // namespace
 
