@@ -44,8 +44,7 @@ size_t lengthToNul(const char16_t* text, size_t length)
 void XmlLogWriter::appendEntry(const ILogEntry* entry, std::u16string& text)
 {
     text.append(u"  <entry>\n");
-    const Reference<const collections::Set<String>> names = entry->getFieldNames();
-    for (const String& name : *names) {
+    forEachField(entry, [&text](const String& name, const Object* value) {
         const char16_t* units = name.getData();
         const size_t nameLength = lengthToNul(units, static_cast<size_t>(name.getLength()));
         const int32_t space = name.indexOf(u' ');
@@ -55,12 +54,12 @@ void XmlLogWriter::appendEntry(const ILogEntry* entry, std::u16string& text)
         text.append(units, nameLength);
         text.append(u"> ");
         const size_t valueStart = text.size();
-        appendValue(entry->getField(name).get(), text);
+        appendValue(value, text);
         text.resize(valueStart + lengthToNul(text.data() + valueStart, text.size() - valueStart));
         text.append(u" </");
         text.append(units, tagLength);
         text.append(u">\n");
-    }
+    });
     text.append(u"  </entry>\n");
 }
 
