@@ -1,5 +1,7 @@
 #include <qv/log/XmlLogWriter.h>
 
+#include <exception>
+
 namespace qv {
 namespace log {
 
@@ -11,8 +13,21 @@ XmlLogWriter::XmlLogWriter(io::Writer* writer) : AbstractLogWriter(writer)
 
 XmlLogWriter::~XmlLogWriter() noexcept(false)
 {
-    getWriter()->write(String(u"</log>\n"));
-    getWriter()->flush();
+    const auto close = [this] {
+        getWriter()->write(String(u"</log>\n"));
+        getWriter()->flush();
+    };
+    if (std::uncaught_exceptions() == 0) {
+        close();
+        return;
+    }
+    // Dropped while an exception (often the writer's own) unwinds the stack:
+    // a second one would end the process, so the closing tag is written if
+    // the writer still can, and its failure is not thrown.
+    try {
+        close();
+    } catch (...) {
+    }
 }
 
 Reference<ILogProcessor> XmlLogWriter::create(io::Writer* writer)
