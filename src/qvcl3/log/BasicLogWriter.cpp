@@ -27,7 +27,8 @@ void BasicLogWriter::appendEntry(const ILogEntry* entry, std::u16string& text)
         appendValue(value, text);
         text += u'\n';
     });
-    text.append(u"-------------------------\n");
+    static constexpr char16_t rule[] = u"-------------------------\n";
+    text.append(rule, sizeof rule / sizeof rule[0] - 1);
 }
 
 } // namespace log
