@@ -168,6 +168,27 @@ TEST(LogWriterTest, InPlaceWalkWritesWhatNamesAndLookupsWrite)
     }
 }
 
+// The XML writer closes its document when dropped; dropped while its own
+// failure unwinds the stack, it must not throw a second one (which would end
+// the process).
+TEST(LogWriterTest, XmlWriterDroppedWhileItsFailureUnwindsKeepsThatFailure)
+{
+    logtest::TempDirectory dir;
+    const std::string path = dir.file("unwind.xml");
+    Reference<io::FileWriter> file(new io::FileWriter(String(path.c_str()), false, u"UTF-8"));
+    Reference<LogEntry> entry = LogEntry::create();
+    Reference<String> lone(new String(u"before \xD83D after", 14));
+    entry->setField(String(u"text"), lone.get());
+    bool caught = false;
+    try {
+        Reference<ILogProcessor> writer = XmlLogWriter::create(file.get());
+        writer->process(entry.get());
+    } catch (const text::charset::InvalidCharacterException&) {
+        caught = true;
+    }
+    EXPECT_TRUE(caught);
+}
+
 TEST(TimeStampTest, CompactFormMatchesExactDecimalForAnyFieldValues)
 {
     const uint16_t edges[] = {0, 1, 9, 10, 99, 100, 999, 1000, 9999, 10000, 32767, 32768, 65535};
