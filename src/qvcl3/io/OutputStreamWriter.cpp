@@ -85,6 +85,7 @@ void OutputStreamWriter::write(const char16_t* text, int32_t count)
         int32_t before = pos;
         int32_t bytesBefore = m_count;
         try {
+            // Stays so if the encoder throws: what it holds then is unknown.
             m_encoderMayHold = true;
             detail::convertLocating(*m_encoder, text, &pos, count, m_bytes, &m_count, BYTE_BUFFER_SIZE, callBase,
                                     u"character", false);
