@@ -64,6 +64,30 @@ void Multiply_Gmp(benchmark::State& state)
     setDigits(state);
 }
 
+// Squares are separate rows: radix conversion squares its powers, and they
+// take their own paths.
+void Square_Qv(benchmark::State& state)
+{
+    const size_t n = static_cast<size_t>(state.range(0));
+    qv::math::BigInteger a(digits(n, 1));
+    for (auto _ : state) {
+        qv::math::BigInteger r = a * a;
+        benchmark::DoNotOptimize(r);
+    }
+    setDigits(state);
+}
+
+void Square_Gmp(benchmark::State& state)
+{
+    const size_t n = static_cast<size_t>(state.range(0));
+    Gmp a(digits(n, 1)), r;
+    for (auto _ : state) {
+        mpz_mul(r.get(), a.get(), a.get());
+        benchmark::ClobberMemory();
+    }
+    setDigits(state);
+}
+
 void ToString_Qv(benchmark::State& state)
 {
     const size_t n = static_cast<size_t>(state.range(0));
@@ -185,6 +209,8 @@ void ModPow_Gmp(benchmark::State& state)
 
 BENCHMARK(Multiply_Qv) QV_DIGIT_SIZES;
 BENCHMARK(Multiply_Gmp) QV_DIGIT_SIZES;
+BENCHMARK(Square_Qv) QV_DIGIT_SIZES;
+BENCHMARK(Square_Gmp) QV_DIGIT_SIZES;
 BENCHMARK(ToString_Qv) QV_DIGIT_SIZES;
 BENCHMARK(ToString_Gmp) QV_DIGIT_SIZES;
 BENCHMARK(Parse_Qv) QV_DIGIT_SIZES;

@@ -24,7 +24,7 @@ def main():
         name, size = b['run_name'].split('/')[:2]
         op, lib = name.rsplit('_', 1)
         times[(op, lib, int(size))] = b['cpu_time']  # microseconds
-    ops = sorted({k[0] for k in times}, key=['Multiply', 'ToString', 'Parse', 'Divide', 'ModPow'].index)
+    ops = sorted({k[0] for k in times}, key=['Multiply', 'Square', 'ToString', 'Parse', 'Divide', 'ModPow'].index)
     print('| operation | digits (bits) | qvcl3 (us) | GMP (us) | ratio |')
     print('| --- | ---: | ---: | ---: | ---: |')
     for op in ops:

@@ -155,37 +155,45 @@ struct StringHash {
 };
 typedef std::unordered_map<std::u16string, Reference<IQVUnknown>, StringHash> StdStringsSameHash;
 
+// The three maps over the same keys, filled in one pass, one key into each
+// in turn: their entries then lie side by side in the heap. Built one after
+// the other, the first map landed in the holes that making the keys had left
+// and the others did not, so the order of building favoured one side.
+struct KeyedMaps {
+    Reference<HashMap> component = makeReference<HashMap>();
+    StdSame same;
+    StdDirect direct;
+
+    KeyedMaps()
+    {
+        const Keys& k = keys();
+        for (int32_t i = 0; i < COUNT; ++i) {
+            component->put(k.present[i].get(), k.value.get());
+            same.emplace(k.present[i], k.value);
+            direct.emplace(k.typed[i], k.value);
+        }
+    }
+};
+
+const KeyedMaps& keyedMaps()
+{
+    static const KeyedMaps* maps = new KeyedMaps();
+    return *maps;
+}
+
 Reference<HashMap> filledHashMap()
 {
-    static Reference<HashMap> map = [] {
-        Reference<HashMap> made = makeReference<HashMap>();
-        for (const Reference<IQVUnknown>& key : keys().present)
-            made->put(key.get(), keys().value.get());
-        return made;
-    }();
-    return map;
+    return keyedMaps().component;
 }
 
 const StdSame& filledStdSame()
 {
-    static const StdSame* map = [] {
-        StdSame* made = new StdSame();
-        for (const Reference<IQVUnknown>& key : keys().present)
-            made->emplace(key, keys().value);
-        return made;
-    }();
-    return *map;
+    return keyedMaps().same;
 }
 
 const StdDirect& filledStdDirect()
 {
-    static const StdDirect* map = [] {
-        StdDirect* made = new StdDirect();
-        for (const Reference<BenchKey>& key : keys().typed)
-            made->emplace(key, keys().value);
-        return made;
-    }();
-    return *map;
+    return keyedMaps().direct;
 }
 
 StringHashMap& filledStringMap()
@@ -635,9 +643,7 @@ int main(int argc, char** argv)
     if (benchmark::ReportUnrecognizedArguments(argc, argv))
         return 1;
     keys();
-    filledHashMap();
-    filledStdSame();
-    filledStdDirect();
+    keyedMaps();
     filledStringMap();
     filledStdStrings();
     filledStdStringsSameHash();

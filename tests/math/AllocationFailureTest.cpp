@@ -12,10 +12,12 @@
 
 #include "AllocationSweep.h"
 #include "Limbs.h"
+#include "Natural.h"
 
 #include <functional>
 #include <new>
 #include <string>
+#include <vector>
 
 using qv::math::BigDecimal;
 using qv::math::BigInteger;
@@ -96,29 +98,67 @@ TEST(MathAllocationFailure, DecimalArithmeticAndEveryRadix)
     EXPECT_EQ(big.toString(16).toUtf8(), hex);
 }
 
-TEST(MathAllocationFailure, TransformProductsDivisionAndText)
+TEST(MathAllocationFailure, ToomFourProductsAndSquares)
 {
     if (!qvtest::allocationFaultsAvailable())
         GTEST_SKIP() << "built without fault injection";
     using namespace qv::math::detail;
     const Thresholds saved = thresholds();
-    const BigInteger a = BigInteger(7).pow(6000) + 12345;
-    const BigInteger b = BigInteger(-3).pow(5001) + 1;
+    const BigInteger a = BigInteger(7).pow(2500) + 12345;
+    const BigInteger b = BigInteger(-3).pow(3601) + 1;
     const std::string aText = a.toStdString();
-    // Transforms from 40 limbs (a * a takes the split one), division
-    // through Newton's reciprocal from 40 limbs of divisor and quotient
-    // (with wrapped products), in the text conversion as well.
-    thresholds().nttMul = thresholds().nttSqr = 40;
-    thresholds().newtonDivision = 40;
+    // Toom-4 from 24 limbs: a (110 limbs) times b (90 limbs) and a squared
+    // split in four, their pieces through Toom-3 and Karatsuba.
+    thresholds().toom3Mul = thresholds().toom3Sqr = 12;
+    thresholds().toom4Mul = thresholds().toom4Sqr = 24;
     const std::function<void()> ops[] = {
         [&] { BigInteger r = a * b; },
         [&] { BigInteger r = a * a; },
-        [&] { auto qr = (a * a).divideAndRemainder(b); },
-        [&] { BigInteger r(aText); },
-        [&] { std::string s = (a * a).toStdString(); },
     };
     for (const auto& op : ops)
         EXPECT_GT(failEachAllocation(op), 0);
     thresholds() = saved;
     EXPECT_EQ(a.toStdString(), aText);
+}
+
+TEST(MathAllocationFailure, TransformProductsDivisionAndText)
+{
+    if (!qvtest::allocationFaultsAvailable())
+        GTEST_SKIP() << "built without fault injection";
+    using namespace qv::math::detail;
+    // The lowered thresholds belong to the engine compiled into this
+    // program, so the operations call it directly (the public classes use
+    // the shared library's own copy, which keeps its thresholds).
+    const Thresholds saved = thresholds();
+    const Mag a = magAddSmall(magPow(magFromU64(7), 6000), 12345);
+    const Mag b = magAddSmall(magPow(magFromU64(3), 5001), 1);
+    const Mag square = magSqr(a);
+    const std::string squareText = magToString(square, 10);
+    std::vector<unsigned char> squareDigits;
+    for (char c : squareText)
+        squareDigits.push_back(static_cast<unsigned char>(c - '0'));
+    // Transforms from 40 limbs (a * a takes the split one); division
+    // through Newton's reciprocal in two blocks from 40 limbs of divisor
+    // and quotient (with wrapped products); in the conversion to text one
+    // reciprocal per level with its transforms kept, and kept power
+    // transforms in the conversion from text.
+    thresholds().nttMul = thresholds().nttSqr = 40;
+    thresholds().newtonDivision = 40;
+    const std::function<void()> ops[] = {
+        [&] { Mag r = magMul(a, b); },
+        [&] { Mag r = magSqr(a); },
+        [&] {
+            Mag q, r;
+            magDivMod(square, b, &q, &r);
+        },
+        [&] { Mag r = magFromDigits(squareDigits.data(), squareDigits.size(), 10); },
+        [&] { std::string s = magToString(square, 10); },
+        // A radix whose powers no other operation has asked for yet: the
+        // first attempts fail while the shared powers are being computed.
+        [&] { std::string s = magToString(square, 31); },
+    };
+    for (const auto& op : ops)
+        EXPECT_GT(failEachAllocation(op), 0);
+    EXPECT_EQ(magToString(square, 10), squareText);
+    thresholds() = saved;
 }

@@ -7,12 +7,17 @@
 #include "Natural.h"
 #include "NewtonDivider.h"
 #include "NumberTheoreticTransform.h"
+#include "RadixPowers.h"
 #include "WideMath.h"
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <memory>
 #include <random>
+#include <functional>
 #include <string>
+#include <thread>
 #include <vector>
 
 using namespace qv::math::detail;
@@ -81,6 +86,15 @@ TEST(WideMath, PortableHalvesAgreeWithTheNativeOnes)
         Limb lo1 = mulWide(a, b, hi1), lo2 = portableMulWide(a, b, hi2);
         ASSERT_EQ(lo1, lo2) << a << " * " << b;
         ASSERT_EQ(hi1, hi2) << a << " * " << b;
+        for (Limb carryIn : {Limb(0), Limb(1)}) {
+            Limb c1 = carryIn, c2 = carryIn;
+            ASSERT_EQ(addCarry(a, b, c1), portableAddCarry(a, b, c2)) << a << " + " << b << " + " << carryIn;
+            ASSERT_EQ(c1, c2) << a << " + " << b << " + " << carryIn;
+            c1 = c2 = carryIn;
+            ASSERT_EQ(subBorrow(a, b, c1), portableSubBorrow(a, b, c2)) << a << " - " << b << " - " << carryIn;
+            ASSERT_EQ(c1, c2) << a << " - " << b << " - " << carryIn;
+            ASSERT_EQ(c1, Limb(a < b || (a == b && carryIn))) << a << " - " << b << " - " << carryIn;
+        }
         if (b == 0)
             continue;
         Limb hi = a % b, lo = values[(i * 13 + 5) % values.size()];
@@ -118,10 +132,11 @@ TEST(Multiplication, EveryAlgorithmMatchesSchoolbookAcrossItsBoundaries)
     // happen with operands the schoolbook reference handles quickly.
     const size_t off = defaultThresholds().nttMul;
     const size_t newton = defaultThresholds().newtonDivision;
-    const Thresholds settings[] = {{4, 4, 9, 9, 64, off, off, newton},
-                                   {2, 2, 3, 3, 64, off, off, newton},
-                                   {8, 16, 20, 30, 64, off, off, newton},
-                                   {4, 4, 9, 9, 64, 12, 20, newton},
+    const Thresholds settings[] = {{4, 4, 9, 9, 64, off, off, newton, off, off},
+                                   {2, 2, 3, 3, 64, off, off, newton, 4, 4},
+                                   {8, 16, 20, 30, 64, off, off, newton, 40, 50},
+                                   {4, 4, 9, 9, 64, 12, 20, newton, 10, 10},
+                                   {4, 4, 6, 6, 64, 40, 40, newton, 16, 24},
                                    defaultThresholds()};
     for (const Thresholds& t : settings) {
         thresholds() = t;
@@ -143,6 +158,63 @@ TEST(Multiplication, LargeOperandsGoThroughToomAndStillAgree)
         Mag a = randomMag(n, 0), b = randomMag(n - 7, 2);
         EXPECT_EQ(magMul(a, b), schoolbookProduct(a, b));
         EXPECT_EQ(magSqr(b), schoolbookProduct(b, b));
+    }
+}
+
+TEST(Multiplication, ToomFourAroundItsThresholdAgreesWithSchoolbookAndSquaring)
+{
+    ThresholdGuard guard;
+    // The production crossover, then a low one so that Toom-4 recurses into
+    // itself (pieces above 60 limbs) over Toom-3 and Karatsuba.
+    for (const size_t threshold : {defaultThresholds().toom4Mul, size_t(60)}) {
+        thresholds().toom4Mul = thresholds().toom4Sqr = threshold;
+        std::vector<size_t> lengths = {threshold - 1, threshold, threshold + 1, threshold + 3};
+        if (threshold < defaultThresholds().toom4Mul) {
+            thresholds().toom3Mul = thresholds().toom3Sqr = 40;
+            lengths.push_back(4 * threshold + 5);
+        }
+        int shape = 0;
+        for (const size_t an : lengths) {
+            // bn = 3 ceil(an / 4) + 1 is the shortest operand Toom-4 splits in
+            // four; one limb less goes to Toom-3.
+            const size_t shortest = 3 * ((an + 3) / 4) + 1;
+            for (const size_t bn : {an, an - 1, shortest, shortest - 1}) {
+                for (int round = 0; round < 2; ++round, ++shape) {
+                    Mag a = randomMag(an, shape), b = randomMag(bn, shape + 1);
+                    if (round == 1)
+                        a.assign(an, ~Limb(0)), b.assign(bn, ~Limb(0));
+                    ASSERT_EQ(magMul(a, b), schoolbookProduct(a, b)) << an << " x " << bn << " round " << round;
+                }
+            }
+            // The squaring path against the product of two distinct copies.
+            Mag a = randomMag(an, shape);
+            const Mag copy = a;
+            const Mag square = magSqr(a);
+            ASSERT_EQ(square, magMul(a, copy)) << an << " squared";
+            ASSERT_EQ(square, schoolbookProduct(a, a)) << an << " squared";
+            a.assign(an, ~Limb(0));
+            ASSERT_EQ(magSqr(a), schoolbookProduct(a, a)) << an << " all-ones squared";
+        }
+    }
+}
+
+TEST(Multiplication, TwoRowKernelMatchesOneRowAtATime)
+{
+    // Every length up to two unrolled passes and beyond, odd and even
+    // multiplier lengths (the odd row left for addMul1), all-ones limbs for
+    // the longest carry chains.
+    for (size_t n = 1; n < 12; ++n) {
+        for (int shape = 0; shape < 4; ++shape) {
+            Mag a = randomMag(n, shape), b = randomMag(2, shape + 1), r = randomMag(n + 2, shape + 2);
+            if (shape == 3)
+                a.assign(n, ~Limb(0)), b.assign(2, ~Limb(0)), r.assign(n + 2, ~Limb(0));
+            a.resize(n), b.resize(2), r.resize(n + 2);
+            Mag expected = r;
+            expected[n] = addMul1(expected.data(), a.data(), n, b[0]);
+            expected[n + 1] = addMul1(expected.data() + 1, a.data(), n, b[1]);
+            r[n + 1] = addMul2(r.data(), a.data(), n, b.data());
+            ASSERT_EQ(r, expected) << n << " limbs, shape " << shape;
+        }
     }
 }
 
@@ -179,6 +251,39 @@ TEST(Multiplication, TransformMatchesSchoolbook)
             }
         }
     }
+}
+
+TEST(Multiplication, ConcurrentTransformsOfGrowingLengthsShareTheTwiddleTables)
+{
+    // Each thread runs through lengths in its own order, so one grows the
+    // kept tables while the other reads them; the last pair takes more
+    // points than are kept and fills its own. The expected products come
+    // from Toom-3 and Toom-4, which use no twiddles.
+    ThresholdGuard guard;
+    thresholds().nttMul = thresholds().nttSqr = ~size_t(0);
+    const size_t lengths[][2] = {{40, 30}, {300, 280}, {1100, 1000}, {3000, 2900}, {9000, 8000}, {30000, 25000}};
+    std::vector<Mag> as, bs, expected;
+    for (const auto& length : lengths) {
+        as.push_back(randomMag(length[0], 0));
+        bs.push_back(randomMag(length[1], 1));
+        expected.push_back(magMul(as.back(), bs.back()));
+    }
+    auto run = [&](bool ascending, int& failures) {
+        for (size_t k = 0; k < as.size(); ++k) {
+            const size_t i = ascending ? k : as.size() - 1 - k;
+            Mag r(as[i].size() + bs[i].size());
+            nttMultiply(r.data(), as[i].data(), as[i].size(), bs[i].data(), bs[i].size());
+            trim(r);
+            failures += r != expected[i];
+        }
+    };
+    int failuresUp = 0, failuresDown = 0;
+    std::thread up(run, true, std::ref(failuresUp));
+    std::thread down(run, false, std::ref(failuresDown));
+    up.join();
+    down.join();
+    EXPECT_EQ(failuresUp, 0);
+    EXPECT_EQ(failuresDown, 0);
 }
 
 TEST(Multiplication, WrappedTransformIsTheProductModuloBaseToTheLengthMinusOne)
@@ -340,6 +445,69 @@ TEST(Division, NewtonReciprocalAgreesWithClassicDivision)
     EXPECT_LT(magCompare(r, b), 0);
 }
 
+TEST(Division, NewtonDividerWithKeptTransformsServesManyDividends)
+{
+    // One divider, its transforms kept, used for dividend after dividend as
+    // a conversion to text uses it: every quotient block goes through the
+    // kept reciprocal, and short blocks under a long divisor through the
+    // kept divisor as well. Exact multiples and one below them put the
+    // remainder at both ends, and dividends below the divisor, zero
+    // included, give no quotient at all.
+    ThresholdGuard guard;
+    thresholds().nttMul = thresholds().nttSqr = 4;
+    int shape = 0;
+    for (size_t bn : {size_t(9), size_t(40), size_t(130)}) {
+        for (size_t precision : {size_t(5), bn / 3 + 2, bn}) {
+            for (int kind = 0; kind < 3; ++kind, ++shape) {
+                Mag b = randomMag(bn, shape);
+                if (kind == 1)
+                    b.assign(bn, ~Limb(0));
+                if (kind == 2)
+                    b.back() = 1;
+                NewtonDivider divider(b, precision);
+                divider.keepTransforms();
+                divider.keepTransforms(); // a second call keeps what is there
+                for (size_t an : {size_t(0), bn - 1, bn, bn + 1, bn + divider.blockLimbs(), 2 * bn, 4 * bn + 7}) {
+                    Mag a = randomMag(an, shape + 1);
+                    Mag exact = magMul(b, randomMag(an > bn ? an - bn : 1, shape + 2));
+                    for (const Mag& x : {a, exact, magSubSmall(exact, 1)}) {
+                        Mag q0, r0, q, r;
+                        magDivModClassic(x, b, &q0, &r0);
+                        divider.divMod(x, &q, &r);
+                        ASSERT_EQ(q, q0) << x.size() << " / " << bn << " kind " << kind << " precision " << precision;
+                        ASSERT_EQ(r, r0) << x.size() << " / " << bn << " kind " << kind << " precision " << precision;
+                    }
+                }
+            }
+        }
+    }
+}
+
+TEST(Division, TwoNewtonBlocksAroundTheSwitchAgreeWithBurnikelZiegler)
+{
+    // magDivMod takes the quotient in two blocks of the reciprocal's length
+    // once divisor and quotient reach the switch; quotients one limb short
+    // of it, at it and odd lengths above it split unevenly.
+    ThresholdGuard guard;
+    thresholds().nttMul = thresholds().nttSqr = 8;
+    thresholds().newtonDivision = 20;
+    int shape = 0;
+    for (size_t bn : {size_t(20), size_t(21), size_t(64)}) {
+        for (size_t qn : {size_t(19), size_t(20), size_t(21), size_t(47), bn + 1, 3 * bn}) {
+            for (int kind = 0; kind < 3; ++kind, ++shape) {
+                Mag b = randomMag(bn, shape);
+                Mag a =
+                    kind == 2 ? magSubSmall(magMul(b, randomMag(qn, shape + 1)), 1) : randomMag(bn + qn - 1, shape + 1);
+                Mag q0, r0, q, r;
+                magDivModClassic(a, b, &q0, &r0);
+                magDivMod(a, b, &q, &r);
+                ASSERT_EQ(q, q0) << a.size() << " / " << bn;
+                ASSERT_EQ(r, r0) << a.size() << " / " << bn;
+            }
+        }
+    }
+}
+
 TEST(Division, SmallDivisorsAndExactDivision)
 {
     for (int i = 0; i < 200; ++i) {
@@ -387,6 +555,123 @@ TEST(RadixConversion, PowersOfTheRadixAndTheirNeighbours)
     }
     EXPECT_EQ(magToString(Mag(), 10), "0");
     EXPECT_EQ(magToString(magShiftLeft(magFromU64(1), 1000), 32).size(), 201u);
+}
+
+TEST(RadixConversion, LevelReciprocalsAndKeptPowersMatchThePlainPath)
+{
+    // With the transform from 24 limbs on, conversions to text divide by
+    // one reciprocal per level (its transform kept) and conversions from
+    // text multiply by kept power transforms; the plain path (Burnikel-
+    // Ziegler and Toom-3 only) gives the reference. Shapes: random limbs,
+    // runs of zero and all-ones limbs, powers of the radix and their
+    // neighbours, and multiples of a power (long runs of zero digits).
+    ThresholdGuard guard;
+    const Thresholds plain = defaultThresholds();
+    Thresholds fast = plain;
+    fast.nttMul = fast.nttSqr = 24;
+    fast.newtonDivision = 24;
+    auto digitValues = [](const std::string& text) {
+        std::vector<unsigned char> digits;
+        for (char c : text)
+            digits.push_back(static_cast<unsigned char>(c <= '9' ? c - '0' : c - 'a' + 10));
+        return digits;
+    };
+    int shape = 0;
+    for (int radix : {10, 7, 36}) {
+        for (size_t limbs : {size_t(60), size_t(97), size_t(300)}) {
+            const uint64_t k = static_cast<uint64_t>(static_cast<double>(limbs) * 64 / std::log2(double(radix)));
+            const Mag power = magPow(magFromU64(static_cast<uint64_t>(radix)), k);
+            for (const Mag& x :
+                 {randomMag(limbs, shape++), randomMag(limbs, shape++), randomMag(limbs, shape++), power,
+                  magSubSmall(power, 1), magAddSmall(power, 1),
+                  magMul(randomMag(limbs / 3, shape++), magPow(magFromU64(static_cast<uint64_t>(radix)), k / 2))}) {
+                thresholds() = plain;
+                const std::string expected = magToString(x, radix);
+                thresholds() = fast;
+                ASSERT_EQ(magToString(x, radix), expected) << "radix " << radix << ", " << x.size() << " limbs";
+                const std::vector<unsigned char> digits = digitValues(expected);
+                ASSERT_EQ(magFromDigits(digits.data(), digits.size(), radix), x) << "radix " << radix;
+            }
+        }
+    }
+    // Text of nothing but nines, and of zeros ahead of a few digits.
+    thresholds() = fast;
+    const std::vector<unsigned char> nines(5000, 9);
+    EXPECT_EQ(magFromDigits(nines.data(), nines.size(), 10), magSubSmall(magPow(magFromU64(10), 5000), 1));
+    std::vector<unsigned char> zeros(5000, 0);
+    EXPECT_TRUE(magFromDigits(zeros.data(), zeros.size(), 10).empty());
+    zeros.back() = 7;
+    zeros[zeros.size() - 2] = 4;
+    EXPECT_EQ(magFromDigits(zeros.data(), zeros.size(), 10), magFromU64(47));
+}
+
+TEST(RadixConversion, KeptPowersAreTheSquaresAndStayBounded)
+{
+    // Kept powers are shared by every conversion, so a wrong one would
+    // spoil all of them: each is checked against repeated squaring.
+    Mag expected = magFromU64(12157665459056928801u); // 3^40, the largest power of 3 in a limb
+    for (size_t j = 0; j < 12; ++j) {
+        std::shared_ptr<const Mag> kept = radixPower(3, j);
+        ASSERT_EQ(*kept, expected) << "j = " << j;
+        EXPECT_EQ(radixPower(3, j).get(), kept.get()) << "j = " << j;
+        expected = magSqr(expected);
+    }
+    // Powers and dividers above the limits are made afresh each time and
+    // not kept, so that one huge conversion does not hold on to its memory;
+    // conversions then square and divide with their own. The table is
+    // shared with the other tests, so the sizes here (radix 5, 4,000-limb
+    // powers) are beyond those any other test asks for.
+    struct LimitGuard {
+        ~LimitGuard() { keptLimits() = defaultKeptLimits(); }
+    } limitGuard;
+    ThresholdGuard guard;
+    keptLimits() = KeptLimits{40, 20};
+    thresholds().nttMul = thresholds().nttSqr = 12;
+    EXPECT_NE(radixPower(5, 12).get(), radixPower(5, 12).get());
+    const std::shared_ptr<const Mag> power = radixPower(5, 12);
+    EXPECT_NE(radixPowerDivider(5, 12, *power).get(), radixPowerDivider(5, 12, *power).get());
+    EXPECT_EQ(*radixPower(5, 12), magSqr(*radixPower(5, 11)));
+    const Mag x = randomMag(1200, 0);
+    std::string digitByDigit;
+    for (Mag rest = x; !rest.empty();)
+        digitByDigit.insert(digitByDigit.begin(), static_cast<char>('0' + magDivModSmall(rest, 5, &rest)));
+    EXPECT_EQ(magToString(x, 5), digitByDigit);
+    std::vector<unsigned char> digits;
+    for (char c : digitByDigit)
+        digits.push_back(static_cast<unsigned char>(c - '0'));
+    EXPECT_EQ(magFromDigits(digits.data(), digits.size(), 5), x);
+}
+
+TEST(RadixConversion, ConcurrentConversionsShareThePowersSafely)
+{
+    // Threads needing the same powers and dividers at once, from tables
+    // nobody has filled that far yet (other tests use radix 33 for short
+    // numbers only), must all get the values a single thread gets. The
+    // transform from 24 limbs on puts the shared dividers to work.
+    ThresholdGuard guard;
+    thresholds().nttMul = thresholds().nttSqr = 24;
+    const Mag x = randomMag(700, 0);
+    // Digit by digit, through nothing the threads share.
+    std::string expected;
+    for (Mag rest = x; !rest.empty();)
+        expected.insert(expected.begin(), "0123456789abcdefghijklmnopqrstuvw"[magDivModSmall(rest, 33, &rest)]);
+    std::vector<std::string> texts(4);
+    std::vector<Mag> parsed(4);
+    std::vector<std::thread> threads;
+    for (size_t i = 0; i < texts.size(); ++i)
+        threads.emplace_back([&, i] {
+            texts[i] = magToString(x, 33);
+            std::vector<unsigned char> digits;
+            for (char c : texts[i])
+                digits.push_back(static_cast<unsigned char>(c <= '9' ? c - '0' : c - 'a' + 10));
+            parsed[i] = magFromDigits(digits.data(), digits.size(), 33);
+        });
+    for (std::thread& t : threads)
+        t.join();
+    for (size_t i = 0; i < texts.size(); ++i) {
+        EXPECT_EQ(texts[i], expected);
+        EXPECT_EQ(parsed[i], x);
+    }
 }
 
 TEST(Gcd, LehmerStepsAgreeWithTheEuclideanDefinition)

@@ -164,13 +164,13 @@ TEST(IntegerOracle, AgreesWithPythonAtProductionThresholds)
 
 TEST(IntegerOracle, AgreesWithPythonWithEveryRecursionForcedEarly)
 {
-    // Tiny thresholds push small operands through Karatsuba, Toom-3 and the
-    // recursive division, with all their uneven splits; from 24 limbs on,
-    // products go through the transform, inside divisions and radix
-    // conversions as well, and from 3 limbs of divisor and quotient on,
-    // divisions go through Newton's reciprocal.
+    // Tiny thresholds push small operands through Karatsuba, Toom-3, Toom-4
+    // (from 8 limbs) and the recursive division, with all their uneven
+    // splits; from 24 limbs on, products go through the transform, inside
+    // divisions and radix conversions as well, and from 3 limbs of divisor
+    // and quotient on, divisions go through Newton's reciprocal.
     ThresholdGuard guard;
-    thresholds() = Thresholds{2, 2, 3, 3, 2, 24, 24, 3};
+    thresholds() = Thresholds{2, 2, 3, 3, 2, 24, 24, 3, 8, 8};
     std::string data = oracle::run("oracle.py", "7", "0.2", "120");
     ASSERT_FALSE(data.empty()) << "the oracle script did not run";
     oracle::Checker c = runCases(data);

@@ -218,8 +218,8 @@ def main():
             d = 'inf' if x > 0 else '-inf'
         out.append('double %s %s' % (h(x), d))
 
-    # Beyond the sizes above: division through Newton's reciprocal (from
-    # 6,000 limbs of divisor and quotient), products of operands up to 24,000 limbs
+    # Beyond the sizes above: division through Newton's reciprocal in two
+    # blocks (from 3,800 limbs of divisor and quotient), products of operands up to 24,000 limbs
     # through the transform of three quarters of a power of two, and
     # decimal text long enough for the reciprocals of the powers of ten.
     # Quotients shorter than, as long as and longer than the divisor, and
@@ -241,6 +241,32 @@ def main():
         out.append('divt %s' % h(qt))
         out.append('remt %s' % h(a - qt * b))
         out.append('modf %s' % h(a % b))
+    # Around the switch to Newton's reciprocal: divisors and quotients just
+    # below, at and above it, dividends with remainders 0 and divisor - 1.
+    for i in range(count(6)):
+        bn = min(rng.randrange(3600, 4200), max_limbs)
+        qn = min(rng.randrange(3600, 4200), max_limbs)
+        b = magnitude(bn)
+        a = b * magnitude(qn) + [0, b - 1, rng.getrandbits(64 * bn) % b][i % 3]
+        if i % 2:
+            a = -a
+        out.append('pair %s %s' % (h(a), h(b)))
+        q = abs(a) // abs(b)
+        qt = q if (a >= 0) == (b >= 0) else -q
+        out.append('divt %s' % h(qt))
+        out.append('remt %s' % h(a - qt * b))
+        out.append('divf %s' % h(a // b))
+        out.append('modf %s' % h(a % b))
+    # Conversions long enough for one reciprocal per level (powers from the
+    # transform's threshold on): powers of the radix and their neighbours,
+    # multiples of a power (long runs of zero digits), another radix.
+    for i in range(count(4)):
+        limbs = min(rng.randrange(3700, 4500), max_limbs)
+        k = limbs * 64 * 3 // 10 + 1  # about limbs limbs of decimal digits
+        x = [10 ** k, 10 ** k - 1, 10 ** k + 1, magnitude(limbs // 2) * 10 ** (k // 2)][i % 4]
+        out.append('radix 10 %s %s' % (h(x), str(x)))
+    x = magnitude(min(4000, max_limbs))
+    out.append('radix 7 %s %s' % (h(x), to_radix(x, 7)))
     for i in range(count(3)):
         x = magnitude(min(rng.randrange(16300, 17000), max_limbs))
         if i == 1:

@@ -30,13 +30,8 @@ size_t normalisedLength(const Limb* a, size_t n) noexcept
 Limb addN(Limb* r, const Limb* a, const Limb* b, size_t n) noexcept
 {
     Limb carry = 0;
-    for (size_t i = 0; i < n; ++i) {
-        Limb x = a[i], s = x + b[i];
-        Limb c1 = s < x;
-        Limb t = s + carry;
-        carry = c1 | (t < s);
-        r[i] = t;
-    }
+    for (size_t i = 0; i < n; ++i)
+        r[i] = addCarry(a[i], b[i], carry);
     return carry;
 }
 
@@ -64,14 +59,8 @@ Limb add(Limb* r, const Limb* a, size_t an, const Limb* b, size_t bn) noexcept
 Limb subN(Limb* r, const Limb* a, const Limb* b, size_t n) noexcept
 {
     Limb borrow = 0;
-    for (size_t i = 0; i < n; ++i) {
-        Limb x = a[i], y = b[i];
-        Limb d = x - y;
-        Limb b1 = x < y;
-        Limb t = d - borrow;
-        borrow = b1 | (d < borrow);
-        r[i] = t;
-    }
+    for (size_t i = 0; i < n; ++i)
+        r[i] = subBorrow(a[i], b[i], borrow);
     return borrow;
 }
 
@@ -215,11 +204,39 @@ void divExact1(Limb* q, const Limb* a, size_t n, Limb d) noexcept
     }
 }
 
+Limb addMul2(Limb* r, const Limb* a, size_t n, const Limb* b) noexcept
+{
+    // Two carry chains, one per multiplier limb: each limb of r is loaded
+    // and stored once for both rows, which is what the schoolbook product
+    // spends most of its time on with one row per pass.
+    const Limb b0 = b[0], b1 = b[1];
+    Limb c0, c1 = 0;
+    r[0] = mulAdd2(a[0], b0, r[0], 0, c0);
+    size_t i = 1;
+    for (; i + 2 <= n; i += 2) {
+        Limb lo = mulAdd2(a[i], b0, r[i], c0, c0);
+        r[i] = mulAdd2(a[i - 1], b1, lo, c1, c1);
+        lo = mulAdd2(a[i + 1], b0, r[i + 1], c0, c0);
+        r[i + 1] = mulAdd2(a[i], b1, lo, c1, c1);
+    }
+    for (; i < n; ++i) {
+        const Limb lo = mulAdd2(a[i], b0, r[i], c0, c0);
+        r[i] = mulAdd2(a[i - 1], b1, lo, c1, c1);
+    }
+    r[n] = mulAdd2(a[n - 1], b1, c0, c1, c1);
+    return c1;
+}
+
 void mulBasecase(Limb* r, const Limb* a, size_t an, const Limb* b, size_t bn) noexcept
 {
+    size_t j = 1;
     r[an] = mul1(r, a, an, b[0]);
-    for (size_t j = 1; j < bn; ++j)
-        r[an + j] = addMul1(r + j, a, an, b[j]);
+    if (bn % 2 == 0) {
+        r[an + 1] = addMul1(r + 1, a, an, b[1]);
+        j = 2;
+    }
+    for (; j < bn; j += 2)
+        r[an + j + 1] = addMul2(r + j, a, an, b + j);
 }
 
 void sqrBasecase(Limb* r, const Limb* a, size_t n) noexcept

@@ -26,6 +26,9 @@ struct Thresholds {
     // Divisor and quotient both at least this long: division through an
     // approximate reciprocal (Newton's iteration) instead of Burnikel-Ziegler.
     size_t newtonDivision;
+    // Toom-3 -> Toom-4; last so that the fields above keep their places.
+    size_t toom4Mul;
+    size_t toom4Sqr;
 };
 
 // The active thresholds; tests lower them to drive the recursive paths with
@@ -51,6 +54,9 @@ Limb sub1(Limb* r, const Limb* a, size_t n, Limb b) noexcept;
 Limb mul1(Limb* r, const Limb* a, size_t n, Limb b) noexcept;
 // r += a * b, returns the carry limb.
 Limb addMul1(Limb* r, const Limb* a, size_t n, Limb b) noexcept;
+// r[0, n] = r[0, n) + a * (b[0] + b[1] B) for n >= 1: r[n] is written, not
+// added to; returns the limb above it.
+Limb addMul2(Limb* r, const Limb* a, size_t n, const Limb* b) noexcept;
 // r -= a * b, returns the borrow limb.
 Limb subMul1(Limb* r, const Limb* a, size_t n, Limb b) noexcept;
 

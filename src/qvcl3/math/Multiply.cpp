@@ -11,16 +11,18 @@ namespace detail {
 
 namespace {
 
-// Measured crossovers of Toom-3 and the transform (docs/math.md).
+// Measured crossovers of Toom-3, Toom-4 and the transform (docs/math.md).
 constexpr size_t NTT_MUL = 1800;
-constexpr size_t NTT_SQR = 2000;
-constexpr size_t NEWTON_DIVISION = 6000;
+constexpr size_t NTT_SQR = 1900;
+constexpr size_t NEWTON_DIVISION = 3800;
+constexpr size_t TOOM4_MUL = 900;
+constexpr size_t TOOM4_SQR = 900;
 
 } // namespace
 
 Thresholds defaultThresholds() noexcept
 {
-    return Thresholds{32, 64, 500, 500, 64, NTT_MUL, NTT_SQR, NEWTON_DIVISION};
+    return Thresholds{32, 64, 500, 500, 64, NTT_MUL, NTT_SQR, NEWTON_DIVISION, TOOM4_MUL, TOOM4_SQR};
 }
 
 Thresholds& thresholds() noexcept
@@ -255,6 +257,109 @@ void toom3(Limb* r, const Limb* a, size_t an, const Limb* b, size_t bn)
     addInto(r + 3 * k, rn - 3 * k, r3.mag.data(), r3.mag.size());
 }
 
+// Exact division of a signed value by a small odd constant.
+void divideExactly(Signed& x, Limb d) noexcept
+{
+    divExact1(x.mag.data(), x.mag.data(), x.mag.size(), d);
+    trim(x.mag);
+}
+
+Signed shifted(Signed x, int bits)
+{
+    shiftVec(x.mag, bits);
+    return x;
+}
+
+struct Toom4Points {
+    Signed one, minusOne, two, minusTwo, half;
+};
+
+// p(1), p(-1), p(2), p(-2) and 8 p(1/2) of p0 + p1 x + p2 x^2 + p3 x^3.
+Toom4Points evaluate(const Vec& p0, const Vec& p1, const Vec& p2, const Vec& p3)
+{
+    Toom4Points e;
+    const Signed even{magAdd(p0, p2), false}, odd{magAdd(p1, p3), false};
+    e.one = signedAdd(even, odd);
+    e.minusOne = signedSub(even, odd);
+    Vec x = p2;
+    shiftVec(x, 2);
+    const Signed evenTwo{magAdd(p0, x), false};
+    x = p3;
+    shiftVec(x, 2);
+    Signed oddTwo{magAdd(p1, x), false};
+    shiftVec(oddTwo.mag, 1);
+    e.two = signedAdd(evenTwo, oddTwo);
+    e.minusTwo = signedSub(evenTwo, oddTwo);
+    // 8 p(1/2) = ((2 p0 + p1) 2 + p2) 2 + p3, all positive.
+    x = p0;
+    shiftVec(x, 1);
+    x = magAdd(x, p1);
+    shiftVec(x, 1);
+    x = magAdd(x, p2);
+    shiftVec(x, 1);
+    e.half = Signed{magAdd(x, p3), false};
+    return e;
+}
+
+// Splits both operands in four pieces of k limbs (the top ones shorter) and
+// multiplies at 0, 1, -1, 2, -2, 1/2 and infinity: seven products of a
+// quarter the length against Toom-3's five of a third. Needs
+// bn > 3 * ceil(an / 4). Every coefficient of the product is a sum of
+// products of pieces, so none is negative, and each step of the
+// interpolation below divides exactly.
+void toom4(Limb* r, const Limb* a, size_t an, const Limb* b, size_t bn)
+{
+    const size_t k = (an + 3) / 4;
+    const bool squaring = a == b && an == bn;
+    const Toom4Points pa = evaluate(magOf(a, k), magOf(a + k, k), magOf(a + 2 * k, k), magOf(a + 3 * k, an - 3 * k));
+    Toom4Points pb;
+    if (!squaring)
+        pb = evaluate(magOf(b, k), magOf(b + k, k), magOf(b + 2 * k, k), magOf(b + 3 * k, bn - 3 * k));
+    const Toom4Points& qb = squaring ? pa : pb;
+
+    const Signed v1 = signedMul(pa.one, qb.one);
+    const Signed vm1 = signedMul(pa.minusOne, qb.minusOne);
+    const Signed v2 = signedMul(pa.two, qb.two);
+    const Signed vm2 = signedMul(pa.minusTwo, qb.minusTwo);
+    const Signed vh = signedMul(pa.half, qb.half); // 64 c(1/2)
+
+    const size_t rn = an + bn;
+    std::fill(r, r + rn, Limb(0));
+    multiply(r, a, k, b, k);
+    multiply(r + 6 * k, a + 3 * k, an - 3 * k, b + 3 * k, bn - 3 * k);
+    const Signed c0{magOf(r, 2 * k), false};
+    const Signed c6{magOf(r + 6 * k, rn - 6 * k), false};
+
+    // Even coefficients: c2 + c4 and c2 + 4 c4 from the pairs at +-1, +-2.
+    const Signed e1 = signedSub(signedSub(shifted(signedAdd(v1, vm1), -1), c0), c6);
+    const Signed e2 = shifted(signedSub(signedSub(shifted(signedAdd(v2, vm2), -1), c0), shifted(c6, 6)), -2);
+    Signed c4 = signedSub(e2, e1);
+    divideExactly(c4, 3);
+    const Signed c2 = signedSub(e1, c4);
+
+    // Odd ones: c1 + c3 + c5, c1 + 4 c3 + 16 c5 and, from 1/2 with the even
+    // ones taken out, 16 c1 + 4 c3 + c5.
+    const Signed o1 = shifted(signedSub(v1, vm1), -1);
+    const Signed o2 = shifted(signedSub(v2, vm2), -2);
+    Signed h = signedSub(signedSub(vh, shifted(c0, 6)), shifted(c2, 4));
+    h = shifted(signedSub(signedSub(h, shifted(c4, 2)), c6), -1);
+    Signed x = signedSub(o2, o1); // 3 c3 + 15 c5
+    divideExactly(x, 3);
+    Signed y = signedSub(shifted(o1, 4), h); // 12 c3 + 15 c5
+    divideExactly(y, 3);
+    Signed c3 = signedSub(y, x); // 3 c3
+    divideExactly(c3, 3);
+    Signed c5 = signedSub(x, c3);
+    divideExactly(c5, 5);
+    const Signed c1 = signedSub(signedSub(o1, c3), c5);
+
+    addInto(r + k, rn - k, c1.mag.data(), c1.mag.size());
+    addInto(r + 2 * k, rn - 2 * k, c2.mag.data(), c2.mag.size());
+    addInto(r + 3 * k, rn - 3 * k, c3.mag.data(), c3.mag.size());
+    addInto(r + 4 * k, rn - 4 * k, c4.mag.data(), c4.mag.size());
+    addInto(r + 5 * k, rn - 5 * k, c5.mag.data(), c5.mag.size());
+}
+
 void square(Limb* r, const Limb* a, size_t n)
 {
     const Thresholds& t = thresholds();
@@ -264,8 +369,10 @@ void square(Limb* r, const Limb* a, size_t n)
         nttMultiply(r, a, n, a, n);
     else if (n < t.toom3Sqr || n <= 2 * ((n + 2) / 3))
         karatsuba(r, a, n, a, n);
-    else
+    else if (n < t.toom4Sqr || n <= 3 * ((n + 3) / 4))
         toom3(r, a, n, a, n);
+    else
+        toom4(r, a, n, a, n);
 }
 
 } // namespace
@@ -287,6 +394,8 @@ void multiply(Limb* r, const Limb* a, size_t an, const Limb* b, size_t bn)
         nttMultiply(r, a, an, b, bn);
     } else if (bn <= (an + 1) / 2) {
         mulUnbalanced(r, a, an, b, bn);
+    } else if (bn >= t.toom4Mul && bn > 3 * ((an + 3) / 4)) {
+        toom4(r, a, an, b, bn);
     } else if (bn >= t.toom3Mul && bn > 2 * ((an + 2) / 3)) {
         toom3(r, a, an, b, bn);
     } else {

@@ -118,28 +118,75 @@ NewtonDivider::NewtonDivider(const Mag& divisor, size_t precision)
     m_inverse = approximateReciprocal(magHighLimbs(m_divisor, m_divisor.size() - m_precision));
 }
 
-void NewtonDivider::divBlock(const Mag& z, size_t m, Mag& q, Mag& r) const
+NewtonDivider::~NewtonDivider() = default;
+
+size_t NewtonDivider::blockLimbs() const noexcept
+{
+    return m_precision == m_divisor.size() ? m_precision : m_precision - 1;
+}
+
+void NewtonDivider::keepTransforms()
 {
     const size_t n = m_divisor.size();
+    const size_t block = blockLimbs();
+    const size_t threshold = thresholds().nttMul;
+    // A full block's estimate multiplies the top block + 2 limbs of its
+    // dividend by the whole reciprocal.
+    if (!m_inverseTransform && std::min(m_inverse.size(), block) >= threshold)
+        m_inverseTransform.reset(new NttOperand(m_inverse.data(), m_inverse.size(), m_inverse.size() + block + 2));
+    // The remainder: a full product with the divisor's transform kept costs
+    // two transforms of the product's length, the wrapped one three of a
+    // length above the divisor's. Short blocks under a long divisor favour
+    // the first.
+    if (!m_divisorTransform && std::min(n, block) >= threshold &&
+        2 * nttProductLength(n + block + 1) < 3 * nttLength(n + 3))
+        m_divisorTransform.reset(new NttOperand(m_divisor.data(), n, n + block + 1));
+}
+
+Mag NewtonDivider::estimateQuotient(const Mag& z, size_t m) const
+{
+    const size_t n = m_divisor.size();
+    const Mag zHigh = magHighLimbs(z, n - 1);
+    // A block shorter than a full one needs fewer limbs of the reciprocal,
+    // but the whole one only makes the estimate closer; with its transform
+    // kept that product is the cheaper one wherever the lengths fit.
+    if (m_inverseTransform && m_inverseTransform->fits(zHigh.size())) {
+        Mag product = allocMag(zHigh.size() + m_inverse.size());
+        m_inverseTransform->multiply(product.data(), zHigh.data(), zHigh.size());
+        trim(product);
+        return magHighLimbs(product, m_precision + 1);
+    }
     // q ~ floor(z / B^(n-1)) X / B^(n+1), with X the reciprocal taken to n
     // limbs. Dropping the low limbs of z and of X makes the estimate short
     // by at most a few units: X needs only m + 2 significant limbs.
     size_t cut = m + 1 < n ? n - m - 1 : 0;
     cut = std::max(cut, n - m_precision);
-    const Mag estimate = magMul(magHighLimbs(z, n - 1), magHighLimbs(m_inverse, cut - (n - m_precision)));
-    q = magHighLimbs(estimate, n + 1 - cut);
-    // The remainder is below a few times the divisor, so where the
-    // transform is used only the product modulo B^w - 1 (w > n + 1) is
-    // needed.
-    const size_t wrap = wrappedLength(q, m_divisor, n + 1);
-    if (wrap && differenceFromWrapped(z, q, m_divisor, wrap, r) && r.size() <= n + 1) {
-        while (magCompare(r, m_divisor) >= 0) {
-            r = magSub(r, m_divisor);
-            q = magAddSmall(q, 1);
+    return magHighLimbs(magMul(zHigh, magHighLimbs(m_inverse, cut - (n - m_precision))), n + 1 - cut);
+}
+
+void NewtonDivider::divBlock(const Mag& z, size_t m, Mag& q, Mag& r) const
+{
+    const size_t n = m_divisor.size();
+    q = estimateQuotient(z, m);
+    Mag product;
+    if (m_divisorTransform && m_divisorTransform->fits(q.size())) {
+        product = allocMag(q.size() + n);
+        m_divisorTransform->multiply(product.data(), q.data(), q.size());
+        trim(product);
+    } else {
+        // The remainder is below a few times the divisor, so where the
+        // transform is used only the product modulo B^w - 1 (w > n + 1) is
+        // needed.
+        const size_t wrap = wrappedLength(q, m_divisor, n + 1);
+        if (wrap && differenceFromWrapped(z, q, m_divisor, wrap, r) && r.size() <= n + 1) {
+            while (magCompare(r, m_divisor) >= 0) {
+                r = magSub(r, m_divisor);
+                q = magAddSmall(q, 1);
+            }
+            return;
         }
-        return;
+        product = magMul(q, m_divisor);
     }
-    Mag product = magMul(q, m_divisor);
     // The estimate never exceeds the quotient; this loop only guards that.
     while (magCompare(product, z) > 0) {
         product = magSub(product, m_divisor);

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <mutex>
 
 namespace qv {
 namespace math {
@@ -147,6 +148,83 @@ void invertTwiddles(Limb* tw, const PrimeField& f, size_t n) noexcept
             w[2 * k + 1] = ~qj;
         }
     }
+}
+
+// Twiddle tables are the same for every product of a length (and a table
+// for n points holds those of every shorter length as its prefix), so they
+// are kept per prime and direction up to this many points: 3 MiB in all.
+// Longer transforms fill theirs per product (small beside the transforms).
+constexpr size_t CACHED_TWIDDLE_POINTS = size_t(1) << 15;
+
+typedef std::shared_ptr<const Limb> TwiddleTable;
+
+std::shared_ptr<Limb> newTable(size_t n)
+{
+    return std::shared_ptr<Limb>(new Limb[2 * n], std::default_delete<Limb[]>());
+}
+
+// The twiddles of transforms of n points (a power of two) modulo field(i):
+// the kept tables, or above their length, the 2n limbs of `scratch` (the
+// caller's, so that no fresh pages are touched per product), filled here
+// and turned into the inverse ones in place by inverse(). Kept tables only
+// grow and are shared: a product holds the ones it started with while
+// another thread may put longer ones in their place.
+class Twiddles {
+public:
+    Twiddles(int i, size_t n, Limb* scratch) : m_field(i), m_points(n), m_scratch(nullptr)
+    {
+        const PrimeField& f = field(i);
+        if (n > CACHED_TWIDDLE_POINTS) {
+            fillTwiddles(scratch, f, n);
+            m_scratch = scratch;
+            return;
+        }
+        static std::mutex lock;
+        static TwiddleTable tables[3][2];
+        static size_t points[3];
+        std::lock_guard<std::mutex> guard(lock);
+        if (points[i] < n) {
+            // Doubling at least keeps a growing sequence of lengths from
+            // filling every one of them in turn.
+            const size_t length = std::min(std::max(n, 2 * points[i]), CACHED_TWIDDLE_POINTS);
+            std::shared_ptr<Limb> table = newTable(length), inverted = newTable(length);
+            fillTwiddles(table.get(), f, length);
+            std::copy(table.get(), table.get() + 2 * length, inverted.get());
+            invertTwiddles(inverted.get(), f, length);
+            tables[i][0] = table;
+            tables[i][1] = inverted;
+            points[i] = length;
+        }
+        m_forward = tables[i][0];
+        m_inverse = tables[i][1];
+    }
+
+    // Valid until inverse() is called.
+    const Limb* forward() const noexcept { return m_scratch ? m_scratch : m_forward.get(); }
+
+    const Limb* inverse() noexcept
+    {
+        if (!m_scratch)
+            return m_inverse.get();
+        if (!m_inverted) {
+            invertTwiddles(m_scratch, field(m_field), m_points);
+            m_inverted = true;
+        }
+        return m_scratch;
+    }
+
+private:
+    int m_field;
+    size_t m_points;
+    Limb* m_scratch;
+    bool m_inverted = false;
+    TwiddleTable m_forward, m_inverse;
+};
+
+// Limbs of scratch a Twiddles of n points needs.
+size_t twiddleScratch(size_t n) noexcept
+{
+    return n > CACHED_TWIDDLE_POINTS ? 2 * n : 0;
 }
 
 // Blocks up to this many limbs (128 KiB) finish all their levels before the
@@ -311,22 +389,22 @@ void multiplyPointwise(Limb* ta, const Limb* tb, size_t n, const PrimeField& f) 
         ta[i] = f.mul(f.mul(ta[i], tb[i]), scale);
 }
 
-// The cyclic convolution of a and b modulo one prime, left in ta with each
+// The cyclic convolution of a and b modulo field(i), left in ta with each
 // value below 4p. fixed, when given, is b's transform (b is then unused).
 void convolve(Limb* ta, Limb* tb, Limb* tw, size_t n, const Limb* a, size_t an, const Limb* b, size_t bn,
-              const Limb* fixed, const PrimeField& f) noexcept
+              const Limb* fixed, int i)
 {
+    const PrimeField& f = field(i);
     const bool squaring = !fixed && a == b && an == bn;
-    fillTwiddles(tw, f, n);
+    Twiddles twiddles(i, n, tw);
     load(ta, n, a, an, f);
-    forward(ta, n, tw, f);
+    forward(ta, n, twiddles.forward(), f);
     if (!squaring && !fixed) {
         load(tb, n, b, bn, f);
-        forward(tb, n, tw, f);
+        forward(tb, n, twiddles.forward(), f);
     }
     multiplyPointwise(ta, fixed ? fixed : squaring ? ta : tb, n, f);
-    invertTwiddles(tw, f, n);
-    inverse(ta, n, tw, f);
+    inverse(ta, n, twiddles.inverse(), f);
 }
 
 // a (an <= 3m limbs) modulo x^(2m) + 1, its coefficients multiplied by
@@ -348,19 +426,21 @@ void loadSplit(Limb* t, Limb* c, size_t m, const Limb* a, size_t an, Limb psi, c
 // from two transforms of lengths 2m and m instead of one of 4m: modulo
 // x^(2m) + 1 it is A, modulo x^m - 1 it is C, and as x^(2m) + 1 = 2 there,
 // the product is A + (x^(2m) + 1) (C - A) / 2. Coefficients below p into
-// out[0, 3m); scratch holds 10m limbs. b's two transforms are the 3m
-// limbs at fixed when given (as transformSplit leaves them).
+// out[0, 3m); scratch holds 6m + twiddleScratch(2m) limbs. b's two
+// transforms are the 3m limbs at fixed when given (as NttOperand leaves
+// them).
 void convolveSplit(Limb* out, Limb* scratch, size_t m, const Limb* a, size_t an, const Limb* b, size_t bn,
-                   const Limb* fixed, const PrimeField& f) noexcept
+                   const Limb* fixed, int i)
 {
+    const PrimeField& f = field(i);
     const bool squaring = !fixed && a == b && an == bn;
     Limb* ta = scratch;
     Limb* ca = ta + 2 * m;
     Limb* tb = ca + m;
     Limb* cb = tb + 2 * m;
-    Limb* tw = cb + m;
+    Twiddles twiddles(i, 2 * m, cb + m);
+    const Limb* tw = twiddles.forward();
     const Limb psi = f.rootOfUnity(4 * m);
-    fillTwiddles(tw, f, 2 * m);
     loadSplit(ta, ca, m, a, an, psi, f);
     forward(ta, 2 * m, tw, f);
     forward(ca, m, tw, f);
@@ -376,9 +456,9 @@ void convolveSplit(Limb* out, Limb* scratch, size_t m, const Limb* a, size_t an,
     }
     multiplyPointwise(ta, fb, 2 * m, f);
     multiplyPointwise(ca, fc, m, f);
-    invertTwiddles(tw, f, 2 * m);
-    inverse(ta, 2 * m, tw, f);
-    inverse(ca, m, tw, f);
+    const Limb* twInverse = twiddles.inverse();
+    inverse(ta, 2 * m, twInverse, f);
+    inverse(ca, m, twInverse, f);
 
     const Limb psiInverse = f.power(psi, 4 * m - 1);
     Limb untwist = f.toMontgomery(1);
@@ -422,18 +502,19 @@ void convolveAndRebuild(Limb* r, size_t limbs, size_t n, size_t coefficients, co
                         size_t bn, const Limb* fixed, Limb carry[2])
 {
     // Three residue vectors and the scratch of the transforms (the second
-    // operand's and the twiddle pairs); all written before they are read.
+    // operand's); all written before they are read.
     const bool split = (n & (n - 1)) != 0;
-    std::unique_ptr<Limb[]> buffer(new Limb[split ? 3 * n + 10 * (n / 3) : 6 * n]);
+    const size_t points = split ? 2 * (n / 3) : n;
+    std::unique_ptr<Limb[]> buffer(new Limb[(split ? 3 * n + 6 * (n / 3) : 4 * n) + twiddleScratch(points)]);
     Limb* residues[3] = {buffer.get(), buffer.get() + n, buffer.get() + 2 * n};
     Limb* scratch = buffer.get() + 3 * n;
     for (int i = 0; i < 3; ++i) {
         const PrimeField& f = field(i);
         if (split) {
-            convolveSplit(residues[i], scratch, n / 3, a, an, b, bn, fixed ? fixed + i * n : nullptr, f);
+            convolveSplit(residues[i], scratch, n / 3, a, an, b, bn, fixed ? fixed + i * n : nullptr, i);
             continue;
         }
-        convolve(residues[i], scratch, scratch + n, n, a, an, b, bn, fixed ? fixed + i * n : nullptr, f);
+        convolve(residues[i], scratch, scratch + n, n, a, an, b, bn, fixed ? fixed + i * n : nullptr, i);
         for (size_t j = 0; j < coefficients; ++j)
             residues[i][j] = f.reduceTwice(f.reduceFourTimes(residues[i][j]));
     }
@@ -516,19 +597,19 @@ NttOperand::NttOperand(const Limb* b, size_t bn, size_t rn)
 {
     const bool split = (m_length & (m_length - 1)) != 0;
     const size_t m = m_length / 3;
-    std::unique_ptr<Limb[]> twiddles(new Limb[split ? 4 * m : 2 * m_length]);
+    std::unique_ptr<Limb[]> scratch(new Limb[twiddleScratch(split ? 2 * m : m_length)]);
     for (int i = 0; i < 3; ++i) {
         const PrimeField& f = field(i);
         Limb* t = m_transforms.get() + i * m_length;
         if (split) {
-            fillTwiddles(twiddles.get(), f, 2 * m);
+            const Twiddles tw(i, 2 * m, scratch.get());
             loadSplit(t, t + 2 * m, m, b, bn, f.rootOfUnity(4 * m), f);
-            forward(t, 2 * m, twiddles.get(), f);
-            forward(t + 2 * m, m, twiddles.get(), f);
+            forward(t, 2 * m, tw.forward(), f);
+            forward(t + 2 * m, m, tw.forward(), f);
         } else {
-            fillTwiddles(twiddles.get(), f, m_length);
+            const Twiddles tw(i, m_length, scratch.get());
             load(t, m_length, b, bn, f);
-            forward(t, m_length, twiddles.get(), f);
+            forward(t, m_length, tw.forward(), f);
         }
     }
 }

@@ -3,11 +3,11 @@
 #include "MathError.h"
 #include "NewtonDivider.h"
 #include "NumberTheoreticTransform.h"
+#include "RadixPowers.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstring>
-#include <deque>
 #include <memory>
 #include <vector>
 
@@ -47,33 +47,44 @@ int log2OfPowerOfTwo(int radix) noexcept
     return bits;
 }
 
-// powers[j] = base^(2^j), extended by squaring as far as asked. A deque, so
-// that references handed out stay valid while the table grows.
+// powers[j] = base^(2^j), taken from the process-wide table as far as
+// asked and it keeps them. Held here, so that references handed out stay
+// valid while the table grows.
 class PowerTable {
 public:
-    explicit PowerTable(Limb base) { m_powers.push_back(magFromU64(base)); }
+    explicit PowerTable(const BigBase& bb) : m_radix(static_cast<int>(bb.radix)) {}
     const Mag& get(size_t j)
     {
-        while (m_powers.size() <= j)
-            m_powers.push_back(magSqr(m_powers.back()));
-        return m_powers[j];
+        while (m_powers.size() <= j) {
+            // Beyond the kept ones, each power is squared from the last
+            // instead of from the largest kept one again.
+            if (!m_powers.empty() && m_powers.back()->size() > keptLimits().powerLimbs)
+                m_powers.push_back(std::make_shared<const Mag>(magSqr(*m_powers.back())));
+            else
+                m_powers.push_back(radixPower(m_radix, m_powers.size()));
+        }
+        return *m_powers[j];
     }
 
-    // x / powers[j]. Every level of a conversion divides by the same power,
-    // so where division goes through a reciprocal it is computed once.
+    // x / powers[j]. Every division of one level of a conversion to text
+    // has the same divisor, so once its products go through the transform,
+    // one divider per level (its reciprocal and transforms kept, and shared
+    // with later conversions) serves them all and each division costs two
+    // products; Burnikel-Ziegler, which cannot share anything between them,
+    // takes over below.
     void divMod(const Mag& x, size_t j, Mag* q, Mag* r)
     {
         const Mag& power = get(j);
-        const size_t threshold = thresholds().newtonDivision;
-        if (power.size() < threshold || x.size() < power.size() + threshold) {
+        const size_t threshold = thresholds().nttMul;
+        if (power.size() < threshold || x.size() < power.size() + threshold / 2) {
             magDivMod(x, power, q, r);
             return;
         }
-        if (m_reciprocals.size() <= j)
-            m_reciprocals.resize(j + 1);
-        if (!m_reciprocals[j])
-            m_reciprocals[j].reset(new NewtonDivider(power, power.size()));
-        m_reciprocals[j]->divMod(x, q, r);
+        if (m_dividers.size() <= j)
+            m_dividers.resize(j + 1);
+        if (!m_dividers[j])
+            m_dividers[j] = radixPowerDivider(m_radix, j, power);
+        m_dividers[j]->divMod(x, q, r);
     }
 
     // x * powers[j]. Every product of one level of a conversion from text
@@ -97,8 +108,9 @@ public:
     }
 
 private:
-    std::deque<Mag> m_powers;
-    std::vector<std::unique_ptr<NewtonDivider>> m_reciprocals;
+    int m_radix;
+    std::vector<std::shared_ptr<const Mag>> m_powers;
+    std::vector<std::shared_ptr<const NewtonDivider>> m_dividers;
     std::vector<std::unique_ptr<NttOperand>> m_transforms;
 };
 
@@ -285,7 +297,7 @@ std::string magToString(const Mag& a, int radix)
     const double perBit = std::log(2.0) / std::log(static_cast<double>(radix));
     const size_t width = static_cast<size_t>(static_cast<double>(magBitLength(a)) * perBit) + 2;
     std::string s(width, '0');
-    PowerTable powers(bb.base);
+    PowerTable powers(bb);
     digitsRecursive(a, &s[0] + width, width, bb, powers);
     size_t lead = s.find_first_not_of('0');
     s.erase(0, lead);
@@ -309,7 +321,7 @@ Mag magFromDigits(const unsigned char* digits, size_t n, int radix)
     const double bitsPerDigit = std::log2(static_cast<double>(radix));
     if (static_cast<double>(n - 1) * bitsPerDigit > static_cast<double>(MAX_BITS))
         raise(MathError::ValueTooLarge);
-    PowerTable powers(bb.base);
+    PowerTable powers(bb);
     return fromDigitsRecursive(digits, n, bb, powers);
 }
 

@@ -94,6 +94,22 @@ inline Limb portableMulWide(Limb a, Limb b, Limb& hi) noexcept
     return (mid << 32) | (p00 & mask);
 }
 
+inline Limb portableAddCarry(Limb a, Limb b, Limb& carry) noexcept
+{
+    const Limb s = a + b;
+    const Limb t = s + carry;
+    carry = (s < a) | (t < s);
+    return t;
+}
+
+inline Limb portableSubBorrow(Limb a, Limb b, Limb& borrow) noexcept
+{
+    const Limb d = a - b;
+    const Limb t = d - borrow;
+    borrow = (a < b) | (d < borrow);
+    return t;
+}
+
 // (hi:lo) / d for hi < d, in 32-bit digits (two steps of schoolbook division).
 inline Limb portableDivWide(Limb hi, Limb lo, Limb d, Limb& rem) noexcept
 {
@@ -162,6 +178,24 @@ inline Limb mulAdd1(Limb a, Limb b, Limb c, Limb& hi) noexcept
     return static_cast<Limb>(p);
 }
 
+// a + b + carry (carry 0 or 1); the carry out goes to carry. A 128-bit sum
+// becomes an add-with-carry chain in a loop, which the spelled-out
+// comparisons do not.
+inline Limb addCarry(Limb a, Limb b, Limb& carry) noexcept
+{
+    const WideLimb s = static_cast<WideLimb>(a) + b + carry;
+    carry = static_cast<Limb>(s >> 64);
+    return static_cast<Limb>(s);
+}
+
+// a - b - borrow (borrow 0 or 1); the borrow out goes to borrow.
+inline Limb subBorrow(Limb a, Limb b, Limb& borrow) noexcept
+{
+    const WideLimb d = static_cast<WideLimb>(a) - b - borrow;
+    borrow = static_cast<Limb>(d >> 64) & 1;
+    return static_cast<Limb>(d);
+}
+
 inline Limb divWide(Limb hi, Limb lo, Limb d, Limb& rem) noexcept
 {
     WideLimb n = (static_cast<WideLimb>(hi) << 64) | lo;
@@ -190,6 +224,16 @@ inline Limb mulAdd2(Limb a, Limb b, Limb c, Limb d, Limb& hi) noexcept
 inline Limb mulAdd1(Limb a, Limb b, Limb c, Limb& hi) noexcept
 {
     return mulAdd2(a, b, c, 0, hi);
+}
+
+inline Limb addCarry(Limb a, Limb b, Limb& carry) noexcept
+{
+    return portableAddCarry(a, b, carry);
+}
+
+inline Limb subBorrow(Limb a, Limb b, Limb& borrow) noexcept
+{
+    return portableSubBorrow(a, b, borrow);
 }
 
 inline Limb divWide(Limb hi, Limb lo, Limb d, Limb& rem) noexcept

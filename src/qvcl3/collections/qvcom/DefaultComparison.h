@@ -23,6 +23,11 @@ inline Result defaultHashCode(const IQVUnknown* element, uint32_t* result) noexc
     *result = 0;
     if (!element)
         return results::OK;
+    // An Object is asked through its own virtual table: the same HashCode
+    // (a subclass's override included) without the face and the reference
+    // that holds it.
+    if (const Object* object = ::qv::qvcom::objectOf(element))
+        return object->HashCode(result);
     ::qv::qvcom::ComparableFace comparable(element);
     if (comparable)
         return comparable->HashCode(result);
