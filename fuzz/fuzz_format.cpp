@@ -31,6 +31,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
         std::fprintf(stderr, "format differs from the replacement algorithm\n");
         std::abort();
     }
+    // The pattern holds no NUL, so as a NUL-terminated text it gives the same.
+    qv::String terminated(u"previous text");
+    terminated.formatArray(pattern.c_str(), -1, arguments.data(), static_cast<int32_t>(arguments.size()));
+    if (terminated.toU16String() != formatted.toU16String()) {
+        std::fprintf(stderr, "format of the NUL-terminated pattern differs\n");
+        std::abort();
+    }
     // The variadic form with the pattern held by the String itself.
     if (arguments.size() >= 2) {
         qv::String self(pattern.data(), static_cast<int32_t>(pattern.size()));

@@ -11,6 +11,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <random>
 #include <set>
 
 using namespace qv;
@@ -359,3 +361,72 @@ TEST(EncodingReaderWriterTest, PairsReadOneUnitAtATimeAndCharactersStraddlingThe
 }
 
 } // namespace
+
+namespace {
+
+// What one write or close did: the bytes the stream holds after it, and
+// the exception it threw (type and text), if any.
+struct Step {
+    std::string bytes;
+    std::string failure;
+    bool operator==(const Step& other) const { return bytes == other.bytes && failure == other.failure; }
+};
+
+template <class Operation>
+Step stepOf(ByteArrayOutputStream& sink, Operation&& operation)
+{
+    Step step;
+    try {
+        operation();
+    } catch (const Exception& e) {
+        step.failure = std::string(typeid(e).name()) + ": " + e.getDescription().toUtf8();
+    }
+    step.bytes.assign(sink.getData(), sink.getData() + sink.size());
+    return step;
+}
+
+} // namespace
+
+// ASCII skips the UTF-8 encoder while it holds nothing; a writer whose
+// encoder was handed out always uses it. Both must write the same bytes and
+// fail the same way, wherever the writes split the text.
+TEST(EncodingReaderWriterTest, AsciiShortcutWritesWhatTheUtf8EncoderWrites)
+{
+    std::mt19937 random(20240611);
+    const std::u16string valid[] = {u"\u00e9", u"\u20ac", u"\U0001F600", u"\x7F", u"\x80"};
+    const std::u16string lone[] = {u"\xD83D", u"\xDE00"};
+    for (int round = 0; round < 300; ++round) {
+        // Every third text holds lone surrogates; every tenth is longer than
+        // the byte buffer.
+        const bool faulty = round % 3 == 0;
+        std::u16string text;
+        while (text.size() < (round % 10 == 0 ? 20000u : 200u)) {
+            text.append(random() % 60, static_cast<char16_t>(u' ' + random() % 95));
+            text += faulty && random() % 4 == 0 ? lone[random() % 2] : valid[random() % 5];
+        }
+        auto directSink = makeReference<ByteArrayOutputStream>();
+        auto direct = makeReference<OutputStreamWriter>(directSink.get(), u"UTF-8");
+        auto encodedSink = makeReference<ByteArrayOutputStream>();
+        auto encoded = makeReference<OutputStreamWriter>(encodedSink.get(), u"UTF-8");
+        encoded->getEncoder();
+        size_t at = 0;
+        while (at < text.size()) {
+            const size_t count = std::min<size_t>(text.size() - at, 1 + random() % 700);
+            auto write = [&](OutputStreamWriter& writer) {
+                writer.write(text.data() + at, static_cast<int32_t>(count));
+                writer.flush();
+            };
+            const Step expected = stepOf(*encodedSink, [&] { write(*encoded); });
+            ASSERT_TRUE(stepOf(*directSink, [&] { write(*direct); }) == expected)
+                << "round " << round << ", units " << at << " to " << at + count << ": " << expected.failure;
+            at += count;
+        }
+        const Step expected = stepOf(*encodedSink, [&] { encoded->close(); });
+        ASSERT_TRUE(stepOf(*directSink, [&] { direct->close(); }) == expected) << "round " << round;
+        if (!faulty) {
+            EXPECT_EQ(expected.failure, "") << "round " << round;
+            EXPECT_EQ(expected.bytes, String(text.data(), static_cast<int32_t>(text.size())).toUtf8())
+                << "round " << round;
+        }
+    }
+}

@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 using namespace qv;
 
@@ -57,6 +58,33 @@ TEST_F(LangAllocationSweep, FormatKeepsTheOldTextWhenItFails)
     qvtest::sweepAllocations([&] { array.formatArray(pattern.c_str(), -1, many, 40); },
                              [&] { EXPECT_EQ(array.toU16String(), u"before"); });
     EXPECT_EQ(array.getLength(), 120);
+}
+
+// An ordinary format costs the result's block and nothing else; past the
+// working tables' stack room (32 placeholders, 16 arguments, 64 indexes
+// looked up in a mask) the heap tables fail as cleanly.
+TEST_F(LangAllocationSweep, FormatAllocatesOnlyItsResultUntilTheTablesOverflow)
+{
+    String target(u"old");
+    EXPECT_EQ(qvtest::sweepAllocations([&] { target.format(u"request {0} served from shard {1}", -1, u"12345", u"6"); },
+                                       [&] { EXPECT_EQ(target.toU16String(), u"old"); }),
+              1);
+    EXPECT_EQ(target.toU16String(), u"request 12345 served from shard 6");
+
+    std::u16string pattern;
+    std::vector<const char16_t*> arguments;
+    for (int i = 0; i < 100; ++i) {
+        pattern += u"<{" + String::valueOf(i % 70).toU16String() + u"}>";
+        arguments.push_back(i % 2 ? u"odd" : u"");
+    }
+    String many(u"before");
+    for (int32_t length : {-1, static_cast<int32_t>(pattern.size())}) {
+        EXPECT_GT(qvtest::sweepAllocations([&] { many.formatArray(pattern.c_str(), length, arguments.data(), 70); },
+                                           [&] { EXPECT_EQ(many.toU16String(), u"before"); }),
+                  2);
+        EXPECT_EQ(many.getLength(), 100 * 2 + 50 * 3);
+        many = String(u"before");
+    }
 }
 
 TEST_F(LangAllocationSweep, BoxedNumbersAndValueOf)

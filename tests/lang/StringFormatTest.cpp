@@ -96,6 +96,17 @@ TEST(StringFormat, ThisStringMayBeThePatternOrAnArgument)
     shared.format(shared, shared);
     EXPECT_EQ(text(shared), u"{0}");
     EXPECT_EQ(text(other), u"{0}");
+
+    // The result's buffer is this String's alone until copied: edits after
+    // a copy leave the copy as it was.
+    String formatted;
+    formatted.format(u"{0}-{1}", -1, u"a", u"b");
+    formatted.append(u'+');
+    String copy(formatted);
+    formatted.append(u'!');
+    formatted.setCharAt(0, u'A');
+    EXPECT_EQ(text(formatted), u"A-b+!");
+    EXPECT_EQ(text(copy), u"a-b+");
 }
 
 TEST(StringValueOf, IntegersPrintLikePrintf)

@@ -303,6 +303,117 @@ TEST(LogEntryTest, NamesComeInTheMapOrderAndTheIteratorAgrees)
     EXPECT_EQ(many->HasField(u"nope"), 1);
 }
 
+namespace {
+
+using WalkedField = std::pair<std::string, const Object*>;
+
+template <class Visit>
+class VisitorOf final : public ILogEntry::FieldVisitor {
+public:
+    explicit VisitorOf(Visit visit) : m_visit(visit) {}
+    void visit(const String& name, const Object* value) override { m_visit(name, value); }
+
+private:
+    Visit m_visit;
+};
+
+template <class Visit>
+void walk(const ILogEntry* entry, Visit visit)
+{
+    VisitorOf<Visit> visitor(visit);
+    entry->visitFields(visitor);
+}
+
+std::vector<WalkedField> walked(const ILogEntry* entry)
+{
+    std::vector<WalkedField> fields;
+    walk(entry, [&](const String& name, const Object* value) { fields.emplace_back(name.toUtf8(), value); });
+    return fields;
+}
+
+std::vector<WalkedField> lookedUp(const ILogEntry* entry)
+{
+    std::vector<WalkedField> fields;
+    const Reference<const collections::Set<String>> all = entry->getFieldNames();
+    for (const String& name : *all)
+        fields.emplace_back(name.toUtf8(), entry->getField(name).get());
+    return fields;
+}
+
+// A value set through the component face that is not a qv::Object.
+class BareUnknown : public IQVUnknown {
+public:
+    Result QueryInterface(const GUID& iid, void** out) override
+    {
+        if (iid != IQVUnknown::iid)
+            return results::NOINTERFACE;
+        AddRef();
+        *out = this;
+        return results::OK;
+    }
+    uint32_t AddRef() const override { return ++m_count; }
+    uint32_t Release() const override { return --m_count; }
+
+private:
+    mutable uint32_t m_count = 1;
+};
+
+} // namespace
+
+TEST(LogEntryTest, InPlaceWalkAgreesWithNamesAndLookupsAtEverySize)
+{
+    Reference<LogEntry> entry = LogEntry::create();
+    EXPECT_TRUE(walked(entry.get()).empty());
+    Reference<String> text(new String(u"v"));
+    Reference<Integer32> number(new Integer32(5));
+    BareUnknown bare;
+    std::set<std::string> distinct;
+    // Own names and repeated ones, nulls, values that are not Objects, the
+    // move into the vector past six fields and into the map past 75.
+    for (int i = 0; i < 240; ++i) {
+        const String key = String(u"f").append(String::valueOf(i % 3 == 2 ? i / 2 : i));
+        distinct.insert(key.toUtf8());
+        switch (i % 4) {
+        case 0: entry->setField(key, text.get()); break;
+        case 1: entry->setField(key, nullptr); break;
+        case 2: ASSERT_EQ(entry->SetField(key.getData(), &bare), 0); break;
+        default: entry->setField(key, number.get()); break;
+        }
+        ASSERT_EQ(walked(entry.get()), lookedUp(entry.get())) << "after " << i + 1 << " puts";
+    }
+    EXPECT_EQ(walked(entry.get()).size(), distinct.size());
+}
+
+TEST(LogEntryTest, InPlaceWalkFailsFastWhenTheVisitorAddsAndPassesItsExceptionsOut)
+{
+    Reference<String> value(new String(u"v"));
+    for (const int size : {3, 6, 7, 75, 76}) {
+        Reference<LogEntry> entry = LogEntry::create();
+        for (int i = 0; i < size; ++i)
+            entry->setField(String(u"k").append(String::valueOf(i)), value.get());
+        // Replacing a value is no structural change: the walk goes on.
+        int seen = 0;
+        walk(entry.get(), [&](const String& name, const Object*) {
+            entry->setField(name, nullptr);
+            ++seen;
+        });
+        EXPECT_EQ(seen, size);
+        EXPECT_FALSE(entry->getField(String(u"k0")));
+        // A new field may move the storage under the walk.
+        int added = 0;
+        EXPECT_THROW(walk(entry.get(),
+                          [&](const String&, const Object*) {
+                              entry->setField(String(u"new").append(String::valueOf(added++)), value.get());
+                          }),
+                     Exception)
+            << size << " fields";
+        EXPECT_EQ(added, 1) << size << " fields";
+        EXPECT_EQ(walked(entry.get()), lookedUp(entry.get()));
+        EXPECT_THROW(walk(entry.get(), [](const String&, const Object*) { throw IllegalStateException(); }),
+                     IllegalStateException);
+    }
+}
+
 TEST(LogEntryTest, ComponentFaceReportsAllocationFailureAsCode)
 {
     if (!qvtest::allocationFaultsAvailable())

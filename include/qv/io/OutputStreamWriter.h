@@ -49,12 +49,21 @@ private:
     void ensureOpen() const;
     void writeBytes();
     void finish();
+    // Copies the ASCII units from text[pos] on straight into the byte
+    // buffer while the encoder is UTF-8 and holds nothing; returns the
+    // position of the first unit left for the encoder.
+    int32_t writeAsciiDirectly(const char16_t* text, int32_t pos, int32_t count);
 
     Reference<OutputStream> m_out;
     Reference<text::charset::CharToByteConverter> m_encoder;
     signed char* m_bytes = nullptr;
     int32_t m_count = 0;
     int64_t m_unitsWritten = 0;
+    // ASCII is its own UTF-8: such units skip the encoder as long as it is
+    // known to hold no high surrogate (never again once it has been handed
+    // out by getEncoder(), whose caller may drive it directly).
+    mutable bool m_asciiDirect = false;
+    bool m_encoderMayHold = false;
 };
 
 } // namespace io

@@ -44,6 +44,22 @@ protected:
     // value->toString(), nothing for a null value. Strings and the boxed
     // 32-bit integers are copied without making a String.
     static void appendValue(const Object* value, std::u16string& to);
+    // entry->visitFields() with visit(const String& name, const Object* value)
+    // called for each field.
+    template <class Visit>
+    static void forEachField(const ILogEntry* entry, Visit&& visit)
+    {
+        class Adapter final : public ILogEntry::FieldVisitor {
+        public:
+            explicit Adapter(Visit& visit) noexcept : m_visit(visit) {}
+            void visit(const String& name, const Object* value) override { m_visit(name, value); }
+
+        private:
+            Visit& m_visit;
+        };
+        Adapter adapter(visit);
+        entry->visitFields(adapter);
+    }
 
 private:
     Reference<io::Writer> m_writer;

@@ -23,6 +23,27 @@ public:
     // The names in the entry's own (hash) order.
     virtual Reference<const collections::Set<String>> getFieldNames() const = 0;
 
+    // Receives the fields of an entry one by one.
+    class FieldVisitor {
+    public:
+        // value is what getField(name) gives, null for an empty reference;
+        // both live at least until the call returns.
+        virtual void visit(const String& name, const Object* value) = 0;
+
+    protected:
+        ~FieldVisitor() = default;
+    };
+    // Hands every field to visitor in getFieldNames() order. Exceptions from
+    // visitor pass out. This default asks getFieldNames() and then
+    // getField() for each name; an entry that can walk its own storage
+    // overrides it, since a writer calls it for every entry it writes.
+    virtual void visitFields(FieldVisitor& visitor) const
+    {
+        const Reference<const collections::Set<String>> names = getFieldNames();
+        for (const String& name : *names)
+            visitor.visit(name, getField(name).get());
+    }
+
 protected:
     ~ILogEntry() = default;
 };

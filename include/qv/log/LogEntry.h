@@ -30,6 +30,8 @@ public:
     Reference<const Object> getField(const String& name) const override;
     bool hasField(const String& name) const override;
     Reference<const collections::Set<String>> getFieldNames() const override;
+    // Walks the fields in place: no Set of names, no lookup per name.
+    void visitFields(FieldVisitor& visitor) const override;
 
     Result SetField(const char16_t* name, IQVUnknown* value) override;
     Result GetField(const char16_t* name, const GUID& iid, void** out) const override;
@@ -90,6 +92,9 @@ private:
         return m_more.empty() ? reinterpret_cast<Field*>(m_inline) : const_cast<Field*>(m_more.data());
     }
     void clearInline() noexcept;
+    // Fills order with the indexes into fields() in the map's order (m_count
+    // of them; only while there is no m_map).
+    void mapOrder(size_t* order) const noexcept;
     alignas(Field) mutable unsigned char m_inline[INLINE_FIELDS * sizeof(Field)];
     std::vector<Field> m_more;
     size_t m_count = 0;

@@ -2,7 +2,13 @@
 
 #include <qv/core/Exception.h>
 #include <qv/io/IoException.h>
+#include <qv/text/charset/CTBUTF8.h>
 
+#include <cstdint>
+#include <cstring>
+#include <typeinfo>
+
+#include "UtfArithmetic.h"
 #include "io/ConversionSteps.h"
 #include "io/StreamChecks.h"
 
@@ -18,6 +24,8 @@ OutputStreamWriter::OutputStreamWriter(OutputStream* out, const char16_t* encodi
     m_bytes = static_cast<signed char*>(QVMemAlloc(BYTE_BUFFER_SIZE));
     if (!m_bytes)
         throw OutOfMemoryException();
+    const text::charset::CharToByteConverter& encoder = *m_encoder;
+    m_asciiDirect = typeid(encoder) == typeid(text::charset::CTBUTF8);
 }
 
 OutputStreamWriter::~OutputStreamWriter()
@@ -34,6 +42,7 @@ OutputStreamWriter::~OutputStreamWriter()
 
 Reference<CharToByteConverter> OutputStreamWriter::getEncoder() const
 {
+    m_asciiDirect = false;
     return m_encoder;
 }
 
@@ -66,9 +75,18 @@ void OutputStreamWriter::write(const char16_t* text, int32_t count)
     while (pos < count) {
         if (m_count == BYTE_BUFFER_SIZE)
             writeBytes();
+        if (m_asciiDirect && !m_encoderMayHold) {
+            pos = writeAsciiDirectly(text, pos, count);
+            if (pos == count)
+                break;
+            if (m_count == BYTE_BUFFER_SIZE)
+                continue;
+        }
         int32_t before = pos;
         int32_t bytesBefore = m_count;
         try {
+            // Stays so if the encoder throws: what it holds then is unknown.
+            m_encoderMayHold = true;
             detail::convertLocating(*m_encoder, text, &pos, count, m_bytes, &m_count, BYTE_BUFFER_SIZE, callBase,
                                     u"character", false);
         } catch (...) {
@@ -76,6 +94,9 @@ void OutputStreamWriter::write(const char16_t* text, int32_t count)
             m_unitsWritten += pos - before;
             throw;
         }
+        // A character is never split, so only a high surrogate that ends the
+        // text can be waiting in the encoder.
+        m_encoderMayHold = pos == count && qvutf::isHighSurrogate(text[count - 1]);
         m_unitsWritten += pos - before;
         if (pos == before && m_count == bytesBefore) {
             // The encoder never splits a character: when the next one does
@@ -85,6 +106,54 @@ void OutputStreamWriter::write(const char16_t* text, int32_t count)
             writeBytes();
         }
     }
+}
+
+namespace {
+
+// Narrows `Units` units into bytes when all of them are ASCII. Through
+// local copies, since the bytes could otherwise alias the text, which would
+// keep the compiler from doing a block at a time.
+template <int Units>
+bool narrowAscii(const char16_t* text, signed char* out)
+{
+    static_assert(Units % 4 == 0, "whole 64-bit words");
+    // Four units per word: the test of every unit's high nine bits holds
+    // in either byte order.
+    uint64_t words[Units / 4];
+    std::memcpy(words, text, sizeof words);
+    uint64_t any = 0;
+    for (const uint64_t word : words)
+        any |= word;
+    if ((any & 0xFF80FF80FF80FF80u) != 0)
+        return false;
+    char16_t units[Units];
+    std::memcpy(units, words, sizeof units);
+    signed char bytes[Units];
+    for (int k = 0; k < Units; ++k)
+        bytes[k] = static_cast<signed char>(units[k]);
+    std::memcpy(out, bytes, sizeof bytes);
+    return true;
+}
+
+} // namespace
+
+int32_t OutputStreamWriter::writeAsciiDirectly(const char16_t* text, int32_t pos, int32_t count)
+{
+    const int32_t room = BYTE_BUFFER_SIZE - m_count;
+    const int32_t end = count - pos < room ? count : pos + room;
+    signed char* const out = m_bytes + m_count - pos;
+    int32_t at = pos;
+    while (end - at >= 16 && narrowAscii<16>(text + at, out + at))
+        at += 16;
+    while (end - at >= 4 && narrowAscii<4>(text + at, out + at))
+        at += 4;
+    while (at < end && text[at] < 0x80) {
+        out[at] = static_cast<signed char>(text[at]);
+        ++at;
+    }
+    m_count += at - pos;
+    m_unitsWritten += at - pos;
+    return at;
 }
 
 void OutputStreamWriter::flush()

@@ -1,86 +1,190 @@
 #include <qv/core/Exception.h>
 #include <qv/lang/String.h>
 
+#include "EmbeddedCharBuffer.h"
 #include "UnitScratch.h"
 
 #include <algorithm>
 #include <charconv>
 #include <cinttypes>
 #include <cstdio>
+#include <cstring>
 #include <vector>
 
 namespace qv {
 
 namespace {
 
-// The units of "{n}" as valueOf(int) prints n: no sign, no leading zeros.
-int32_t placeholderLength(int32_t index) noexcept
-{
-    int32_t digits = 1;
-    for (uint32_t v = static_cast<uint32_t>(index); v >= 10; v /= 10)
-        ++digits;
-    return digits + 2;
-}
+// Reaching "{n}" takes the placeholders "{0}" to "{n}", at least 3(n + 1)
+// units, so no index from here on can be reached in a String.
+constexpr int64_t kUnreachableIndex = detail::kMaxStringLength / 3 + 1;
 
-// The index of the placeholder "{n}" that starts at text[at] (a '{'), or -1
-// when none starts there. Only n below limit counts: an index beyond the
-// number of placeholders can never be reached by the scan from "{0}".
-int32_t placeholderAt(const char16_t* text, int32_t length, int32_t at, int32_t limit) noexcept
-{
-    int32_t i = at + 1;
-    if (i >= length || text[i] < u'0' || text[i] > u'9')
-        return -1;
-    int64_t index = 0;
-    if (text[i] == u'0') {
-        ++i;
-    } else {
-        while (i < length && text[i] >= u'0' && text[i] <= u'9') {
-            index = index * 10 + (text[i] - u'0');
-            if (index >= limit)
-                return -1;
-            ++i;
-        }
+// Eight bytes, against the six a "{0}" takes in the pattern: the table of a
+// pattern made of nothing but placeholders stays the pattern's size.
+struct Placeholder {
+    int32_t at; // the '{'
+    int32_t index;
+
+    // One past the '}': the digits are those valueOf(int) prints.
+    int32_t end() const noexcept
+    {
+        int32_t units = 3;
+        for (uint32_t v = static_cast<uint32_t>(index); v >= 10; v /= 10)
+            ++units;
+        return at + units;
     }
-    if (i >= length || text[i] != u'}' || index >= limit)
-        return -1;
-    return static_cast<int32_t>(index);
-}
-
-struct Argument {
-    const char16_t* text = nullptr;
-    int32_t length = 0;
 };
 
-// The working tables of a format: the first N entries stay on the stack,
-// which covers ordinary patterns without a heap allocation.
+struct Argument {
+    const char16_t* text;
+    int32_t length;
+};
+
+// A list whose first N entries live on the stack, left uninitialised until
+// pushed, so that ordinary patterns cost neither a heap allocation nor the
+// clearing of a table.
 template <class T, size_t N>
 class SmallList {
 public:
-    explicit SmallList(size_t size) : m_size(size)
-    {
-        if (size > N)
-            m_heap.resize(size);
-    }
+    SmallList() noexcept {}
+    SmallList(const SmallList&) = delete;
+    SmallList& operator=(const SmallList&) = delete;
     void push(const T& value)
     {
-        if (m_heap.empty() && m_size < N) {
+        if (m_size < N) {
             m_local[m_size++] = value;
             return;
         }
         if (m_heap.empty())
-            m_heap.assign(m_local, m_local + m_size);
+            m_heap.assign(m_local, m_local + N);
         m_heap.push_back(value);
         ++m_size;
     }
-    T* begin() noexcept { return m_heap.empty() ? m_local : m_heap.data(); }
-    T& operator[](size_t index) noexcept { return begin()[index]; }
+    const T* begin() const noexcept { return m_size <= N ? m_local : m_heap.data(); }
+    const T* end() const noexcept { return begin() + m_size; }
+    const T& operator[](size_t index) const noexcept { return begin()[index]; }
     size_t size() const noexcept { return m_size; }
 
 private:
-    T m_local[N] = {};
+    T m_local[N];
     std::vector<T> m_heap;
     size_t m_size = 0;
 };
+
+using PlaceholderList = SmallList<Placeholder, 32>;
+
+inline bool isDigit(char16_t c) noexcept
+{
+    return c >= u'0' && c <= u'9';
+}
+
+// Records the placeholder "{n}" that may start at the '{' text[at] (n as
+// valueOf(int) prints it: no sign, no leading zeros) and returns where the
+// scan goes on: past its '}', or at the first unit that cannot belong to
+// it. A NUL stops the digits like any other unit, so a NUL-terminated text
+// may pass a length it never reaches.
+inline int32_t takePlaceholder(const char16_t* text, int32_t length, int32_t at, PlaceholderList& found)
+{
+    int32_t i = at + 1;
+    if (i >= length || !isDigit(text[i]))
+        return i;
+    int64_t index = text[i++] - u'0';
+    if (index != 0) {
+        while (i < length && isDigit(text[i])) {
+            index = index * 10 + (text[i] - u'0');
+            if (index >= kUnreachableIndex)
+                return i;
+            ++i;
+        }
+    }
+    if (i >= length || text[i] != u'}')
+        return i;
+    found.push(Placeholder{at, static_cast<int32_t>(index)});
+    return i + 1;
+}
+
+// The first '{' in text[from, length), or length. Four units are tested at
+// once (a lane equal to '{' becomes zero, and the classic zero-lane test
+// finds it exactly), never reading past length.
+int32_t findOpeningBrace(const char16_t* text, int32_t from, int32_t length) noexcept
+{
+    constexpr uint64_t kLaneOnes = 0x0001000100010001u;
+    constexpr uint64_t kLaneHighBits = 0x8000800080008000u;
+    constexpr uint64_t kBraces = kLaneOnes * u'{';
+    int32_t i = from;
+    for (; length - i >= 4; i += 4) {
+        uint64_t word;
+        std::memcpy(&word, text + i, sizeof(word));
+        const uint64_t lanes = word ^ kBraces;
+        if ((lanes - kLaneOnes) & ~lanes & kLaneHighBits)
+            break;
+    }
+    for (; i < length; ++i) {
+        if (text[i] == u'{')
+            return i;
+    }
+    return length;
+}
+
+void scanPattern(const char16_t* pattern, int32_t length, PlaceholderList& found)
+{
+    for (int32_t i = findOpeningBrace(pattern, 0, length); i < length;
+         i = findOpeningBrace(pattern, takePlaceholder(pattern, length, i, found), length)) {
+    }
+}
+
+// Units from 1 to 'z', most of any text, need no second look: one test
+// lets them through.
+inline bool isPlainUnit(char16_t c) noexcept
+{
+    return static_cast<char16_t>(c - 1) < u'z';
+}
+
+// The length scan of a NUL-terminated pattern and its placeholder scan in
+// one pass. No unit is read before the one ahead of it is known not to end
+// the text: a wider read could pass the terminator and leave the caller's
+// memory.
+int32_t scanTerminatedPattern(const char16_t* pattern, PlaceholderList& found)
+{
+    const char16_t* p = pattern;
+    for (;;) {
+        while (isPlainUnit(p[0]) && isPlainUnit(p[1]) && isPlainUnit(p[2]) && isPlainUnit(p[3]))
+            p += 4;
+        while (isPlainUnit(*p))
+            ++p;
+        const int32_t at = static_cast<int32_t>(p - pattern);
+        if (*p == 0)
+            return at;
+        p = pattern + (*p == u'{' ? takePlaceholder(pattern, detail::kMaxStringLength, at, found) : at + 1);
+    }
+}
+
+// The first index that no placeholder carries: with k placeholders it is at
+// most k, so only the indices below k are looked at.
+int32_t firstMissingIndex(const PlaceholderList& found)
+{
+    const size_t count = found.size();
+    if (count <= 64) {
+        uint64_t seen = 0;
+        for (const Placeholder& placeholder : found) {
+            if (static_cast<size_t>(placeholder.index) < count)
+                seen |= uint64_t(1) << placeholder.index;
+        }
+        int32_t missing = 0;
+        for (; seen & 1; seen >>= 1)
+            ++missing;
+        return missing;
+    }
+    std::vector<bool> seen(count);
+    for (const Placeholder& placeholder : found) {
+        if (static_cast<size_t>(placeholder.index) < count)
+            seen[static_cast<size_t>(placeholder.index)] = true;
+    }
+    int32_t missing = 0;
+    while (static_cast<size_t>(missing) < count && seen[static_cast<size_t>(missing)])
+        ++missing;
+    return missing;
+}
 
 class ListArguments {
 public:
@@ -131,41 +235,31 @@ String fromAscii(const char* text, int32_t length)
 
 // "{n}" takes argument n for every n from 0 up to the first index missing
 // from the pattern (or the last argument); every other text stays as it is,
-// and argument text is never searched again. One scan counts the
-// placeholders, a second writes the result, so the work is linear in the
-// pattern and the output whatever the pattern holds. The result is made in a
-// String of its own and taken over at the end: until then this String keeps
-// its text, so a pattern or arguments taken from it stay valid, and a failed
-// allocation leaves it as it was.
+// and argument text is never searched again. One scan of the pattern
+// records where its placeholders are (and finds its end when it is
+// NUL-terminated); the result is then copied between them, so the work is
+// linear in the pattern and the output whatever the pattern holds. The
+// result is made in a buffer of its own and taken over at the end: until
+// then this String keeps its text, so a pattern or arguments taken from it
+// stay valid, and a failed allocation leaves it as it was.
 template <class NextArgument>
 void String::formatWith(const char16_t* pattern, int32_t length, NextArgument& next)
 {
-    if (length == -1)
-        length = QVStrLenW(pattern);
-    if (!pattern || length < 0)
+    PlaceholderList placeholders;
+    if (!pattern || length < -1)
         length = 0;
-    // k placeholders need at least 3k units, so no index from length / 3 on
-    // can be reached.
-    const int32_t limit = length / 3 + 1;
-    SmallList<int32_t, 64> counts(static_cast<size_t>(limit));
-    for (int32_t i = 0; i < length; ++i) {
-        if (pattern[i] != u'{')
-            continue;
-        int32_t index = placeholderAt(pattern, length, i, limit);
-        if (index >= 0) {
-            ++counts[static_cast<size_t>(index)];
-            i += placeholderLength(index) - 1;
-        }
-    }
-    SmallList<Argument, 16> arguments(0);
-    int64_t finalLength = length;
-    for (int32_t n = 0; n < limit && counts[static_cast<size_t>(n)] > 0; ++n) {
+    else if (length == -1)
+        length = scanTerminatedPattern(pattern, placeholders);
+    else
+        scanPattern(pattern, length, placeholders);
+
+    SmallList<Argument, 16> arguments;
+    const int32_t wanted = firstMissingIndex(placeholders);
+    for (int32_t n = 0; n < wanted; ++n) {
         const char16_t* text = nullptr;
         if (!next.next(text))
             break;
-        Argument argument{text, QVStrLenW(text)};
-        arguments.push(argument);
-        finalLength += static_cast<int64_t>(counts[static_cast<size_t>(n)]) * (argument.length - placeholderLength(n));
+        arguments.push(Argument{text, QVStrLenW(text)});
     }
     const int32_t taken = static_cast<int32_t>(arguments.size());
     if (taken == 0) {
@@ -174,28 +268,34 @@ void String::formatWith(const char16_t* pattern, int32_t length, NextArgument& n
         setAddRef(unchanged);
         return;
     }
+    int64_t finalLength = length;
+    for (const Placeholder& placeholder : placeholders) {
+        if (placeholder.index < taken)
+            finalLength +=
+                arguments[static_cast<size_t>(placeholder.index)].length - (placeholder.end() - placeholder.at);
+    }
     if (finalLength > detail::kMaxStringLength)
         throw OutOfMemoryException();
-    String result;
-    char16_t* out = result.getWriteLock(static_cast<int32_t>(finalLength));
+    // This String then holds the buffer alone, as after a copy it made
+    // itself: a later edit need not copy again.
+    util::RWCharBuffer* fresh = detail::EmbeddedCharBuffer::create(static_cast<int32_t>(finalLength) + 1);
+    char16_t* const units = const_cast<char16_t*>(fresh->util::RWCharBuffer::GetData());
+    char16_t* out = units;
     int32_t copied = 0;
-    for (int32_t i = 0; i < length; ++i) {
-        if (pattern[i] != u'{')
+    for (const Placeholder& placeholder : placeholders) {
+        if (placeholder.index >= taken)
             continue;
-        int32_t index = placeholderAt(pattern, length, i, taken);
-        if (index < 0)
-            continue;
-        std::copy(pattern + copied, pattern + i, out);
-        out += i - copied;
-        const Argument& argument = arguments[static_cast<size_t>(index)];
-        std::copy(argument.text, argument.text + argument.length, out);
-        out += argument.length;
-        i += placeholderLength(index) - 1;
-        copied = i + 1;
+        out = std::copy(pattern + copied, pattern + placeholder.at, out);
+        const Argument& argument = arguments[static_cast<size_t>(placeholder.index)];
+        out = std::copy(argument.text, argument.text + argument.length, out);
+        copied = placeholder.end();
     }
     std::copy(pattern + copied, pattern + length, out);
-    result.releaseWriteLock(static_cast<int32_t>(finalLength));
-    setAddRef(result);
+    units[finalLength] = 0;
+    fresh->util::RWCharBuffer::releaseWriteLock(static_cast<int32_t>(finalLength) + 1);
+    fresh->AddRef();
+    hold(fresh, fresh);
+    m_exclusive.store(true, std::memory_order_relaxed);
 }
 
 const String& String::formatArray(const char16_t* pattern, int32_t patternLength, const char16_t* const* list,

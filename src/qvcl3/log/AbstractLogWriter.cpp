@@ -62,16 +62,22 @@ void AbstractLogWriter::appendValue(const Object* value, std::u16string& to)
 {
     if (!value)
         return;
-    // Exact classes only: a derived class may have its own toString().
+    // Exact classes only: a derived class may have its own toString(). The
+    // addresses of the type_info objects are compared first: they settle the
+    // usual cases without comparing the names.
     const std::type_info& type = typeid(*value);
-    if (type == typeid(String)) {
-        appendText(*static_cast<const String*>(value), to);
-    } else if (type == typeid(Integer32)) {
+    const bool isString = &type == &typeid(String);
+    if (!isString && (&type == &typeid(Integer32) || type == typeid(Integer32))) {
         // The same digits as String::valueOf(long).
         char digits[16];
         const auto end =
             std::to_chars(digits, digits + sizeof digits, static_cast<const Integer32*>(value)->getValue());
-        to.append(digits, end.ptr);
+        const size_t at = to.size();
+        to.resize(at + static_cast<size_t>(end.ptr - digits));
+        for (const char* digit = digits; digit != end.ptr; ++digit)
+            to[at + static_cast<size_t>(digit - digits)] = static_cast<char16_t>(*digit);
+    } else if (isString || type == typeid(String)) {
+        appendText(*static_cast<const String*>(value), to);
     } else {
         appendText(value->toString(), to);
     }

@@ -21,14 +21,14 @@ String BasicLogWriter::format(const ILogEntry* entry)
 
 void BasicLogWriter::appendEntry(const ILogEntry* entry, std::u16string& text)
 {
-    const Reference<const collections::Set<String>> names = entry->getFieldNames();
-    for (const String& name : *names) {
+    forEachField(entry, [&text](const String& name, const Object* value) {
         appendText(name, text);
         text += u'=';
-        appendValue(entry->getField(name).get(), text);
+        appendValue(value, text);
         text += u'\n';
-    }
-    text.append(u"-------------------------\n");
+    });
+    static constexpr char16_t rule[] = u"-------------------------\n";
+    text.append(rule, sizeof rule / sizeof rule[0] - 1);
 }
 
 } // namespace log

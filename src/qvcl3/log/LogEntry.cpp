@@ -1,6 +1,7 @@
 #include <qv/log/LogEntry.h>
 
 #include <qv/core/Boundary.h>
+#include <qv/core/Exception.h>
 
 #include "RecycledBlocks.h"
 
@@ -202,17 +203,9 @@ bool LogEntry::hasField(const String& name) const
     return m_map ? m_map->containsKey(name) : find(name, collections::StringKeyTraits::hash(name)) != nullptr;
 }
 
-Reference<const collections::Set<String>> LogEntry::getFieldNames() const
+void LogEntry::mapOrder(size_t* order) const noexcept
 {
-    Reference<collections::Set<String>> names(new collections::Set<String>());
-    if (m_map) {
-        auto it = m_map->createIterator();
-        while (it.hasNext())
-            names->add(it.next().getKey());
-        return names;
-    }
     // The map's walk: from the highest bucket down, each chain newest first.
-    size_t order[kMostBeforeGrowth];
     const size_t count = m_count;
     const Field* const all = fields();
     for (size_t i = 0; i < count; ++i) {
@@ -224,9 +217,47 @@ Reference<const collections::Set<String>> LogEntry::getFieldNames() const
             order[at] = order[at - 1];
         order[at] = index;
     }
-    for (size_t i = 0; i < count; ++i)
+}
+
+Reference<const collections::Set<String>> LogEntry::getFieldNames() const
+{
+    Reference<collections::Set<String>> names(new collections::Set<String>());
+    if (m_map) {
+        auto it = m_map->createIterator();
+        while (it.hasNext())
+            names->add(it.next().getKey());
+        return names;
+    }
+    size_t order[kMostBeforeGrowth];
+    mapOrder(order);
+    const Field* const all = fields();
+    for (size_t i = 0; i < m_count; ++i)
         names->add(all[order[i]].name());
     return names;
+}
+
+void LogEntry::visitFields(FieldVisitor& visitor) const
+{
+    if (m_map) {
+        auto it = m_map->createIterator();
+        while (it.hasNext()) {
+            const auto& field = it.next();
+            // As getField: a value set through the component face need not be an Object.
+            visitor.visit(field.getKey(), dynamic_cast<const Object*>(field.getValue().get()));
+        }
+        return;
+    }
+    size_t order[kMostBeforeGrowth];
+    mapOrder(order);
+    const size_t count = m_count;
+    const Field* const all = fields();
+    for (size_t i = 0; i < count; ++i) {
+        // Fail fast, as the map's own walk does, if the visitor added a
+        // field: the storage may have moved under the walk.
+        if (m_map || m_count != count || fields() != all)
+            throw Exception();
+        visitor.visit(all[order[i]].name(), all[order[i]].object);
+    }
 }
 
 Result LogEntry::SetField(const char16_t* name, IQVUnknown* value)

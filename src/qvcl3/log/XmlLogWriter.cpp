@@ -1,5 +1,7 @@
 #include <qv/log/XmlLogWriter.h>
 
+#include <exception>
+
 namespace qv {
 namespace log {
 
@@ -11,8 +13,21 @@ XmlLogWriter::XmlLogWriter(io::Writer* writer) : AbstractLogWriter(writer)
 
 XmlLogWriter::~XmlLogWriter() noexcept(false)
 {
-    getWriter()->write(String(u"</log>\n"));
-    getWriter()->flush();
+    const auto close = [this] {
+        getWriter()->write(String(u"</log>\n"));
+        getWriter()->flush();
+    };
+    if (std::uncaught_exceptions() == 0) {
+        close();
+        return;
+    }
+    // Dropped while an exception (often the writer's own) unwinds the stack:
+    // a second one would end the process, so the closing tag is written if
+    // the writer still can, and its failure is not thrown.
+    try {
+        close();
+    } catch (...) {
+    }
 }
 
 Reference<ILogProcessor> XmlLogWriter::create(io::Writer* writer)
@@ -44,8 +59,7 @@ size_t lengthToNul(const char16_t* text, size_t length)
 void XmlLogWriter::appendEntry(const ILogEntry* entry, std::u16string& text)
 {
     text.append(u"  <entry>\n");
-    const Reference<const collections::Set<String>> names = entry->getFieldNames();
-    for (const String& name : *names) {
+    forEachField(entry, [&text](const String& name, const Object* value) {
         const char16_t* units = name.getData();
         const size_t nameLength = lengthToNul(units, static_cast<size_t>(name.getLength()));
         const int32_t space = name.indexOf(u' ');
@@ -55,12 +69,12 @@ void XmlLogWriter::appendEntry(const ILogEntry* entry, std::u16string& text)
         text.append(units, nameLength);
         text.append(u"> ");
         const size_t valueStart = text.size();
-        appendValue(entry->getField(name).get(), text);
+        appendValue(value, text);
         text.resize(valueStart + lengthToNul(text.data() + valueStart, text.size() - valueStart));
         text.append(u" </");
         text.append(units, tagLength);
         text.append(u">\n");
-    }
+    });
     text.append(u"  </entry>\n");
 }
 

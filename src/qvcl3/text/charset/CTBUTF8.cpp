@@ -352,7 +352,9 @@ inline void encodeScalarRun(const char16_t* in, int32_t& ip, int32_t inEnd, uint
         if (c < 0x80) {
             out[op++] = static_cast<uint8_t>(c);
             ++ip;
-            if (vectorBlocks && ip < inEnd && in[ip] < 0x80) {
+            // Back to the blocks only when a whole one is left: a short
+            // tail costs less here than a round through every block kind.
+            if (vectorBlocks && inEnd - ip >= 16 && in[ip] < 0x80) {
                 break;
             }
             continue;
