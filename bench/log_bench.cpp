@@ -78,7 +78,11 @@ struct QvAsync {
     QvAsync()
     {
         qv::Reference<qv::io::NullWriter> nowhere(new qv::io::NullWriter());
-        async = qv::log::AsyncProcessor::create(qv::log::BasicLogWriter::create(nowhere.get()).get(), 1);
+        // Writers take no lock, and the teardown drains the queue while the
+        // worker may still be writing: a MultiProcessor serialises the two.
+        qv::Reference<qv::log::MultiProcessor> serial = qv::log::MultiProcessor::create();
+        serial->addProcessor(qv::log::BasicLogWriter::create(nowhere.get()).get());
+        async = qv::log::AsyncProcessor::create(serial.get(), 1);
         logger->addProcessor(async.get());
     }
 };
