@@ -13,9 +13,9 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <functional>
 #include <memory>
 #include <random>
-#include <functional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -132,12 +132,10 @@ TEST(Multiplication, EveryAlgorithmMatchesSchoolbookAcrossItsBoundaries)
     // happen with operands the schoolbook reference handles quickly.
     const size_t off = defaultThresholds().nttMul;
     const size_t newton = defaultThresholds().newtonDivision;
-    const Thresholds settings[] = {{4, 4, 9, 9, 64, off, off, newton, off, off},
-                                   {2, 2, 3, 3, 64, off, off, newton, 4, 4},
-                                   {8, 16, 20, 30, 64, off, off, newton, 40, 50},
-                                   {4, 4, 9, 9, 64, 12, 20, newton, 10, 10},
-                                   {4, 4, 6, 6, 64, 40, 40, newton, 16, 24},
-                                   defaultThresholds()};
+    const Thresholds settings[] = {
+        {4, 4, 9, 9, 64, off, off, newton, off, off},  {2, 2, 3, 3, 64, off, off, newton, 4, 4},
+        {8, 16, 20, 30, 64, off, off, newton, 40, 50}, {4, 4, 9, 9, 64, 12, 20, newton, 10, 10},
+        {4, 4, 6, 6, 64, 40, 40, newton, 16, 24},      defaultThresholds()};
     for (const Thresholds& t : settings) {
         thresholds() = t;
         for (size_t an = 1; an < 70; an += 1 + an / 8) {
