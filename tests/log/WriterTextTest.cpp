@@ -168,6 +168,35 @@ TEST(LogWriterTest, InPlaceWalkWritesWhatNamesAndLookupsWrite)
     }
 }
 
+// An entry class derived from LogEntry that answers lookups its own way: the
+// writers must write what its getField() gives, not what its storage holds.
+TEST(LogWriterTest, DerivedEntryIsWrittenThroughItsOwnLookups)
+{
+    class MaskingEntry final : public LogEntry {
+    public:
+        Reference<const Object> getField(const String& name) const override
+        {
+            if (name == String(u"text"))
+                return Reference<const Object>(new String(u"***"));
+            return LogEntry::getField(name);
+        }
+    };
+    Reference<MaskingEntry> entry(new MaskingEntry());
+    Reference<String> secret(new String(u"secret"));
+    Reference<Integer32> level(new Integer32(4));
+    entry->setField(String(u"text"), secret.get());
+    entry->setField(String(u"level"), level.get());
+    for (const bool xml : {false, true}) {
+        Reference<io::StringWriter> out(new io::StringWriter());
+        Reference<ILogProcessor> writer = xml ? XmlLogWriter::create(out.get()) : BasicLogWriter::create(out.get());
+        writer->process(entry.get());
+        const std::string written = out->toString().toUtf8();
+        EXPECT_EQ(written.find("secret"), std::string::npos) << written;
+        EXPECT_NE(written.find("***"), std::string::npos) << written;
+        EXPECT_NE(written.find('4'), std::string::npos) << written;
+    }
+}
+
 // The XML writer closes its document when dropped; dropped while its own
 // failure unwinds the stack, it must not throw a second one (which would end
 // the process).

@@ -5,6 +5,8 @@
 
 #include "RecycledBlocks.h"
 
+#include <typeinfo>
+
 namespace qv {
 namespace log {
 
@@ -238,6 +240,12 @@ Reference<const collections::Set<String>> LogEntry::getFieldNames() const
 
 void LogEntry::visitFields(FieldVisitor& visitor) const
 {
+    // A subclass may answer getFieldNames() or getField() differently from
+    // the storage: writers must then see what those calls give.
+    if (typeid(*this) != typeid(LogEntry)) {
+        log::ILogEntry::visitFields(visitor);
+        return;
+    }
     if (m_map) {
         auto it = m_map->createIterator();
         while (it.hasNext()) {
