@@ -13,6 +13,7 @@
 #include "AllocationSweep.h"
 #include "Limbs.h"
 #include "Natural.h"
+#include "RadixPowers.h"
 
 #include <functional>
 #include <new>
@@ -142,8 +143,10 @@ TEST(MathAllocationFailure, TransformProductsDivisionAndText)
     // and quotient (with wrapped products); in the conversion to text one
     // reciprocal per level with its transforms kept, and kept power
     // transforms in the conversion from text.
+    const ConversionThresholds savedConversion = conversionThresholds();
     thresholds().nttMul = thresholds().nttSqr = 40;
     thresholds().newtonDivision = 40;
+    conversionThresholds() = ConversionThresholds{40, 40};
     const std::function<void()> ops[] = {
         [&] { Mag r = magMul(a, b); },
         [&] { Mag r = magSqr(a); },
@@ -154,11 +157,14 @@ TEST(MathAllocationFailure, TransformProductsDivisionAndText)
         [&] { Mag r = magFromDigits(squareDigits.data(), squareDigits.size(), 10); },
         [&] { std::string s = magToString(square, 10); },
         // A radix whose powers no other operation has asked for yet: the
-        // first attempts fail while the shared powers are being computed.
+        // first attempts fail while the shared powers, power transforms
+        // and dividers are being computed and published.
+        [&] { Mag r = magFromDigits(squareDigits.data(), squareDigits.size(), 31); },
         [&] { std::string s = magToString(square, 31); },
     };
     for (const auto& op : ops)
         EXPECT_GT(failEachAllocation(op), 0);
     EXPECT_EQ(magToString(square, 10), squareText);
     thresholds() = saved;
+    conversionThresholds() = savedConversion;
 }

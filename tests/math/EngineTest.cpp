@@ -18,6 +18,7 @@
 #include <random>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 using namespace qv::math::detail;
@@ -61,6 +62,15 @@ public:
 
 private:
     Thresholds m_saved;
+};
+
+class ConversionThresholdGuard {
+public:
+    ConversionThresholdGuard() : m_saved(conversionThresholds()) {}
+    ~ConversionThresholdGuard() { conversionThresholds() = m_saved; }
+
+private:
+    ConversionThresholds m_saved;
 };
 
 } // namespace
@@ -463,8 +473,8 @@ TEST(Division, NewtonDividerWithKeptTransformsServesManyDividends)
                 if (kind == 2)
                     b.back() = 1;
                 NewtonDivider divider(b, precision);
-                divider.keepTransforms();
-                divider.keepTransforms(); // a second call keeps what is there
+                divider.keepTransforms(4);
+                divider.keepTransforms(4); // a second call keeps what is there
                 for (size_t an : {size_t(0), bn - 1, bn, bn + 1, bn + divider.blockLimbs(), 2 * bn, 4 * bn + 7}) {
                     Mag a = randomMag(an, shape + 1);
                     Mag exact = magMul(b, randomMag(an > bn ? an - bn : 1, shape + 2));
@@ -492,10 +502,16 @@ TEST(Division, TwoNewtonBlocksAroundTheSwitchAgreeWithBurnikelZiegler)
     int shape = 0;
     for (size_t bn : {size_t(20), size_t(21), size_t(64)}) {
         for (size_t qn : {size_t(19), size_t(20), size_t(21), size_t(47), bn + 1, 3 * bn}) {
-            for (int kind = 0; kind < 3; ++kind, ++shape) {
+            for (int kind = 0; kind < 5; ++kind, ++shape) {
                 Mag b = randomMag(bn, shape);
+                // Just above a power of two, and all ones: the two ends of
+                // the reciprocal.
+                if (kind == 3)
+                    b = magAddSmall(magShiftLeft(magFromU64(1), 64 * bn - 1), rng() | 1);
+                if (kind == 4)
+                    b.assign(bn, ~Limb(0));
                 Mag a =
-                    kind == 2 ? magSubSmall(magMul(b, randomMag(qn, shape + 1)), 1) : randomMag(bn + qn - 1, shape + 1);
+                    kind >= 2 ? magSubSmall(magMul(b, randomMag(qn, shape + 1)), 1) : randomMag(bn + qn - 1, shape + 1);
                 Mag q0, r0, q, r;
                 magDivModClassic(a, b, &q0, &r0);
                 magDivMod(a, b, &q, &r);
@@ -557,17 +573,22 @@ TEST(RadixConversion, PowersOfTheRadixAndTheirNeighbours)
 
 TEST(RadixConversion, LevelReciprocalsAndKeptPowersMatchThePlainPath)
 {
-    // With the transform from 24 limbs on, conversions to text divide by
-    // one reciprocal per level (its transform kept) and conversions from
-    // text multiply by kept power transforms; the plain path (Burnikel-
-    // Ziegler and Toom-3 only) gives the reference. Shapes: random limbs,
-    // runs of zero and all-ones limbs, powers of the radix and their
-    // neighbours, and multiples of a power (long runs of zero digits).
+    // Conversions to text divide by one kept divider per level and
+    // conversions from text multiply through kept power transforms, from
+    // two sets of low thresholds (the kept transforms from 24 limbs with
+    // the plain transform, and from 8 limbs with Toom-3 below it); the
+    // plain path (Burnikel-Ziegler and Toom only) gives the reference.
+    // Shapes: random limbs, runs of zero and all-ones limbs, powers of the
+    // radix and their neighbours, and multiples of a power (long runs of
+    // zero digits).
     ThresholdGuard guard;
+    ConversionThresholdGuard conversionGuard;
     const Thresholds plain = defaultThresholds();
-    Thresholds fast = plain;
-    fast.nttMul = fast.nttSqr = 24;
-    fast.newtonDivision = 24;
+    Thresholds withTransform = plain;
+    withTransform.nttMul = withTransform.nttSqr = 24;
+    withTransform.newtonDivision = 24;
+    const std::pair<Thresholds, ConversionThresholds> fast[] = {{withTransform, ConversionThresholds{24, 24}},
+                                                                {plain, ConversionThresholds{3, 8}}};
     auto digitValues = [](const std::string& text) {
         std::vector<unsigned char> digits;
         for (char c : text)
@@ -584,23 +605,36 @@ TEST(RadixConversion, LevelReciprocalsAndKeptPowersMatchThePlainPath)
                   magSubSmall(power, 1), magAddSmall(power, 1),
                   magMul(randomMag(limbs / 3, shape++), magPow(magFromU64(static_cast<uint64_t>(radix)), k / 2))}) {
                 thresholds() = plain;
+                conversionThresholds() = ConversionThresholds{~size_t(0), ~size_t(0)};
                 const std::string expected = magToString(x, radix);
-                thresholds() = fast;
-                ASSERT_EQ(magToString(x, radix), expected) << "radix " << radix << ", " << x.size() << " limbs";
                 const std::vector<unsigned char> digits = digitValues(expected);
-                ASSERT_EQ(magFromDigits(digits.data(), digits.size(), radix), x) << "radix " << radix;
+                const Mag parsed = magFromDigits(digits.data(), digits.size(), radix);
+                ASSERT_EQ(parsed, x) << "radix " << radix;
+                for (const auto& setting : fast) {
+                    thresholds() = setting.first;
+                    conversionThresholds() = setting.second;
+                    ASSERT_EQ(magToString(x, radix), expected)
+                        << "radix " << radix << ", " << x.size() << " limbs, from " << setting.second.levelDivider;
+                    ASSERT_EQ(magFromDigits(digits.data(), digits.size(), radix), x)
+                        << "radix " << radix << ", from " << setting.second.keptTransform;
+                }
             }
         }
     }
     // Text of nothing but nines, and of zeros ahead of a few digits.
-    thresholds() = fast;
-    const std::vector<unsigned char> nines(5000, 9);
-    EXPECT_EQ(magFromDigits(nines.data(), nines.size(), 10), magSubSmall(magPow(magFromU64(10), 5000), 1));
-    std::vector<unsigned char> zeros(5000, 0);
-    EXPECT_TRUE(magFromDigits(zeros.data(), zeros.size(), 10).empty());
-    zeros.back() = 7;
-    zeros[zeros.size() - 2] = 4;
-    EXPECT_EQ(magFromDigits(zeros.data(), zeros.size(), 10), magFromU64(47));
+    for (const auto& setting : fast) {
+        thresholds() = setting.first;
+        conversionThresholds() = setting.second;
+        const std::vector<unsigned char> nines(5000, 9);
+        const Mag ninesValue = magSubSmall(magPow(magFromU64(10), 5000), 1);
+        EXPECT_EQ(magFromDigits(nines.data(), nines.size(), 10), ninesValue);
+        EXPECT_EQ(magToString(ninesValue, 10), std::string(5000, '9'));
+        std::vector<unsigned char> zeros(5000, 0);
+        EXPECT_TRUE(magFromDigits(zeros.data(), zeros.size(), 10).empty());
+        zeros.back() = 7;
+        zeros[zeros.size() - 2] = 4;
+        EXPECT_EQ(magFromDigits(zeros.data(), zeros.size(), 10), magFromU64(47));
+    }
 }
 
 TEST(RadixConversion, KeptPowersAreTheSquaresAndStayBounded)
@@ -629,6 +663,8 @@ TEST(RadixConversion, KeptPowersAreTheSquaresAndStayBounded)
     const std::shared_ptr<const Mag> power = radixPower(5, 12);
     EXPECT_NE(radixPowerDivider(5, 12, *power).get(), radixPowerDivider(5, 12, *power).get());
     EXPECT_EQ(*radixPower(5, 12), magSqr(*radixPower(5, 11)));
+    EXPECT_NE(radixPowerTransform(5, 12, *power, 2 * power->size()).get(),
+              radixPowerTransform(5, 12, *power, 2 * power->size()).get());
     const Mag x = randomMag(1200, 0);
     std::string digitByDigit;
     for (Mag rest = x; !rest.empty();)
@@ -640,14 +676,44 @@ TEST(RadixConversion, KeptPowersAreTheSquaresAndStayBounded)
     EXPECT_EQ(magFromDigits(digits.data(), digits.size(), 5), x);
 }
 
+TEST(RadixConversion, KeptPowerTransformsServeEachLengthTheyAreAskedFor)
+{
+    // A power is multiplied by operands of several lengths; each transform
+    // length gets its own kept transform, handed out again to every later
+    // product of that length, and each product through one is exact.
+    // Radix 35 is asked for by no other test beyond short numbers.
+    const size_t j = 6;
+    const std::shared_ptr<const Mag> power = radixPower(35, j);
+    const size_t pn = power->size();
+    const Mag sameLength = randomMag(pn, 1), shorter = randomMag(pn / 4, 2);
+    const std::shared_ptr<const NttOperand> full = radixPowerTransform(35, j, *power, 2 * pn);
+    const std::shared_ptr<const NttOperand> partial = radixPowerTransform(35, j, *power, pn + shorter.size());
+    ASSERT_TRUE(full->fits(sameLength.size()));
+    ASSERT_TRUE(partial->fits(shorter.size()));
+    EXPECT_NE(full.get(), partial.get());
+    EXPECT_EQ(radixPowerTransform(35, j, *power, 2 * pn).get(), full.get());
+    EXPECT_EQ(radixPowerTransform(35, j, *power, pn + shorter.size()).get(), partial.get());
+    for (const auto& product :
+         {std::make_pair(full, &sameLength), std::make_pair(partial, &shorter), std::make_pair(full, power.get())}) {
+        const Mag& x = *product.second;
+        Mag r = allocMag(x.size() + pn);
+        product.first->multiply(r.data(), x.data(), x.size());
+        trim(r);
+        EXPECT_EQ(r, magMul(x, *power)) << x.size() << " limbs";
+    }
+}
+
 TEST(RadixConversion, ConcurrentConversionsShareThePowersSafely)
 {
-    // Threads needing the same powers and dividers at once, from tables
-    // nobody has filled that far yet (other tests use radix 33 for short
-    // numbers only), must all get the values a single thread gets. The
-    // transform from 24 limbs on puts the shared dividers to work.
+    // Threads needing the same powers, dividers and power transforms at
+    // once, from tables nobody has filled that far yet (other tests use
+    // radix 33 for short numbers only), must all get the values a single
+    // thread gets. Low thresholds put the shared dividers and transforms
+    // to work.
     ThresholdGuard guard;
+    ConversionThresholdGuard conversionGuard;
     thresholds().nttMul = thresholds().nttSqr = 24;
+    conversionThresholds() = ConversionThresholds{24, 24};
     const Mag x = randomMag(700, 0);
     // Digit by digit, through nothing the threads share.
     std::string expected;

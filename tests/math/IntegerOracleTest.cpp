@@ -3,6 +3,7 @@
 
 #include "Integer.h"
 #include "OracleSupport.h"
+#include "RadixPowers.h"
 
 #include <qv/core/Exception.h>
 
@@ -144,11 +145,16 @@ oracle::Checker runCases(const std::string& data)
 
 class ThresholdGuard {
 public:
-    ThresholdGuard() : m_saved(thresholds()) {}
-    ~ThresholdGuard() { thresholds() = m_saved; }
+    ThresholdGuard() : m_saved(thresholds()), m_savedConversion(conversionThresholds()) {}
+    ~ThresholdGuard()
+    {
+        thresholds() = m_saved;
+        conversionThresholds() = m_savedConversion;
+    }
 
 private:
     Thresholds m_saved;
+    ConversionThresholds m_savedConversion;
 };
 
 } // namespace
@@ -168,9 +174,12 @@ TEST(IntegerOracle, AgreesWithPythonWithEveryRecursionForcedEarly)
     // (from 8 limbs) and the recursive division, with all their uneven
     // splits; from 24 limbs on, products go through the transform, inside
     // divisions and radix conversions as well, and from 3 limbs of divisor
-    // and quotient on, divisions go through Newton's reciprocal.
+    // and quotient on, divisions go through Newton's reciprocal. Radix
+    // conversions divide by kept dividers from powers of 3 limbs and
+    // multiply through kept power transforms from 24.
     ThresholdGuard guard;
     thresholds() = Thresholds{2, 2, 3, 3, 2, 24, 24, 3, 8, 8};
+    conversionThresholds() = ConversionThresholds{3, 24};
     std::string data = oracle::run("oracle.py", "7", "0.2", "120");
     ASSERT_FALSE(data.empty()) << "the oracle script did not run";
     oracle::Checker c = runCases(data);

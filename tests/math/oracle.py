@@ -267,6 +267,34 @@ def main():
         out.append('radix 10 %s %s' % (h(x), str(x)))
     x = magnitude(min(4000, max_limbs))
     out.append('radix 7 %s %s' % (h(x), to_radix(x, 7)))
+    # Around the sizes where conversions start to divide through kept
+    # dividers and to multiply through kept power transforms (powers of
+    # 505 and 1,010 limbs): all nines, a power and its neighbours, long runs
+    # of zero digits, and radices 7 and 36.
+    for i in range(count(10)):
+        limbs = min(rng.randrange(700, 2200), max_limbs)
+        k = limbs * 64 * 3 // 10 + 1
+        x = [10 ** k - 1, 10 ** k, 10 ** k + 1, magnitude(limbs),
+             magnitude(limbs // 3) * 10 ** (2 * k // 3) + magnitude(2)][i % 5]
+        if i == 7:
+            x = -x
+        out.append('radix 10 %s %s' % (h(x), str(x)))
+    for radix in (7, 36):
+        x = magnitude(min(rng.randrange(1000, 2200), max_limbs))
+        out.append('radix %d %s %s' % (radix, h(x), to_radix(x, radix)))
+    # Divisors just above a power of two (one top bit, then zeros) and all
+    # ones: the reciprocal's first limbs at both of its extremes.
+    for i in range(count(4)):
+        bn = min(rng.randrange(3800, 4600), max_limbs)
+        qn = min(rng.randrange(3800, 4600), max_limbs)
+        b = (1 << (64 * bn - 1)) + rng.getrandbits(64) if i % 2 == 0 else (1 << (64 * bn)) - 1
+        a = b * magnitude(qn) + [b - 1, rng.getrandbits(64 * bn) % b][i // 2 % 2]
+        out.append('pair %s %s' % (h(a), h(b)))
+        q = a // b
+        out.append('divt %s' % h(q))
+        out.append('remt %s' % h(a - q * b))
+        out.append('divf %s' % h(q))
+        out.append('modf %s' % h(a % b))
     for i in range(count(3)):
         x = magnitude(min(rng.randrange(16300, 17000), max_limbs))
         if i == 1:

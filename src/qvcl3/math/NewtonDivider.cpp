@@ -125,11 +125,11 @@ size_t NewtonDivider::blockLimbs() const noexcept
     return m_precision == m_divisor.size() ? m_precision : m_precision - 1;
 }
 
-void NewtonDivider::keepTransforms()
+void NewtonDivider::keepTransforms(size_t fromLimbs)
 {
     const size_t n = m_divisor.size();
     const size_t block = blockLimbs();
-    const size_t threshold = thresholds().nttMul;
+    const size_t threshold = std::max(fromLimbs, size_t(1));
     // A full block's estimate multiplies the top block + 2 limbs of its
     // dividend by the whole reciprocal.
     if (!m_inverseTransform && std::min(m_inverse.size(), block) >= threshold)

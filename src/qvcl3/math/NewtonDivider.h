@@ -36,8 +36,10 @@ public:
     // Keeps the transforms of the reciprocal and of the divisor for the two
     // products every full block repeats, so that each further block computes
     // a third fewer transforms. Pays off from two full blocks on, counted
-    // over all the dividends this divider will see.
-    void keepTransforms();
+    // over all the dividends this divider will see. Only operands of at
+    // least fromLimbs limbs get one: below, the plain product is faster
+    // even against a kept transform.
+    void keepTransforms(size_t fromLimbs);
 
     // q = a / divisor, r = a % divisor; either output may be null.
     void divMod(const Mag& a, Mag* q, Mag* r) const;

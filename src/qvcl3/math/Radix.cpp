@@ -67,15 +67,16 @@ public:
     }
 
     // x / powers[j]. Every division of one level of a conversion to text
-    // has the same divisor, so once its products go through the transform,
-    // one divider per level (its reciprocal and transforms kept, and shared
-    // with later conversions) serves them all and each division costs two
-    // products; Burnikel-Ziegler, which cannot share anything between them,
-    // takes over below.
+    // has the same divisor, so one divider per level (its reciprocal and
+    // transforms kept, and shared with later conversions) serves them all
+    // and each division costs two products, through the kept transforms
+    // where they are long enough; Burnikel-Ziegler, which cannot share
+    // anything between divisions, is faster only for small powers, and for
+    // quotients too short to fill much of a block.
     void divMod(const Mag& x, size_t j, Mag* q, Mag* r)
     {
         const Mag& power = get(j);
-        const size_t threshold = thresholds().nttMul;
+        const size_t threshold = conversionThresholds().levelDivider;
         if (power.size() < threshold || x.size() < power.size() + threshold / 2) {
             magDivMod(x, power, q, r);
             return;
@@ -88,19 +89,20 @@ public:
     }
 
     // x * powers[j]. Every product of one level of a conversion from text
-    // has the same power and, but for the first, operands of one length, so
-    // where it goes through the transform, the power's is computed once.
+    // has the same power and, but for the first, operands of one length,
+    // and so do later conversions of similar sizes: the power's transform
+    // is kept with the power, and each product computes two transforms
+    // instead of three, which beats Toom well below the plain transform's
+    // threshold.
     Mag multiply(const Mag& x, size_t j)
     {
         const Mag& power = get(j);
-        if (x.empty() || std::min(x.size(), power.size()) < thresholds().nttMul)
+        if (x.empty() || std::min(x.size(), power.size()) < conversionThresholds().keptTransform)
             return magMul(x, power);
         if (m_transforms.size() <= j)
             m_transforms.resize(j + 1);
-        if (!m_transforms[j])
-            m_transforms[j].reset(new NttOperand(power.data(), power.size(), 2 * power.size()));
-        if (!m_transforms[j]->fits(x.size()))
-            return magMul(x, power);
+        if (!m_transforms[j] || !m_transforms[j]->fits(x.size()))
+            m_transforms[j] = radixPowerTransform(m_radix, j, power, x.size() + power.size());
         Mag r = allocMag(x.size() + power.size());
         m_transforms[j]->multiply(r.data(), x.data(), x.size());
         trim(r);
@@ -111,7 +113,7 @@ private:
     int m_radix;
     std::vector<std::shared_ptr<const Mag>> m_powers;
     std::vector<std::shared_ptr<const NewtonDivider>> m_dividers;
-    std::vector<std::unique_ptr<NttOperand>> m_transforms;
+    std::vector<std::shared_ptr<const NttOperand>> m_transforms;
 };
 
 const char DIGIT_PAIRS[] = "00010203040506070809101112131415161718192021222324252627282930313233343536373839"

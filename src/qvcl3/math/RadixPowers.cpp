@@ -13,7 +13,20 @@ struct KeptPowers {
     std::mutex lock;
     std::vector<std::shared_ptr<const Mag>> powers;             // powers[j] = base^(2^j)
     std::vector<std::shared_ptr<const NewtonDivider>> dividers; // by powers[j], or null
+    // transforms[j]: those of powers[j], one per transform length used
+    std::vector<std::vector<std::shared_ptr<const NttOperand>>> transforms;
 };
+
+// The kept transform of transforms[j] that serves a product with an
+// operand of otherLimbs, or null.
+std::shared_ptr<const NttOperand> findTransform(const KeptPowers& kept, size_t j, size_t otherLimbs)
+{
+    if (j < kept.transforms.size())
+        for (const std::shared_ptr<const NttOperand>& transform : kept.transforms[j])
+            if (transform->fits(otherLimbs))
+                return transform;
+    return nullptr;
+}
 
 KeptPowers& keptPowers(int radix)
 {
@@ -31,6 +44,17 @@ KeptLimits defaultKeptLimits() noexcept
 KeptLimits& keptLimits() noexcept
 {
     static KeptLimits active = defaultKeptLimits();
+    return active;
+}
+
+ConversionThresholds defaultConversionThresholds() noexcept
+{
+    return ConversionThresholds{500, 500};
+}
+
+ConversionThresholds& conversionThresholds() noexcept
+{
+    static ConversionThresholds active = defaultConversionThresholds();
     return active;
 }
 
@@ -83,7 +107,7 @@ std::shared_ptr<const NewtonDivider> radixPowerDivider(int radix, size_t j, cons
             return kept.dividers[j];
     }
     std::shared_ptr<NewtonDivider> divider = std::make_shared<NewtonDivider>(power, power.size());
-    divider->keepTransforms();
+    divider->keepTransforms(conversionThresholds().keptTransform);
     if (keep) {
         std::lock_guard<std::mutex> guard(kept.lock);
         if (kept.dividers.size() <= j)
@@ -93,6 +117,31 @@ std::shared_ptr<const NewtonDivider> radixPowerDivider(int radix, size_t j, cons
         kept.dividers[j] = divider;
     }
     return divider;
+}
+
+std::shared_ptr<const NttOperand> radixPowerTransform(int radix, size_t j, const Mag& power, size_t productLimbs)
+{
+    KeptPowers& kept = keptPowers(radix);
+    const size_t otherLimbs = productLimbs - power.size();
+    // The same bound as the dividers': a power's transforms take three to
+    // six times its size for each length.
+    const bool keep = power.size() <= keptLimits().dividerLimbs;
+    if (keep) {
+        std::lock_guard<std::mutex> guard(kept.lock);
+        if (std::shared_ptr<const NttOperand> transform = findTransform(kept, j, otherLimbs))
+            return transform;
+    }
+    std::shared_ptr<const NttOperand> transform =
+        std::make_shared<const NttOperand>(power.data(), power.size(), productLimbs);
+    if (keep) {
+        std::lock_guard<std::mutex> guard(kept.lock);
+        if (std::shared_ptr<const NttOperand> first = findTransform(kept, j, otherLimbs))
+            return first;
+        if (kept.transforms.size() <= j)
+            kept.transforms.resize(j + 1);
+        kept.transforms[j].push_back(transform);
+    }
+    return transform;
 }
 
 } // namespace detail

@@ -10,6 +10,7 @@
 
 #include "Natural.h"
 #include "NewtonDivider.h"
+#include "NumberTheoreticTransform.h"
 
 #include <memory>
 
@@ -29,6 +30,22 @@ struct KeptLimits {
 KeptLimits& keptLimits() noexcept;
 KeptLimits defaultKeptLimits() noexcept;
 
+// Where conversions switch to what the kept values make cheap (in limbs).
+// Tests lower them to drive those paths with small numbers.
+struct ConversionThresholds {
+    // Powers from this size on are divided by through their kept divider
+    // (two products per quotient block, the reciprocal paid once for the
+    // process) instead of by Burnikel-Ziegler.
+    size_t levelDivider;
+    // Products with a kept operand (a power, a divider's reciprocal or
+    // divisor) go through its kept transform when both operands have at
+    // least this many limbs: two transforms instead of three per prime
+    // beat Toom from here, well below the plain transform's threshold.
+    size_t keptTransform;
+};
+ConversionThresholds& conversionThresholds() noexcept;
+ConversionThresholds defaultConversionThresholds() noexcept;
+
 // base^(2^j) for radix (2 to 36); never null. Safe to call from any
 // thread; the value pointed to never changes.
 std::shared_ptr<const Mag> radixPower(int radix, size_t j);
@@ -40,6 +57,12 @@ std::shared_ptr<const Mag> radixPower(int radix, size_t j);
 // afresh otherwise. Safe to call from any thread, and divMod of the result
 // as well.
 std::shared_ptr<const NewtonDivider> radixPowerDivider(int radix, size_t j, const Mag& power);
+
+// The transforms of power (radixPower(radix, j)) for a product of
+// productLimbs limbs in all, kept like the dividers (a power has one per
+// transform length it is used at). Safe to call from any thread, and
+// multiply of the result as well.
+std::shared_ptr<const NttOperand> radixPowerTransform(int radix, size_t j, const Mag& power, size_t productLimbs);
 
 } // namespace detail
 } // namespace math
