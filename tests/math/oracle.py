@@ -283,10 +283,12 @@ def main():
         x = magnitude(min(rng.randrange(1000, 2200), max_limbs))
         out.append('radix %d %s %s' % (radix, h(x), to_radix(x, radix)))
     # Divisors just above a power of two (one top bit, then zeros) and all
-    # ones: the reciprocal's first limbs at both of its extremes.
+    # ones: the reciprocal's first limbs at both of its extremes. Quotients
+    # of 4,900 to 5,600 limbs make the reciprocal's top step a wrapped
+    # product of one operand under the transform's threshold.
     for i in range(count(4)):
         bn = min(rng.randrange(3800, 4600), max_limbs)
-        qn = min(rng.randrange(3800, 4600), max_limbs)
+        qn = min(rng.randrange(4900, 5600), max_limbs)
         b = (1 << (64 * bn - 1)) + rng.getrandbits(64) if i % 2 == 0 else (1 << (64 * bn)) - 1
         a = b * magnitude(qn) + [b - 1, rng.getrandbits(64 * bn) % b][i // 2 % 2]
         out.append('pair %s %s' % (h(a), h(b)))

@@ -45,13 +45,17 @@ Mag subtractModBaseMinusOne(Mag x, const Mag& y, size_t n)
 
 // The length of a wrapped product a * b mod (B^n - 1) that determines a
 // value known to be below B^limbs, or 0 when the full product is as cheap:
-// below the transform threshold, or when both round to the same length.
+// when the operands are short in all, or when the full product takes fewer
+// points. At the same number of points the wrapped product still wins over
+// a full one that would go through Toom, one operand being under the
+// transform's threshold: the top Newton step of a 2,602-limb reciprocal
+// (2,603 x 1,304 limbs) takes 395 us in 4,096 points, 573 us through Toom.
 size_t wrappedLength(const Mag& a, const Mag& b, size_t limbs) noexcept
 {
-    if (std::min(a.size(), b.size()) < thresholds().nttMul)
+    if (a.size() + b.size() < 2 * thresholds().nttMul)
         return 0;
     const size_t n = nttLength(limbs + 2);
-    return n < nttProductLength(a.size() + b.size()) && a.size() <= n && b.size() <= n ? n : 0;
+    return n <= nttProductLength(a.size() + b.size()) && a.size() <= n && b.size() <= n ? n : 0;
 }
 
 // result = x - a * b for a difference expected below B^(n-1), from the
