@@ -64,13 +64,18 @@ private:
     Thresholds m_saved;
 };
 
-class ConversionThresholdGuard {
+// Puts a setting back as it was when the test ends.
+template <typename T>
+class SettingGuard {
 public:
-    ConversionThresholdGuard() : m_saved(conversionThresholds()) {}
-    ~ConversionThresholdGuard() { conversionThresholds() = m_saved; }
+    explicit SettingGuard(T& setting) : m_setting(setting), m_saved(setting) {}
+    ~SettingGuard() { m_setting = m_saved; }
+    SettingGuard(const SettingGuard&) = delete;
+    SettingGuard& operator=(const SettingGuard&) = delete;
 
 private:
-    ConversionThresholds m_saved;
+    T& m_setting;
+    T m_saved;
 };
 
 } // namespace
@@ -582,7 +587,7 @@ TEST(RadixConversion, LevelReciprocalsAndKeptPowersMatchThePlainPath)
     // radix and their neighbours, and multiples of a power (long runs of
     // zero digits).
     ThresholdGuard guard;
-    ConversionThresholdGuard conversionGuard;
+    SettingGuard<ConversionThresholds> conversionGuard(conversionThresholds());
     const Thresholds plain = defaultThresholds();
     Thresholds withTransform = plain;
     withTransform.nttMul = withTransform.nttSqr = 24;
@@ -711,7 +716,7 @@ TEST(RadixConversion, ConcurrentConversionsShareThePowersSafely)
     // thread gets. Low thresholds put the shared dividers and transforms
     // to work.
     ThresholdGuard guard;
-    ConversionThresholdGuard conversionGuard;
+    SettingGuard<ConversionThresholds> conversionGuard(conversionThresholds());
     thresholds().nttMul = thresholds().nttSqr = 24;
     conversionThresholds() = ConversionThresholds{24, 24};
     const Mag x = randomMag(700, 0);
