@@ -416,11 +416,20 @@ void convolve(Limb* ta, Limb* tb, Limb* tw, size_t n, const Limb* a, size_t an, 
 // the pace of the whole loop.
 void loadSplit(Limb* t, Limb* c, size_t m, const Limb* a, size_t an, const Limb* twist, const PrimeField& f) noexcept
 {
-    auto digit = [&](size_t i) { return i < an ? f.reduce(a[i]) : Limb(0); };
-    for (size_t i = 0; i < 2 * m; ++i)
-        t[i] = f.mulShoup(f.sub(digit(i), digit(i + 2 * m)), twist[2 * i], twist[2 * i + 1]);
-    for (size_t i = 0; i < m; ++i)
-        c[i] = f.add(f.add(digit(i), digit(i + m)), digit(i + 2 * m));
+    // Each digit reduced once: a[0, 2m) into t, a[2m, 3m) into c, then
+    // combined in place (t[i + m] is read before it is twisted).
+    load(t, 2 * m, a, std::min(an, 2 * m), f);
+    if (an > 2 * m)
+        load(c, m, a + 2 * m, an - 2 * m, f);
+    else
+        std::fill(c, c + m, Limb(0));
+    for (size_t i = 0; i < m; ++i) {
+        const Limb low = t[i], middle = t[i + m], high = c[i];
+        c[i] = f.add(f.add(low, middle), high);
+        t[i] = f.mulShoup(f.sub(low, high), twist[2 * i], twist[2 * i + 1]);
+    }
+    for (size_t i = m; i < 2 * m; ++i)
+        t[i] = f.mulShoup(t[i], twist[2 * i], twist[2 * i + 1]);
 }
 
 // The product of a and b (an + bn - 1 <= 3m coefficients) modulo one prime
