@@ -58,17 +58,17 @@ void addInto(Limb* r, size_t rn, const Limb* x, size_t xn) noexcept
     add1(r + xn, r + xn, rn - xn, carry);
 }
 
-// an >= bn > ceil(an / 2).
+// an >= bn > ceil(an / 2), so that z2 = a1 * b1 has at least m limbs.
 void karatsuba(Limb* r, const Limb* a, size_t an, const Limb* b, size_t bn)
 {
-    const size_t m = (an + 1) / 2, h = an - m, k = bn - m;
+    const size_t m = (an + 1) / 2, h = an - m, k = bn - m, rn = an + bn;
     const bool squaring = a == b && an == bn;
     // Every limb is written before it is read.
-    std::unique_ptr<Limb[]> tmp(new Limb[6 * m + 1]);
+    std::unique_ptr<Limb[]> tmp(new Limb[5 * m]);
     Limb* da = tmp.get();
     Limb* db = squaring ? da : da + m;
     Limb* z1 = da + 2 * m;
-    Limb* mid = z1 + 2 * m;
+    Limb* t = z1 + 2 * m;
 
     bool negA = absDiff(da, a, m, a + m, h);
     bool negB = squaring ? negA : absDiff(db, b, m, b + m, k);
@@ -76,14 +76,19 @@ void karatsuba(Limb* r, const Limb* a, size_t an, const Limb* b, size_t bn)
     multiply(r + 2 * m, a + m, h, b + m, k);
     multiply(z1, da, m, db, m);
 
-    // mid = a0*b1 + a1*b0 = z0 + z2 - (a0 - a1)(b0 - b1)
-    std::copy(r, r + 2 * m, mid);
-    mid[2 * m] = add(mid, mid, 2 * m, r + 2 * m, h + k);
+    // r += (z0 + z2 - (a0 - a1)(b0 - b1)) B^m, that is a0*b1 + a1*b0. With
+    // z0 = L0 + H0 B^m and z2 = L2 + H2 B^m, z0 + z2 lands as t + L0 at m
+    // and t + H2 at 2m, t = H0 + L2: the shared half is added once and
+    // nothing is copied.
+    const Limb carryT = addN(t, r + m, r + 2 * m, m);
+    const Limb carryLow = addN(r + m, t, r, m);
+    const Limb carryHigh = add(r + 2 * m, t, m, r + 3 * m, h + k - m);
+    add1(r + 2 * m, r + 2 * m, rn - 2 * m, carryLow + carryT);
+    add1(r + 3 * m, r + 3 * m, rn - 3 * m, carryHigh + carryT);
     if (negA == negB)
-        sub(mid, mid, 2 * m + 1, z1, 2 * m);
+        sub(r + m, r + m, rn - m, z1, 2 * m);
     else
-        add(mid, mid, 2 * m + 1, z1, 2 * m);
-    addInto(r + m, an + bn - m, mid, 2 * m + 1);
+        add(r + m, r + m, rn - m, z1, 2 * m);
 }
 
 // a is much longer than b: multiply b by slices of a of b's length.
