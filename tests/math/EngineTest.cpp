@@ -239,6 +239,31 @@ TEST(Multiplication, TwoRowKernelMatchesOneRowAtATime)
     }
 }
 
+TEST(Multiplication, SubtractingKernelTakesTheProductOffWithItsBorrow)
+{
+    // r - a b = r' - borrow B^n, against the product formed on its own and
+    // subtracted; all-ones limbs give the largest borrows, a zero r the
+    // longest chain.
+    for (size_t n = 1; n < 12; ++n) {
+        for (int shape = 0; shape < 4; ++shape) {
+            Mag a = randomMag(n, shape), r = randomMag(n, shape + 1);
+            Limb b = rng();
+            if (shape == 3)
+                a.assign(n, ~Limb(0)), r.assign(n, 0), b = ~Limb(0);
+            a.resize(n), r.resize(n);
+            Mag product(n + 1), expected(n + 1);
+            product[n] = mul1(product.data(), a.data(), n, b);
+            Mag extended = r;
+            extended.push_back(0);
+            sub(expected.data(), extended.data(), n + 1, product.data(), n + 1);
+            const Limb borrow = subMul1(r.data(), a.data(), n, b);
+            ASSERT_EQ(borrow, 0 - expected[n]) << n << " limbs, shape " << shape;
+            expected.pop_back();
+            ASSERT_EQ(r, expected) << n << " limbs, shape " << shape;
+        }
+    }
+}
+
 TEST(Multiplication, SquareBasecaseMatchesTheProductAtEveryLength)
 {
     // Rows go through the two-row kernel in pairs, with one row left over
