@@ -108,24 +108,33 @@ Limb addMul1(Limb* r, const Limb* a, size_t n, Limb b) noexcept
     return carry;
 }
 
+namespace {
+
+inline Limb subMulStep(Limb* r, const Limb* a, size_t i, Limb b, Limb borrow) noexcept
+{
+    Limb hi;
+    const Limb lo = mulAdd1(a[i], b, borrow, hi);
+    const Limb x = r[i];
+    r[i] = x - lo;
+    return hi + (x < lo);
+}
+
+} // namespace
+
 Limb subMul1(Limb* r, const Limb* a, size_t n, Limb b) noexcept
 {
-    // r - a b = ~(~r + a b) limb by limb, with the addition's carry out as
-    // the borrow: the multiply-add chain of addMul1 compiles to tighter
-    // code than a subtraction with its borrow spelled out (about 30 % less
-    // time). Unrolled as addMul1 is: this is the inner loop of schoolbook
-    // division.
-    Limb carry = 0;
+    // Unrolled as addMul1 is: this is the inner loop of schoolbook division.
+    Limb borrow = 0;
     size_t i = 0;
     for (; i + 4 <= n; i += 4) {
-        r[i] = ~mulAdd2(a[i], b, ~r[i], carry, carry);
-        r[i + 1] = ~mulAdd2(a[i + 1], b, ~r[i + 1], carry, carry);
-        r[i + 2] = ~mulAdd2(a[i + 2], b, ~r[i + 2], carry, carry);
-        r[i + 3] = ~mulAdd2(a[i + 3], b, ~r[i + 3], carry, carry);
+        borrow = subMulStep(r, a, i, b, borrow);
+        borrow = subMulStep(r, a, i + 1, b, borrow);
+        borrow = subMulStep(r, a, i + 2, b, borrow);
+        borrow = subMulStep(r, a, i + 3, b, borrow);
     }
     for (; i < n; ++i)
-        r[i] = ~mulAdd2(a[i], b, ~r[i], carry, carry);
-    return carry;
+        borrow = subMulStep(r, a, i, b, borrow);
+    return borrow;
 }
 
 Limb shiftLeft(Limb* r, const Limb* a, size_t n, unsigned s) noexcept
