@@ -1,5 +1,5 @@
-#ifndef QV_LOG_RECYCLEDBLOCKS_H
-#define QV_LOG_RECYCLEDBLOCKS_H
+#ifndef QVCL3_CORE_RECYCLEDBLOCKS_H
+#define QVCL3_CORE_RECYCLEDBLOCKS_H
 
 #include <atomic>
 #include <cstddef>
@@ -7,13 +7,14 @@
 #include <new>
 
 namespace qv {
-namespace log {
+namespace detail {
 
 // Memory blocks of one size, recycled across threads. Made for objects that
-// one thread creates and another destroys (log entries built by a caller and
-// dropped by a queue's worker): handed to the general allocator, every such
-// block would go back to the creator's arena under its lock, and the creator
-// would take every new one from there under the same lock.
+// one thread creates and another destroys (a log entry and its boxed values,
+// built by a caller and dropped by a queue's worker): handed to the general
+// allocator, every such block would go back to the creator's arena under its
+// lock, and the creator would take every new one from there under the same
+// lock.
 //
 // Each thread keeps a short list of free blocks. A thread that frees more
 // than it allocates passes them on in batches of BATCH through a shared
@@ -171,7 +172,26 @@ thread_local typename RecycledBlocks<Size>::Local RecycledBlocks<Size>::t_local{
 template <size_t Size>
 thread_local typename RecycledBlocks<Size>::Reaper RecycledBlocks<Size>::t_reaper;
 
-} // namespace log
+// A class-level operator new and delete for T through the blocks of
+// sizeof(T). A derived class's objects are larger and take the general
+// allocator; a fresh block always comes from ::operator new, so its failure
+// surfaces exactly as it would without the recycling.
+template <class T>
+void* allocateRecycled(size_t size)
+{
+    return size == sizeof(T) ? RecycledBlocks<sizeof(T)>::allocate() : ::operator new(size);
+}
+
+template <class T>
+void releaseRecycled(void* block, size_t size) noexcept
+{
+    if (size == sizeof(T))
+        RecycledBlocks<sizeof(T)>::release(block);
+    else
+        ::operator delete(block);
+}
+
+} // namespace detail
 } // namespace qv
 
 #endif
