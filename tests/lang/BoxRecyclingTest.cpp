@@ -215,24 +215,31 @@ TEST(BoxRecyclingTest, LargerDerivedObjectsTakeTheGeneralAllocatorAndRecycledOne
         broken += plainTexts[i]->toUtf8() == "plain" ? 0 : 1;
     }
     EXPECT_EQ(broken, 0);
-    // A copy made through clone() is an object of the exact class.
-    Reference<Object> copy(plainNumbers.front()->clone());
-    EXPECT_EQ(static_cast<Integer32*>(copy.get())->getValue(), 0);
 }
 
-TEST(BoxRecyclingTest, FreshBlocksStillFailAsOutOfMemoryAndLeakNothing)
+TEST(BoxRecyclingTest, EveryBlockHandedOutCanFailAsOutOfMemoryFreshOrRecycled)
 {
     if (!qvtest::allocationFaultsAvailable())
         GTEST_SKIP() << "built without fault injection";
-    // More boxes alive at once than the recycled blocks can ever supply, in a
-    // thread that holds none of its own: some must come from the allocator,
-    // and its failures must surface.
-    const int count = 1200;
+    // Blocks dropped by this thread wait here for reuse; a sweep must still
+    // meet each allocation, as without the recycling.
     const String shared(u"shared text");
-    int failures = -1;
-    // Reserved once, so that the boxes are the only allocations swept.
+    for (int i = 0; i < 100; ++i) {
+        Reference<Integer32> number(new Integer32(i));
+        Reference<String> text(new String(shared));
+        String own(u"own text");
+    }
+    EXPECT_EQ(qvtest::sweepAllocations([] { Reference<Integer32> number(new Integer32(7)); }), 1);
+    EXPECT_EQ(qvtest::sweepAllocations([&] { Reference<String> text(new String(shared)); }), 1);
+    EXPECT_EQ(qvtest::sweepAllocations([] { String own(u"own text"); }), 1);
+
+    // More boxes alive at once than can be recycled, made by a thread that
+    // has none of its own: fresh and recycled blocks fail alike, and the
+    // boxes made before each failure are given back.
+    const int count = 300;
     std::vector<Reference<Object>> alive;
     alive.reserve(2 * count);
+    int failures = -1;
     std::thread([&] {
         failures = qvtest::sweepAllocations([&] {
             alive.clear();
@@ -248,6 +255,6 @@ TEST(BoxRecyclingTest, FreshBlocksStillFailAsOutOfMemoryAndLeakNothing)
             alive.clear();
         });
     }).join();
-    EXPECT_GT(failures, 0);
+    EXPECT_EQ(failures, 2 * count);
     EXPECT_EQ(shared.toUtf8(), "shared text");
 }
