@@ -153,6 +153,11 @@ int64_t BoxedNumber<T, Base>::toInt64() const
         int compareTo(const Number& other) const override;                                                             \
         using Base::toString;                                                                                          \
         String toString() const override;                                                                              \
+        /* Recycled across threads, as String's heap objects are. */                                                   \
+        static void* operator new(size_t size);                                                                        \
+        static void operator delete(void* block, size_t size) noexcept;                                                \
+        static void* operator new(size_t, void* where) noexcept { return where; }                                      \
+        static void operator delete(void*, void*) noexcept {}                                                          \
     };
 
 } // namespace qv

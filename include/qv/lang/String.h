@@ -138,6 +138,15 @@ public:
                     int32_t capacity = 0);
     ~String() override;
 
+    // A String made with new is mostly a value handed to another thread
+    // (a log entry's text, dropped by a queue's worker): its memory is
+    // recycled across threads instead of crossing the allocator's locks both
+    // ways. Objects of a larger derived class take the general allocator.
+    static void* operator new(size_t size);
+    static void operator delete(void* block, size_t size) noexcept;
+    static void* operator new(size_t, void* where) noexcept { return where; }
+    static void operator delete(void*, void*) noexcept {}
+
     static String CQVString(const String& source);
     static String CQVString(AcquireMode mode, const String& source, int32_t begin = 0, int32_t end = -1,
                             int32_t capacity = 0);

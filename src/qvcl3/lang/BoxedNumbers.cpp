@@ -9,6 +9,8 @@
 #include <qv/lang/UInteger64.h>
 #include <qv/lang/UInteger8.h>
 
+#include "core/RecycledBlocks.h"
+
 namespace qv {
 
 namespace {
@@ -49,6 +51,14 @@ int wrappingDifference(uint32_t a, uint32_t b)
     Object* Name::clone() const                                                                                        \
     {                                                                                                                  \
         return new Name(*this);                                                                                        \
+    }                                                                                                                  \
+    void* Name::operator new(size_t size)                                                                              \
+    {                                                                                                                  \
+        return detail::allocateRecycled<Name>(size);                                                                   \
+    }                                                                                                                  \
+    void Name::operator delete(void* block, size_t size) noexcept                                                      \
+    {                                                                                                                  \
+        detail::releaseRecycled<Name>(block, size);                                                                    \
     }
 
 QV_DEFINE_BOXED_NUMBER(Integer8, int8_t, SignedInteger, toInt8, Number::parseInt8)

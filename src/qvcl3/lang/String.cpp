@@ -5,6 +5,7 @@
 #include "EmbeddedCharBuffer.h"
 #include "UnitScratch.h"
 #include "UtfArithmetic.h"
+#include "core/RecycledBlocks.h"
 
 #include <cstring>
 #include <functional>
@@ -44,6 +45,16 @@ bool overlaps(const char16_t* run, int32_t count, const char16_t* data, int32_t 
 }
 
 } // namespace
+
+void* String::operator new(size_t size)
+{
+    return detail::allocateRecycled<String>(size);
+}
+
+void String::operator delete(void* block, size_t size) noexcept
+{
+    detail::releaseRecycled<String>(block, size);
+}
 
 String::String() noexcept
     : m_buffer(nullptr), m_narrow(nullptr), m_reserved(nullptr), m_own(nullptr), m_exclusive(false)

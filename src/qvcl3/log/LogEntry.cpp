@@ -3,7 +3,7 @@
 #include <qv/core/Boundary.h>
 #include <qv/core/Exception.h>
 
-#include "RecycledBlocks.h"
+#include "core/RecycledBlocks.h"
 
 #include <typeinfo>
 
@@ -63,8 +63,6 @@ QV_INTERFACE_ENTRY(LogEntry, qvcom::ILogEntry)
 QV_INTERFACE_CHAIN(Object)
 QV_END_INTERFACE_MAP()
 
-using EntryBlocks = RecycledBlocks<sizeof(LogEntry)>;
-
 LogEntry::Field::Field(const String& name, bool lasting, uint32_t hash, IQVUnknown* value,
                        const Object* object) noexcept
     : hash(hash), value(value), object(object), m_name(lasting ? &name : new (m_own) String(name))
@@ -92,16 +90,12 @@ LogEntry::~LogEntry()
 
 void* LogEntry::operator new(size_t size)
 {
-    // A derived class's objects are larger than the recycled blocks.
-    return size == sizeof(LogEntry) ? EntryBlocks::allocate() : ::operator new(size);
+    return detail::allocateRecycled<LogEntry>(size);
 }
 
 void LogEntry::operator delete(void* block, size_t size) noexcept
 {
-    if (size == sizeof(LogEntry))
-        EntryBlocks::release(block);
-    else
-        ::operator delete(block);
+    detail::releaseRecycled<LogEntry>(block, size);
 }
 
 Reference<LogEntry> LogEntry::create()
