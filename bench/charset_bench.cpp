@@ -219,10 +219,10 @@ const Corpus& corpus(const std::string& name)
 const char* const corpusNames[] = {"english", "latin", "cjk", "emoji"};
 
 // Memory on a 2 MiB boundary, in transparent huge pages where the system
-// grants them (madvise mode), written all over before use. With small
-// pages, where malloc happened to put a 32 MiB output moved a plain widening
-// loop's speed between 7.0 and 9.6 GB/s from one process to the next (11.8
-// in huge pages): the placement, not the code, decided the 16 MiB figures.
+// grants them (madvise mode), written all over before use: a plain loop
+// widening 16 MiB wrote its 32 MiB 1.36x as fast into huge pages as into
+// small ones, so the kind of memory, not only the code, decided the 16 MiB
+// figures.
 template <typename T>
 class PlacedBuffer {
 public:

@@ -384,7 +384,7 @@ void encodeBlocks(const char16_t* in, int32_t& inPos, int32_t inEnd, uint8_t* ou
 // predict (one East Asian half in two, with 4% ASCII), and with the input
 // streaming from further out each miss cost so much more that East Asian
 // encoding of 16 MiB ran at half the speed. Measured on the development
-// machine (1 MiB of second-level cache per core): 1.24x with 0.7 MiB of
+// machine (1 MiB of second-level cache per core): 1.25x with 0.7 MiB of
 // input, 0.69x with 1.4 MiB; the limit, 512 KiB, keeps clear of the edge.
 constexpr int32_t fixedThreeUnits = 256 * 1024;
 
