@@ -324,9 +324,7 @@ void encodeBlocks(const char16_t* in, int32_t& inPos, int32_t inEnd, uint8_t* ou
             silent |= 0x80000000u;
         }
         const uint32_t twoByte = below800 & ~ascii;
-        // Not the high surrogate of a cut pair either: the fixed order would
-        // write it as a character of its own.
-        const uint32_t threeByte = ~below800 & ~(highs | silent);
+        const uint32_t threeByte = ~below800 & ~(highs | lows);
         // Whether a block has pairs is steady in most text, whether each
         // half has is not: the branch is taken per block.
         const bool pairs = highs != 0;
@@ -354,7 +352,10 @@ void encodeBlocks(const char16_t* in, int32_t& inPos, int32_t inEnd, uint8_t* ou
             const __m512i four =
                 _mm512_ternarylogic_epi32(_mm512_multishift_epi64_epi8(groupStarts, cp), _mm512_set1_epi32(0x3F3F3F07),
                                           _mm512_set1_epi32(static_cast<int>(0x808080F0)), 0xEA);
-            if (fixedThree && three == 0xFFFF) {
+            // Only in blocks without pairs, which East Asian text is made of:
+            // the check cost text with emoji 3%. Not with the high surrogate
+            // of a cut pair either, which would be written as a character.
+            if (fixedThree && !pairs && static_cast<__mmask16>((threeByte & ~silent) >> shift) == 0xFFFF) {
                 const __m512i forms = _mm512_add_epi32(_mm512_srli_epi32(four, 8), _mm512_set1_epi32(0x60));
                 _mm512_storeu_si512(out + op, _mm512_permutexvar_epi8(threeOfEachFour, forms));
                 op += 48;
