@@ -389,11 +389,25 @@ void encodeBlocks(const char16_t* in, int32_t& inPos, int32_t inEnd, uint8_t* ou
 // input, 0.69x with 1.4 MiB; the limit, 512 KiB, keeps clear of the edge.
 constexpr int32_t fixedThreeUnits = 256 * 1024;
 
+// Whether the text at `in` looks East Asian: at least half of its first
+// 32 units three-byte characters. Only such calls take the loop with the
+// fixed order; text that never uses the shortcut ran slower through it
+// (European encoding by up to 8%, text with emoji by up to 6%).
+bool startsEastAsian(const char16_t* in)
+{
+    const __m512i u = _mm512_loadu_si512(in);
+    const uint32_t belowThree = _mm512_cmplt_epu16_mask(u, _mm512_set1_epi16(0x800));
+    const uint32_t surrogates =
+        _mm512_cmpeq_epi16_mask(_mm512_and_si512(u, _mm512_set1_epi16(static_cast<short>(0xF800))),
+                                _mm512_set1_epi16(static_cast<short>(0xD800)));
+    return _mm_popcnt_u32(~(belowThree | surrogates)) >= 16;
+}
+
 } // namespace
 
 void encodeUtf8Avx512(const char16_t* in, int32_t& inPos, int32_t inEnd, uint8_t* out, int32_t& outPos, int32_t outEnd)
 {
-    if (inEnd - inPos <= fixedThreeUnits) {
+    if (inEnd - inPos >= 32 && inEnd - inPos <= fixedThreeUnits && startsEastAsian(in + inPos)) {
         encodeBlocks<true>(in, inPos, inEnd, out, outPos, outEnd);
     } else {
         encodeBlocks<false>(in, inPos, inEnd, out, outPos, outEnd);
