@@ -159,39 +159,62 @@ TEST(Multiplication, LargeOperandsGoThroughToomAndStillAgree)
     }
 }
 
-TEST(Multiplication, ToomFourAroundItsThresholdAgreesWithSchoolbookAndSquaring)
+TEST(Multiplication, ToomThreeAndFourAroundTheirThresholdsAgreeWithSchoolbookAndSquaring)
 {
     ThresholdGuard guard;
-    // The production crossover, then a low one so that Toom-4 recurses into
-    // itself (pieces above 60 limbs) over Toom-3 and Karatsuba.
-    for (const size_t threshold : {defaultThresholds().toom4Mul, size_t(60)}) {
-        thresholds().toom4Mul = thresholds().toom4Sqr = threshold;
-        std::vector<size_t> lengths = {threshold - 1, threshold, threshold + 1, threshold + 3};
-        if (threshold < defaultThresholds().toom4Mul) {
-            thresholds().toom3Mul = thresholds().toom3Sqr = 40;
-            lengths.push_back(4 * threshold + 5);
-        }
-        int shape = 0;
-        for (const size_t an : lengths) {
-            // bn = 3 ceil(an / 4) + 1 is the shortest operand Toom-4 splits in
-            // four; one limb less goes to Toom-3.
-            const size_t shortest = 3 * ((an + 3) / 4) + 1;
-            for (const size_t bn : {an, an - 1, shortest, shortest - 1}) {
-                for (int round = 0; round < 2; ++round, ++shape) {
-                    Mag a = randomMag(an, shape), b = randomMag(bn, shape + 1);
-                    if (round == 1)
-                        a.assign(an, ~Limb(0)), b.assign(bn, ~Limb(0));
-                    ASSERT_EQ(magMul(a, b), schoolbookProduct(a, b)) << an << " x " << bn << " round " << round;
-                }
+    // Each at its production crossover, then a low one so that it recurses
+    // into itself over the algorithms below it. The shortest operand each
+    // splits (2 ceil(an / 3) + 1 and 3 ceil(an / 4) + 1) has the shortest
+    // top pieces the interpolation sees; one limb less takes the algorithm
+    // below. All-ones operands give the largest evaluations and the
+    // interpolation's values furthest from zero on either side.
+    struct Case {
+        size_t Thresholds::*mul;
+        size_t Thresholds::*sqr;
+        size_t pieces;
+        size_t low;
+    };
+    const Case cases[] = {{&Thresholds::toom3Mul, &Thresholds::toom3Sqr, 3, 30},
+                          {&Thresholds::toom4Mul, &Thresholds::toom4Sqr, 4, 60}};
+    for (const Case& c : cases) {
+        const size_t production = defaultThresholds().*c.mul;
+        for (const size_t threshold : {production, c.low}) {
+            thresholds() = defaultThresholds();
+            thresholds().*c.mul = thresholds().*c.sqr = threshold;
+            std::vector<size_t> lengths = {threshold - 1, threshold, threshold + 1, threshold + 3};
+            if (threshold < production) {
+                if (c.pieces == 4)
+                    thresholds().toom3Mul = thresholds().toom3Sqr = 20;
+                lengths.push_back(c.pieces * threshold + 5);
             }
-            // The squaring path against the product of two distinct copies.
-            Mag a = randomMag(an, shape);
-            const Mag copy = a;
-            const Mag square = magSqr(a);
-            ASSERT_EQ(square, magMul(a, copy)) << an << " squared";
-            ASSERT_EQ(square, schoolbookProduct(a, a)) << an << " squared";
-            a.assign(an, ~Limb(0));
-            ASSERT_EQ(magSqr(a), schoolbookProduct(a, a)) << an << " all-ones squared";
+            int shape = 0;
+            for (const size_t an : lengths) {
+                const size_t piece = (an + c.pieces - 1) / c.pieces;
+                const size_t shortest = (c.pieces - 1) * piece + 1;
+                for (const size_t bn : {an, an - 1, shortest, shortest - 1}) {
+                    for (int round = 0; round < 2; ++round, ++shape) {
+                        Mag a = randomMag(an, shape), b = randomMag(bn, shape + 1);
+                        if (round == 1)
+                            a.assign(an, ~Limb(0)), b.assign(bn, ~Limb(0));
+                        ASSERT_EQ(magMul(a, b), schoolbookProduct(a, b))
+                            << c.pieces << " pieces: " << an << " x " << bn << " round " << round;
+                    }
+                }
+                // The squaring path against the product of two distinct copies.
+                Mag a = randomMag(an, shape);
+                const Mag copy = a;
+                const Mag square = magSqr(a);
+                ASSERT_EQ(square, magMul(a, copy)) << c.pieces << " pieces: " << an << " squared";
+                ASSERT_EQ(square, schoolbookProduct(a, a)) << c.pieces << " pieces: " << an << " squared";
+                a.assign(an, ~Limb(0));
+                ASSERT_EQ(magSqr(a), schoolbookProduct(a, a)) << c.pieces << " pieces: " << an << " all-ones squared";
+                // Pieces of zeros: evaluations that vanish and products of
+                // zero length.
+                a.assign(an, 0);
+                a[0] = 1;
+                a.back() = ~Limb(0);
+                ASSERT_EQ(magSqr(a), schoolbookProduct(a, a)) << c.pieces << " pieces: " << an << " sparse squared";
+            }
         }
     }
 }
@@ -212,6 +235,50 @@ TEST(Multiplication, TwoRowKernelMatchesOneRowAtATime)
             expected[n + 1] = addMul1(expected.data() + 1, a.data(), n, b[1]);
             r[n + 1] = addMul2(r.data(), a.data(), n, b.data());
             ASSERT_EQ(r, expected) << n << " limbs, shape " << shape;
+        }
+    }
+}
+
+TEST(Multiplication, SubtractingKernelTakesTheProductOffWithItsBorrow)
+{
+    // r - a b = r' - borrow B^n, against the product formed on its own and
+    // subtracted; all-ones limbs give the largest borrows, a zero r the
+    // longest chain.
+    for (size_t n = 1; n < 12; ++n) {
+        for (int shape = 0; shape < 4; ++shape) {
+            Mag a = randomMag(n, shape), r = randomMag(n, shape + 1);
+            Limb b = rng();
+            if (shape == 3)
+                a.assign(n, ~Limb(0)), r.assign(n, 0), b = ~Limb(0);
+            a.resize(n), r.resize(n);
+            Mag product(n + 1), expected(n + 1);
+            product[n] = mul1(product.data(), a.data(), n, b);
+            Mag extended = r;
+            extended.push_back(0);
+            sub(expected.data(), extended.data(), n + 1, product.data(), n + 1);
+            const Limb borrow = subMul1(r.data(), a.data(), n, b);
+            ASSERT_EQ(borrow, 0 - expected[n]) << n << " limbs, shape " << shape;
+            expected.pop_back();
+            ASSERT_EQ(r, expected) << n << " limbs, shape " << shape;
+        }
+    }
+}
+
+TEST(Multiplication, SquareBasecaseMatchesTheProductAtEveryLength)
+{
+    // Rows go through the two-row kernel in pairs, with one row left over
+    // for odd counts: every length the basecase takes, random and all-ones.
+    for (size_t n = 1; n <= defaultThresholds().karatsubaSqr; ++n) {
+        for (int shape = 0; shape < 2; ++shape) {
+            Mag a = randomMag(n, shape);
+            if (shape == 1)
+                a.assign(n, ~Limb(0));
+            a.resize(n);
+            a.back() |= 1;
+            Mag square(2 * n), product(2 * n);
+            sqrBasecase(square.data(), a.data(), n);
+            mulBasecase(product.data(), a.data(), n, a.data(), n);
+            ASSERT_EQ(square, product) << n << " limbs, shape " << shape;
         }
     }
 }
@@ -254,12 +321,15 @@ TEST(Multiplication, TransformMatchesSchoolbook)
 TEST(Multiplication, ConcurrentTransformsOfGrowingLengthsShareTheTwiddleTables)
 {
     // Each thread runs through lengths in its own order, so one grows the
-    // kept tables while the other reads them; the last pair takes more
-    // points than are kept and fills its own. The expected products come
-    // from Toom-3 and Toom-4, which use no twiddles.
+    // kept tables while the other reads them; the last two pairs take more
+    // points than are kept and fill their own (the very last in the 3 m
+    // shape, whose twists come from a table twice the transform's length).
+    // The expected products come from Toom-3 and Toom-4, which use no
+    // twiddles.
     ThresholdGuard guard;
     thresholds().nttMul = thresholds().nttSqr = ~size_t(0);
-    const size_t lengths[][2] = {{40, 30}, {300, 280}, {1100, 1000}, {3000, 2900}, {9000, 8000}, {30000, 25000}};
+    const size_t lengths[][2] = {{40, 30},     {300, 280},     {1100, 1000},  {3000, 2900},
+                                 {9000, 8000}, {30000, 25000}, {20000, 19000}};
     std::vector<Mag> as, bs, expected;
     for (const auto& length : lengths) {
         as.push_back(randomMag(length[0], 0));
@@ -282,6 +352,25 @@ TEST(Multiplication, ConcurrentTransformsOfGrowingLengthsShareTheTwiddleTables)
     down.join();
     EXPECT_EQ(failuresUp, 0);
     EXPECT_EQ(failuresDown, 0);
+}
+
+TEST(Multiplication, KeptTransformsInTheThreeQuarterShapeAgreeAboveTheKeptTables)
+{
+    // 39,000 limbs of product take 49,152 points in the 3 m shape, whose
+    // twists need a table of 65,536 points: more than is kept, so the
+    // operand fills its own, and so does each product with it.
+    ThresholdGuard guard;
+    thresholds().nttMul = thresholds().nttSqr = ~size_t(0);
+    const Mag b = randomMag(19000, 1);
+    const NttOperand fixed(b.data(), b.size(), 39000);
+    for (const size_t an : {size_t(20000), size_t(19500)}) {
+        const Mag a = randomMag(an, 2);
+        ASSERT_TRUE(fixed.fits(a.size()));
+        Mag r(a.size() + b.size());
+        fixed.multiply(r.data(), a.data(), a.size());
+        trim(r);
+        ASSERT_EQ(r, magMul(a, b)) << an << " x 19000";
+    }
 }
 
 TEST(Multiplication, WrappedTransformIsTheProductModuloBaseToTheLengthMinusOne)

@@ -245,7 +245,17 @@ void sqrBasecase(Limb* r, const Limb* a, size_t n) noexcept
     r[0] = 0;
     r[2 * n - 1] = 0;
     r[n] = mul1(r + 1, a + 1, n - 1, a[0]);
-    for (size_t i = 1; i + 1 < n; ++i)
+    // Rows i and i + 1 in one pass of the two-row kernel: it adds a[i] a[j]
+    // and a[i + 1] a[j] for j > i + 1, which leaves a[i] a[i + 1] to add on
+    // its own.
+    size_t i = 1;
+    for (; i + 2 < n; i += 2) {
+        r[n + i + 1] = addMul2(r + 2 * i + 2, a + i + 2, n - i - 2, a + i);
+        Limb pair[2];
+        pair[0] = mulWide(a[i], a[i + 1], pair[1]);
+        add(r + 2 * i + 1, r + 2 * i + 1, n - i + 1, pair, 2);
+    }
+    if (i + 1 < n)
         r[n + i] = addMul1(r + 2 * i + 1, a + i + 1, n - i - 1, a[i]);
     shiftLeft(r, r, 2 * n, 1);
     Limb carry = 0;

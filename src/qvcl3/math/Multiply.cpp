@@ -2,8 +2,8 @@
 #include "NumberTheoreticTransform.h"
 
 #include <algorithm>
+#include <memory>
 #include <utility>
-#include <vector>
 
 namespace qv {
 namespace math {
@@ -12,8 +12,10 @@ namespace detail {
 namespace {
 
 // Measured crossovers of Toom-3, Toom-4 and the transform (docs/math.md).
-constexpr size_t NTT_MUL = 1800;
-constexpr size_t NTT_SQR = 1900;
+constexpr size_t TOOM3_MUL = 200;
+constexpr size_t TOOM3_SQR = 200;
+constexpr size_t NTT_MUL = 1500;
+constexpr size_t NTT_SQR = 1500;
 constexpr size_t NEWTON_DIVISION = 3800;
 constexpr size_t TOOM4_MUL = 900;
 constexpr size_t TOOM4_SQR = 900;
@@ -22,7 +24,7 @@ constexpr size_t TOOM4_SQR = 900;
 
 Thresholds defaultThresholds() noexcept
 {
-    return Thresholds{32, 64, 500, 500, 64, NTT_MUL, NTT_SQR, NEWTON_DIVISION, TOOM4_MUL, TOOM4_SQR};
+    return Thresholds{32, 64, TOOM3_MUL, TOOM3_SQR, 64, NTT_MUL, NTT_SQR, NEWTON_DIVISION, TOOM4_MUL, TOOM4_SQR};
 }
 
 Thresholds& thresholds() noexcept
@@ -32,8 +34,6 @@ Thresholds& thresholds() noexcept
 }
 
 namespace {
-
-typedef std::vector<Limb> Vec;
 
 void square(Limb* r, const Limb* a, size_t n);
 
@@ -58,16 +58,17 @@ void addInto(Limb* r, size_t rn, const Limb* x, size_t xn) noexcept
     add1(r + xn, r + xn, rn - xn, carry);
 }
 
-// an >= bn > ceil(an / 2).
+// an >= bn > ceil(an / 2), so that z2 = a1 * b1 has at least m limbs.
 void karatsuba(Limb* r, const Limb* a, size_t an, const Limb* b, size_t bn)
 {
-    const size_t m = (an + 1) / 2, h = an - m, k = bn - m;
+    const size_t m = (an + 1) / 2, h = an - m, k = bn - m, rn = an + bn;
     const bool squaring = a == b && an == bn;
-    Vec tmp(6 * m + 1);
-    Limb* da = tmp.data();
+    // Every limb is written before it is read.
+    std::unique_ptr<Limb[]> tmp(new Limb[5 * m]);
+    Limb* da = tmp.get();
     Limb* db = squaring ? da : da + m;
     Limb* z1 = da + 2 * m;
-    Limb* mid = z1 + 2 * m;
+    Limb* t = z1 + 2 * m;
 
     bool negA = absDiff(da, a, m, a + m, h);
     bool negB = squaring ? negA : absDiff(db, b, m, b + m, k);
@@ -75,230 +76,195 @@ void karatsuba(Limb* r, const Limb* a, size_t an, const Limb* b, size_t bn)
     multiply(r + 2 * m, a + m, h, b + m, k);
     multiply(z1, da, m, db, m);
 
-    // mid = a0*b1 + a1*b0 = z0 + z2 - (a0 - a1)(b0 - b1)
-    std::copy(r, r + 2 * m, mid);
-    mid[2 * m] = add(mid, mid, 2 * m, r + 2 * m, h + k);
+    // r += (z0 + z2 - (a0 - a1)(b0 - b1)) B^m, that is a0*b1 + a1*b0. With
+    // z0 = L0 + H0 B^m and z2 = L2 + H2 B^m, z0 + z2 lands as t + L0 at m
+    // and t + H2 at 2m, t = H0 + L2: the shared half is added once and
+    // nothing is copied.
+    const Limb carryT = addN(t, r + m, r + 2 * m, m);
+    const Limb carryLow = addN(r + m, t, r, m);
+    const Limb carryHigh = add(r + 2 * m, t, m, r + 3 * m, h + k - m);
+    add1(r + 2 * m, r + 2 * m, rn - 2 * m, carryLow + carryT);
+    add1(r + 3 * m, r + 3 * m, rn - 3 * m, carryHigh + carryT);
     if (negA == negB)
-        sub(mid, mid, 2 * m + 1, z1, 2 * m);
+        sub(r + m, r + m, rn - m, z1, 2 * m);
     else
-        add(mid, mid, 2 * m + 1, z1, 2 * m);
-    addInto(r + m, an + bn - m, mid, 2 * m + 1);
+        add(r + m, r + m, rn - m, z1, 2 * m);
 }
 
 // a is much longer than b: multiply b by slices of a of b's length.
 void mulUnbalanced(Limb* r, const Limb* a, size_t an, const Limb* b, size_t bn)
 {
-    Vec tmp(2 * bn);
+    std::unique_ptr<Limb[]> tmp(new Limb[2 * bn]);
     multiply(r, a, bn, b, bn);
     std::fill(r + 2 * bn, r + an + bn, Limb(0));
     for (size_t i = bn; i < an; i += bn) {
         size_t len = std::min(bn, an - i);
-        multiply(tmp.data(), a + i, len, b, bn);
-        addInto(r + i, an + bn - i, tmp.data(), len + bn);
+        multiply(tmp.get(), a + i, len, b, bn);
+        addInto(r + i, an + bn - i, tmp.get(), len + bn);
     }
 }
 
-// Signed numbers for the Toom-3 evaluation and interpolation.
-struct Signed {
-    Vec mag;
-    bool neg = false;
-};
-
-void trim(Vec& v) noexcept
+// The interpolations below work in two's complement over a fixed width:
+// every value they pass through fits it with room for the sign, and exact
+// division by an odd constant is multiplication by its inverse modulo B^n,
+// which is the same on a negative value's two's complement.
+void negate(Limb* x, size_t n) noexcept
 {
-    v.resize(normalisedLength(v.data(), v.size()));
-}
-
-Vec magOf(const Limb* p, size_t n)
-{
-    Vec v(p, p + normalisedLength(p, n));
-    return v;
-}
-
-Vec magAdd(const Vec& a, const Vec& b)
-{
-    const Vec& x = a.size() >= b.size() ? a : b;
-    const Vec& y = a.size() >= b.size() ? b : a;
-    Vec r(x.size() + 1);
-    r[x.size()] = add(r.data(), x.data(), x.size(), y.data(), y.size());
-    trim(r);
-    return r;
-}
-
-// a >= b
-Vec magSub(const Vec& a, const Vec& b)
-{
-    Vec r(a.size());
-    sub(r.data(), a.data(), a.size(), b.data(), b.size());
-    trim(r);
-    return r;
-}
-
-int magCompare(const Vec& a, const Vec& b) noexcept
-{
-    return compare(a.data(), a.size(), b.data(), b.size());
-}
-
-Signed signedAdd(const Signed& a, const Signed& b, bool negateB = false)
-{
-    bool bNeg = b.neg != negateB && !b.mag.empty();
-    Signed r;
-    if (a.neg == bNeg) {
-        r.mag = magAdd(a.mag, b.mag);
-        r.neg = a.neg;
-    } else if (magCompare(a.mag, b.mag) >= 0) {
-        r.mag = magSub(a.mag, b.mag);
-        r.neg = a.neg;
-    } else {
-        r.mag = magSub(b.mag, a.mag);
-        r.neg = bNeg;
-    }
-    if (r.mag.empty())
-        r.neg = false;
-    return r;
-}
-
-Signed signedSub(const Signed& a, const Signed& b)
-{
-    return signedAdd(a, b, true);
-}
-
-void shiftVec(Vec& v, int bits)
-{
-    if (v.empty())
+    size_t i = 0;
+    while (i < n && x[i] == 0)
+        ++i;
+    if (i == n)
         return;
-    if (bits > 0) {
-        v.push_back(0);
-        shiftLeft(v.data(), v.data(), v.size(), static_cast<unsigned>(bits));
-    } else {
-        shiftRight(v.data(), v.data(), v.size(), static_cast<unsigned>(-bits));
+    x[i] = 0 - x[i];
+    for (++i; i < n; ++i)
+        x[i] = ~x[i];
+}
+
+void halveSigned(Limb* x, size_t n) noexcept
+{
+    const Limb sign = x[n - 1] & (Limb(1) << 63);
+    shiftRight(x, x, n, 1);
+    x[n - 1] |= sign;
+}
+
+// v (w limbs, two's complement) = x * y, negated when negative; squares when
+// x and y are the same array. xn + yn <= w.
+void signedProduct(Limb* v, size_t w, const Limb* x, size_t xn, const Limb* y, size_t yn, bool negative)
+{
+    const bool squaring = x == y && xn == yn;
+    xn = normalisedLength(x, xn);
+    yn = squaring ? xn : normalisedLength(y, yn);
+    if (xn == 0 || yn == 0) {
+        std::fill(v, v + w, Limb(0));
+        return;
     }
-    trim(v);
+    multiply(v, x, xn, y, yn);
+    std::fill(v + xn + yn, v + w, Limb(0));
+    if (negative)
+        negate(v, w);
 }
 
-Signed signedMul(const Signed& a, const Signed& b)
+// p = p0 + p1 x + p2 x^2 (pieces of k, k and s <= k limbs) at 1, -1 and -2
+// into e[0, k], e[k + 1, 2k + 1], e[2k + 2, 3k + 2] (the last two as
+// magnitudes; returns their signs, true when negative); tmp holds k + 1
+// limbs.
+std::pair<bool, bool> evaluateToom3(Limb* e, const Limb* p, size_t k, size_t s, Limb* tmp) noexcept
 {
-    Signed r;
-    if (a.mag.empty() || b.mag.empty())
-        return r;
-    r.mag.resize(a.mag.size() + b.mag.size());
-    multiply(r.mag.data(), a.mag.data(), a.mag.size(), b.mag.data(), b.mag.size());
-    trim(r.mag);
-    r.neg = a.neg != b.neg;
-    return r;
-}
-
-struct Toom3Points {
-    Signed one, minusOne, minusTwo;
-};
-
-Toom3Points evaluate(const Vec& p0, const Vec& p1, const Vec& p2)
-{
-    Toom3Points e;
-    Signed sum02{magAdd(p0, p2), false};
-    Signed s1{p1, false};
-    e.one = signedAdd(sum02, s1);
-    e.minusOne = signedSub(sum02, s1);
-    // p(-2) = 2 * (p(-1) + p2) - p0
-    e.minusTwo = signedAdd(e.minusOne, Signed{p2, false});
-    shiftVec(e.minusTwo.mag, 1);
-    e.minusTwo = signedSub(e.minusTwo, Signed{p0, false});
-    return e;
+    const size_t n = k + 1;
+    Limb* one = e;
+    Limb* minusOne = e + n;
+    Limb* minusTwo = minusOne + n;
+    const Limb* p1 = p + k;
+    const Limb* p2 = p + 2 * k;
+    minusTwo[k] = add(minusTwo, p, k, p2, s); // p0 + p2, for the moment
+    add(one, minusTwo, n, p1, k);
+    const bool negOne = absDiff(minusOne, minusTwo, n, p1, k);
+    // p(-2) = (p0 + 4 p2) - 2 p1
+    tmp[s] = shiftLeft(tmp, p2, s, 2);
+    std::fill(tmp + s + 1, tmp + n, Limb(0));
+    add(minusTwo, tmp, n, p, k);
+    tmp[k] = shiftLeft(tmp, p1, k, 1);
+    const bool negTwo = absDiff(minusTwo, minusTwo, n, tmp, n);
+    return {negOne, negTwo};
 }
 
 // Splits both operands in three pieces of k limbs (the top ones shorter),
 // multiplies at the points 0, 1, -1, -2 and infinity, and interpolates with
-// Bodrato's sequence. Needs bn > 2 * ceil(an / 3).
+// Bodrato's sequence. Needs bn > 2 * ceil(an / 3). One scratch block for
+// the evaluations and the three inner products, interpolated in place.
 void toom3(Limb* r, const Limb* a, size_t an, const Limb* b, size_t bn)
 {
-    const size_t k = (an + 2) / 3;
+    const size_t k = (an + 2) / 3, n = k + 1, w = 2 * k + 2, rn = an + bn;
     const bool squaring = a == b && an == bn;
-    Vec a0 = magOf(a, k), a1 = magOf(a + k, k), a2 = magOf(a + 2 * k, an - 2 * k);
-    Toom3Points pa = evaluate(a0, a1, a2);
-    Toom3Points pb;
-    Vec b0, b1, b2;
-    if (!squaring) {
-        b0 = magOf(b, k);
-        b1 = magOf(b + k, k);
-        b2 = magOf(b + 2 * k, bn - 2 * k);
-        pb = evaluate(b0, b1, b2);
-    }
-    const Toom3Points& qb = squaring ? pa : pb;
-
-    Signed v1 = signedMul(pa.one, qb.one);
-    Signed vm1 = signedMul(pa.minusOne, qb.minusOne);
-    Signed vm2 = signedMul(pa.minusTwo, qb.minusTwo);
+    std::unique_ptr<Limb[]> scratch(new Limb[3 * w + 7 * n]);
+    Limb* v1 = scratch.get();
+    Limb* vm1 = v1 + w;
+    Limb* vm2 = vm1 + w;
+    Limb* ea = vm2 + w;
+    Limb* eb = squaring ? ea : ea + 3 * n;
+    Limb* tmp = ea + 6 * n;
+    const std::pair<bool, bool> sa = evaluateToom3(ea, a, k, an - 2 * k, tmp);
+    const std::pair<bool, bool> sb = squaring ? sa : evaluateToom3(eb, b, k, bn - 2 * k, tmp);
+    signedProduct(v1, w, ea, n, eb, n, false);
+    signedProduct(vm1, w, ea + n, n, eb + n, n, sa.first != sb.first);
+    signedProduct(vm2, w, ea + 2 * n, n, eb + 2 * n, n, sa.second != sb.second);
 
     // v0 and vinf go straight to their places in r.
-    std::fill(r, r + an + bn, Limb(0));
-    if (k > 0)
-        multiply(r, a, k, b, k);
+    multiply(r, a, k, b, k);
+    std::fill(r + 2 * k, r + 4 * k, Limb(0));
     multiply(r + 4 * k, a + 2 * k, an - 2 * k, b + 2 * k, bn - 2 * k);
-    Signed v0{magOf(r, 2 * k), false};
-    Signed vinf{magOf(r + 4 * k, an + bn - 4 * k), false};
+    const Limb* v0 = r;
+    const Limb* vinf = r + 4 * k;
+    const size_t vinfn = rn - 4 * k;
 
-    Signed r3 = signedSub(vm2, v1);
-    divExact1(r3.mag.data(), r3.mag.data(), r3.mag.size(), 3);
-    trim(r3.mag);
-    Signed r1 = signedSub(v1, vm1);
-    shiftVec(r1.mag, -1);
-    Signed r2 = signedSub(vm1, v0);
-    r3 = signedSub(r2, r3);
-    shiftVec(r3.mag, -1);
-    Signed twoVinf = vinf;
-    shiftVec(twoVinf.mag, 1);
-    r3 = signedAdd(r3, twoVinf);
-    r2 = signedSub(signedAdd(r2, r1), vinf);
-    r1 = signedSub(r1, r3);
+    sub(vm2, vm2, w, v1, w); // r3 = (v(-2) - v(1)) / 3
+    divExact1(vm2, vm2, w, 3);
+    sub(v1, v1, w, vm1, w); // r1 = (v(1) - v(-1)) / 2
+    halveSigned(v1, w);
+    sub(vm1, vm1, w, v0, 2 * k); // r2 = v(-1) - v0
+    sub(vm2, vm1, w, vm2, w);    // r3 = (r2 - r3) / 2 + 2 vinf
+    halveSigned(vm2, w);
+    add(vm2, vm2, w, vinf, vinfn);
+    add(vm2, vm2, w, vinf, vinfn);
+    add(vm1, vm1, w, v1, w); // r2 = r2 + r1 - vinf
+    sub(vm1, vm1, w, vinf, vinfn);
+    sub(v1, v1, w, vm2, w); // r1 = r1 - r3
 
-    const size_t rn = an + bn;
-    addInto(r + k, rn - k, r1.mag.data(), r1.mag.size());
-    addInto(r + 2 * k, rn - 2 * k, r2.mag.data(), r2.mag.size());
-    addInto(r + 3 * k, rn - 3 * k, r3.mag.data(), r3.mag.size());
+    addInto(r + k, rn - k, v1, w);
+    addInto(r + 2 * k, rn - 2 * k, vm1, w);
+    addInto(r + 3 * k, rn - 3 * k, vm2, w);
 }
 
-// Exact division of a signed value by a small odd constant.
-void divideExactly(Signed& x, Limb d) noexcept
+// p = p0 + p1 x + p2 x^2 + p3 x^3 (pieces of k, k, k and s <= k limbs) at
+// 1, -1, 2, -2 and 8 p(1/2) into five values of k + 1 limbs at e, the ones
+// at -1 and -2 as magnitudes (returns their signs, true when negative);
+// tmp holds 2k + 2 limbs.
+std::pair<bool, bool> evaluateToom4(Limb* e, const Limb* p, size_t k, size_t s, Limb* tmp) noexcept
 {
-    divExact1(x.mag.data(), x.mag.data(), x.mag.size(), d);
-    trim(x.mag);
+    const size_t n = k + 1;
+    Limb* one = e;
+    Limb* minusOne = e + n;
+    Limb* two = e + 2 * n;
+    Limb* minusTwo = e + 3 * n;
+    Limb* half = e + 4 * n;
+    const Limb* p1 = p + k;
+    const Limb* p2 = p + 2 * k;
+    const Limb* p3 = p + 3 * k;
+    Limb* even = tmp;
+    Limb* odd = tmp + n;
+    even[k] = addN(even, p, p2, k);
+    odd[k] = add(odd, p1, k, p3, s);
+    addN(one, even, odd, n);
+    const bool negOne = absDiff(minusOne, even, n, odd, n);
+    // p0 + 4 p2 and 2 (p1 + 4 p3)
+    even[k] = shiftLeft(even, p2, k, 2);
+    add(even, even, n, p, k);
+    odd[s] = shiftLeft(odd, p3, s, 2);
+    std::fill(odd + s + 1, odd + n, Limb(0));
+    add(odd, odd, n, p1, k);
+    shiftLeft(odd, odd, n, 1);
+    addN(two, even, odd, n);
+    const bool negTwo = absDiff(minusTwo, even, n, odd, n);
+    // 8 p(1/2) = ((2 p0 + p1) 2 + p2) 2 + p3
+    half[k] = shiftLeft(half, p, k, 1);
+    add(half, half, n, p1, k);
+    shiftLeft(half, half, n, 1);
+    add(half, half, n, p2, k);
+    shiftLeft(half, half, n, 1);
+    add(half, half, n, p3, s);
+    return {negOne, negTwo};
 }
 
-Signed shifted(Signed x, int bits)
+// x -= y << bits (x w limbs, y yn <= w limbs, 0 < bits < 64) through tmp (w
+// limbs); what leaves the top of w is known to be zero.
+void subShifted(Limb* x, size_t w, const Limb* y, size_t yn, unsigned bits, Limb* tmp) noexcept
 {
-    shiftVec(x.mag, bits);
-    return x;
-}
-
-struct Toom4Points {
-    Signed one, minusOne, two, minusTwo, half;
-};
-
-// p(1), p(-1), p(2), p(-2) and 8 p(1/2) of p0 + p1 x + p2 x^2 + p3 x^3.
-Toom4Points evaluate(const Vec& p0, const Vec& p1, const Vec& p2, const Vec& p3)
-{
-    Toom4Points e;
-    const Signed even{magAdd(p0, p2), false}, odd{magAdd(p1, p3), false};
-    e.one = signedAdd(even, odd);
-    e.minusOne = signedSub(even, odd);
-    Vec x = p2;
-    shiftVec(x, 2);
-    const Signed evenTwo{magAdd(p0, x), false};
-    x = p3;
-    shiftVec(x, 2);
-    Signed oddTwo{magAdd(p1, x), false};
-    shiftVec(oddTwo.mag, 1);
-    e.two = signedAdd(evenTwo, oddTwo);
-    e.minusTwo = signedSub(evenTwo, oddTwo);
-    // 8 p(1/2) = ((2 p0 + p1) 2 + p2) 2 + p3, all positive.
-    x = p0;
-    shiftVec(x, 1);
-    x = magAdd(x, p1);
-    shiftVec(x, 1);
-    x = magAdd(x, p2);
-    shiftVec(x, 1);
-    e.half = Signed{magAdd(x, p3), false};
-    return e;
+    const Limb out = shiftLeft(tmp, y, yn, bits);
+    if (yn < w) {
+        tmp[yn] = out;
+        std::fill(tmp + yn + 1, tmp + w, Limb(0));
+    }
+    sub(x, x, w, tmp, w);
 }
 
 // Splits both operands in four pieces of k limbs (the top ones shorter) and
@@ -309,55 +275,76 @@ Toom4Points evaluate(const Vec& p0, const Vec& p1, const Vec& p2, const Vec& p3)
 // interpolation below divides exactly.
 void toom4(Limb* r, const Limb* a, size_t an, const Limb* b, size_t bn)
 {
-    const size_t k = (an + 3) / 4;
+    const size_t k = (an + 3) / 4, n = k + 1, w = 2 * k + 2, rn = an + bn;
     const bool squaring = a == b && an == bn;
-    const Toom4Points pa = evaluate(magOf(a, k), magOf(a + k, k), magOf(a + 2 * k, k), magOf(a + 3 * k, an - 3 * k));
-    Toom4Points pb;
-    if (!squaring)
-        pb = evaluate(magOf(b, k), magOf(b + k, k), magOf(b + 2 * k, k), magOf(b + 3 * k, bn - 3 * k));
-    const Toom4Points& qb = squaring ? pa : pb;
+    std::unique_ptr<Limb[]> scratch(new Limb[6 * w + 10 * n]);
+    Limb* v1 = scratch.get();
+    Limb* vm1 = v1 + w;
+    Limb* v2 = vm1 + w;
+    Limb* vm2 = v2 + w;
+    Limb* vh = vm2 + w; // 64 c(1/2)
+    Limb* tmp = vh + w;
+    Limb* ea = tmp + w;
+    Limb* eb = squaring ? ea : ea + 5 * n;
+    const std::pair<bool, bool> sa = evaluateToom4(ea, a, k, an - 3 * k, tmp);
+    const std::pair<bool, bool> sb = squaring ? sa : evaluateToom4(eb, b, k, bn - 3 * k, tmp);
+    signedProduct(v1, w, ea, n, eb, n, false);
+    signedProduct(vm1, w, ea + n, n, eb + n, n, sa.first != sb.first);
+    signedProduct(v2, w, ea + 2 * n, n, eb + 2 * n, n, false);
+    signedProduct(vm2, w, ea + 3 * n, n, eb + 3 * n, n, sa.second != sb.second);
+    signedProduct(vh, w, ea + 4 * n, n, eb + 4 * n, n, false);
 
-    const Signed v1 = signedMul(pa.one, qb.one);
-    const Signed vm1 = signedMul(pa.minusOne, qb.minusOne);
-    const Signed v2 = signedMul(pa.two, qb.two);
-    const Signed vm2 = signedMul(pa.minusTwo, qb.minusTwo);
-    const Signed vh = signedMul(pa.half, qb.half); // 64 c(1/2)
-
-    const size_t rn = an + bn;
-    std::fill(r, r + rn, Limb(0));
     multiply(r, a, k, b, k);
+    std::fill(r + 2 * k, r + 6 * k, Limb(0));
     multiply(r + 6 * k, a + 3 * k, an - 3 * k, b + 3 * k, bn - 3 * k);
-    const Signed c0{magOf(r, 2 * k), false};
-    const Signed c6{magOf(r + 6 * k, rn - 6 * k), false};
+    const Limb* c0 = r;
+    const Limb* c6 = r + 6 * k;
+    const size_t c6n = rn - 6 * k;
 
-    // Even coefficients: c2 + c4 and c2 + 4 c4 from the pairs at +-1, +-2.
-    const Signed e1 = signedSub(signedSub(shifted(signedAdd(v1, vm1), -1), c0), c6);
-    const Signed e2 = shifted(signedSub(signedSub(shifted(signedAdd(v2, vm2), -1), c0), shifted(c6, 6)), -2);
-    Signed c4 = signedSub(e2, e1);
-    divideExactly(c4, 3);
-    const Signed c2 = signedSub(e1, c4);
+    // The pairs at +-1 and +-2 split into even and odd halves:
+    // o1 = c1 + c3 + c5 and (v1 + vm1) / 2 = v1 - o1, o2 = c1 + 4 c3 + 16 c5.
+    sub(vm1, v1, w, vm1, w);
+    halveSigned(vm1, w);
+    sub(v1, v1, w, vm1, w);
+    sub(vm2, v2, w, vm2, w);
+    halveSigned(vm2, w);
+    sub(v2, v2, w, vm2, w);
+    halveSigned(vm2, w);
+    // e1 = c2 + c4, e2 = c2 + 4 c4, then c4 into v2 and c2 into v1.
+    sub(v1, v1, w, c0, 2 * k);
+    sub(v1, v1, w, c6, c6n);
+    sub(v2, v2, w, c0, 2 * k);
+    subShifted(v2, w, c6, c6n, 6, tmp);
+    halveSigned(v2, w);
+    halveSigned(v2, w);
+    sub(v2, v2, w, v1, w);
+    divExact1(v2, v2, w, 3);
+    sub(v1, v1, w, v2, w);
+    // h = 16 c1 + 4 c3 + c5: 64 c(1/2) with the even coefficients out, halved.
+    subShifted(vh, w, c0, 2 * k, 6, tmp);
+    subShifted(vh, w, v1, w, 4, tmp);
+    subShifted(vh, w, v2, w, 2, tmp);
+    sub(vh, vh, w, c6, c6n);
+    halveSigned(vh, w);
+    // x = (o2 - o1) / 3 = c3 + 5 c5 into vm2, y = (16 o1 - h) / 3 = 4 c3 +
+    // 5 c5 into vh; then c3 = (y - x) / 3, c5 = (x - c3) / 5, c1 = o1 - c3 - c5.
+    sub(vm2, vm2, w, vm1, w);
+    divExact1(vm2, vm2, w, 3);
+    shiftLeft(tmp, vm1, w, 4);
+    sub(vh, tmp, w, vh, w);
+    divExact1(vh, vh, w, 3);
+    sub(vh, vh, w, vm2, w);
+    divExact1(vh, vh, w, 3);
+    sub(vm2, vm2, w, vh, w);
+    divExact1(vm2, vm2, w, 5);
+    sub(vm1, vm1, w, vh, w);
+    sub(vm1, vm1, w, vm2, w);
 
-    // Odd ones: c1 + c3 + c5, c1 + 4 c3 + 16 c5 and, from 1/2 with the even
-    // ones taken out, 16 c1 + 4 c3 + c5.
-    const Signed o1 = shifted(signedSub(v1, vm1), -1);
-    const Signed o2 = shifted(signedSub(v2, vm2), -2);
-    Signed h = signedSub(signedSub(vh, shifted(c0, 6)), shifted(c2, 4));
-    h = shifted(signedSub(signedSub(h, shifted(c4, 2)), c6), -1);
-    Signed x = signedSub(o2, o1); // 3 c3 + 15 c5
-    divideExactly(x, 3);
-    Signed y = signedSub(shifted(o1, 4), h); // 12 c3 + 15 c5
-    divideExactly(y, 3);
-    Signed c3 = signedSub(y, x); // 3 c3
-    divideExactly(c3, 3);
-    Signed c5 = signedSub(x, c3);
-    divideExactly(c5, 5);
-    const Signed c1 = signedSub(signedSub(o1, c3), c5);
-
-    addInto(r + k, rn - k, c1.mag.data(), c1.mag.size());
-    addInto(r + 2 * k, rn - 2 * k, c2.mag.data(), c2.mag.size());
-    addInto(r + 3 * k, rn - 3 * k, c3.mag.data(), c3.mag.size());
-    addInto(r + 4 * k, rn - 4 * k, c4.mag.data(), c4.mag.size());
-    addInto(r + 5 * k, rn - 5 * k, c5.mag.data(), c5.mag.size());
+    addInto(r + k, rn - k, vm1, w);
+    addInto(r + 2 * k, rn - 2 * k, v1, w);
+    addInto(r + 3 * k, rn - 3 * k, vh, w);
+    addInto(r + 4 * k, rn - 4 * k, v2, w);
+    addInto(r + 5 * k, rn - 5 * k, vm2, w);
 }
 
 void square(Limb* r, const Limb* a, size_t n)

@@ -409,24 +409,34 @@ void convolve(Limb* ta, Limb* tb, Limb* tw, size_t n, const Limb* a, size_t an, 
 
 // a (an <= 3m limbs) modulo x^(2m) + 1, its coefficients multiplied by
 // psi^i (psi of order 4m, so that the cyclic transform of length 2m gives
-// the negacyclic convolution), into t; and a modulo x^m - 1 into c.
-void loadSplit(Limb* t, Limb* c, size_t m, const Limb* a, size_t an, Limb psi, const PrimeField& f) noexcept
+// the negacyclic convolution), into t below 2p; and a modulo x^m - 1 into
+// c. twist holds the pairs (psi^i, shoupQuotient(psi^i)) for i < 2m: the
+// level of a twiddle table of 4m points that no transform of 2m uses. A
+// table instead of a running power, whose chain of dependent products set
+// the pace of the whole loop.
+void loadSplit(Limb* t, Limb* c, size_t m, const Limb* a, size_t an, const Limb* twist, const PrimeField& f) noexcept
 {
-    auto digit = [&](size_t i) { return i < an ? f.reduce(a[i]) : Limb(0); };
-    Limb twist = f.toMontgomery(1);
-    for (size_t i = 0; i < 2 * m; ++i) {
-        t[i] = f.mul(f.sub(digit(i), digit(i + 2 * m)), twist);
-        twist = f.mul(twist, psi);
+    // Each digit reduced once: a[0, 2m) into t, a[2m, 3m) into c, then
+    // combined in place (t[i + m] is read before it is twisted).
+    load(t, 2 * m, a, std::min(an, 2 * m), f);
+    if (an > 2 * m)
+        load(c, m, a + 2 * m, an - 2 * m, f);
+    else
+        std::fill(c, c + m, Limb(0));
+    for (size_t i = 0; i < m; ++i) {
+        const Limb low = t[i], middle = t[i + m], high = c[i];
+        c[i] = f.add(f.add(low, middle), high);
+        t[i] = f.mulShoup(f.sub(low, high), twist[2 * i], twist[2 * i + 1]);
     }
-    for (size_t i = 0; i < m; ++i)
-        c[i] = f.add(f.add(digit(i), digit(i + m)), digit(i + 2 * m));
+    for (size_t i = m; i < 2 * m; ++i)
+        t[i] = f.mulShoup(t[i], twist[2 * i], twist[2 * i + 1]);
 }
 
 // The product of a and b (an + bn - 1 <= 3m coefficients) modulo one prime
 // from two transforms of lengths 2m and m instead of one of 4m: modulo
 // x^(2m) + 1 it is A, modulo x^m - 1 it is C, and as x^(2m) + 1 = 2 there,
 // the product is A + (x^(2m) + 1) (C - A) / 2. Coefficients below p into
-// out[0, 3m); scratch holds 6m + twiddleScratch(2m) limbs. b's two
+// out[0, 3m); scratch holds 6m + twiddleScratch(4m) limbs. b's two
 // transforms are the 3m limbs at fixed when given (as NttOperand leaves
 // them).
 void convolveSplit(Limb* out, Limb* scratch, size_t m, const Limb* a, size_t an, const Limb* b, size_t bn,
@@ -438,10 +448,11 @@ void convolveSplit(Limb* out, Limb* scratch, size_t m, const Limb* a, size_t an,
     Limb* ca = ta + 2 * m;
     Limb* tb = ca + m;
     Limb* cb = tb + 2 * m;
-    Twiddles twiddles(i, 2 * m, cb + m);
+    // 4m points: the transforms use the table's levels up to 2m, the twists
+    // its last one.
+    Twiddles twiddles(i, 4 * m, cb + m);
     const Limb* tw = twiddles.forward();
-    const Limb psi = f.rootOfUnity(4 * m);
-    loadSplit(ta, ca, m, a, an, psi, f);
+    loadSplit(ta, ca, m, a, an, tw + 4 * m, f);
     forward(ta, 2 * m, tw, f);
     forward(ca, m, tw, f);
     const Limb* fb = squaring ? ta : tb;
@@ -450,7 +461,7 @@ void convolveSplit(Limb* out, Limb* scratch, size_t m, const Limb* a, size_t an,
         fb = fixed;
         fc = fixed + 2 * m;
     } else if (!squaring) {
-        loadSplit(tb, cb, m, b, bn, psi, f);
+        loadSplit(tb, cb, m, b, bn, tw + 4 * m, f);
         forward(tb, 2 * m, tw, f);
         forward(cb, m, tw, f);
     }
@@ -460,12 +471,10 @@ void convolveSplit(Limb* out, Limb* scratch, size_t m, const Limb* a, size_t an,
     inverse(ta, 2 * m, twInverse, f);
     inverse(ca, m, twInverse, f);
 
-    const Limb psiInverse = f.power(psi, 4 * m - 1);
-    Limb untwist = f.toMontgomery(1);
-    for (size_t i = 0; i < 2 * m; ++i) {
-        ta[i] = f.mul(f.reduceTwice(f.reduceFourTimes(ta[i])), untwist);
-        untwist = f.mul(untwist, psiInverse);
-    }
+    // The inverse table's last level holds psi^-i.
+    const Limb* untwist = twInverse + 4 * m;
+    for (size_t i = 0; i < 2 * m; ++i)
+        ta[i] = f.reduceTwice(f.mulShoup(ta[i], untwist[2 * i], untwist[2 * i + 1]));
     const Limb half = (f.modulus() + 1) / 2;
     for (size_t i = 0; i < m; ++i) {
         Limb q = f.sub(f.reduceTwice(f.reduceFourTimes(ca[i])), f.add(ta[i], ta[i + m]));
@@ -504,7 +513,7 @@ void convolveAndRebuild(Limb* r, size_t limbs, size_t n, size_t coefficients, co
     // Three residue vectors and the scratch of the transforms (the second
     // operand's); all written before they are read.
     const bool split = (n & (n - 1)) != 0;
-    const size_t points = split ? 2 * (n / 3) : n;
+    const size_t points = split ? 4 * (n / 3) : n;
     std::unique_ptr<Limb[]> buffer(new Limb[(split ? 3 * n + 6 * (n / 3) : 4 * n) + twiddleScratch(points)]);
     Limb* residues[3] = {buffer.get(), buffer.get() + n, buffer.get() + 2 * n};
     Limb* scratch = buffer.get() + 3 * n;
@@ -597,13 +606,13 @@ NttOperand::NttOperand(const Limb* b, size_t bn, size_t rn)
 {
     const bool split = (m_length & (m_length - 1)) != 0;
     const size_t m = m_length / 3;
-    std::unique_ptr<Limb[]> scratch(new Limb[twiddleScratch(split ? 2 * m : m_length)]);
+    std::unique_ptr<Limb[]> scratch(new Limb[twiddleScratch(split ? 4 * m : m_length)]);
     for (int i = 0; i < 3; ++i) {
         const PrimeField& f = field(i);
         Limb* t = m_transforms.get() + i * m_length;
         if (split) {
-            const Twiddles tw(i, 2 * m, scratch.get());
-            loadSplit(t, t + 2 * m, m, b, bn, f.rootOfUnity(4 * m), f);
+            const Twiddles tw(i, 4 * m, scratch.get());
+            loadSplit(t, t + 2 * m, m, b, bn, tw.forward() + 4 * m, f);
             forward(t, 2 * m, tw.forward(), f);
             forward(t + 2 * m, m, tw.forward(), f);
         } else {
