@@ -226,6 +226,10 @@ const char* const corpusNames[] = {"english", "latin", "cjk", "emoji"};
 template <typename T>
 class PlacedBuffer {
 public:
+    PlacedBuffer() = default;
+    PlacedBuffer(const PlacedBuffer&) = delete;
+    PlacedBuffer& operator=(const PlacedBuffer&) = delete;
+    ~PlacedBuffer() { std::free(m_data); }
     void assign(size_t count, T value)
     {
         constexpr size_t hugePage = size_t{2} << 20;
