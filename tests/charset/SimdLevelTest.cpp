@@ -341,6 +341,37 @@ TEST_F(CharsetSimdLevels, EncodingMatchesTheScalarLevelOnRunsOfThreeByteCharacte
     }
 }
 
+// Calls with more input than the caches hold take other block loops than
+// the short calls above: East Asian text with some ASCII and emoji (halves
+// of three-byte characters only, and halves without), clean and with a lone
+// surrogate or a pair turned round near its start, middle and end, in one
+// call and in pieces.
+TEST_F(CharsetSimdLevels, EncodingMatchesTheScalarLevelOnLongInput)
+{
+    std::u16string clean;
+    while (clean.size() < 300000) {
+        const uint32_t r = m_random() % 100;
+        const uint32_t cp = r < 94 ? 0x4E00 + m_random() % 0x5000 : r < 98 ? 0x20 + m_random() % 0x5F : 0x1F600;
+        clean += utf16({static_cast<char32_t>(cp)});
+    }
+    const std::u16string faults[] = {u"", u"\xD800", u"\xDFFF", u"\xDC00\xD800"};
+    for (size_t at : {size_t{5}, clean.size() / 2, clean.size() - 40}) {
+        for (const std::u16string& fault : faults) {
+            std::u16string text = clean;
+            text.insert(at + ((text[at] & 0xFC00) == 0xDC00 ? 1 : 0), fault);
+            const int32_t room = static_cast<int32_t>(3 * text.size());
+            for (int step : {1 << 20, 70001}) {
+                const auto scalar = convertAt<CTBUTF8, char16_t, char>(SimdLevel::Scalar, text, room, step, step);
+                for (SimdLevel level : m_levels) {
+                    SCOPED_TRACE(testing::Message() << "level " << static_cast<int>(level) << ", at " << at
+                                                    << ", fault " << fault.size() << ", step " << step);
+                    EXPECT_EQ(scalar, (convertAt<CTBUTF8, char16_t, char>(level, text, room, step, step)));
+                }
+            }
+        }
+    }
+}
+
 TEST_F(CharsetSimdLevels, ALevelAboveTheProcessorsIsLoweredAndTheScalarLevelIsAlwaysThere)
 {
     EXPECT_EQ(SimdLevel::Scalar, setUtf8SimdLevel(SimdLevel::Scalar));

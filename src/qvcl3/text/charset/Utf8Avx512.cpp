@@ -254,12 +254,19 @@ void decodeUtf8Avx512(const uint8_t* in, int32_t& inPos, int32_t inEnd, char16_t
     finish();
 }
 
+namespace {
+
 // Thirty-two units at a time. Every unit becomes the UTF-8 bytes of its
 // character in a 32-bit lane (a high surrogate those of the pair, the low
 // surrogate none), and the bytes that count are packed together. A block
 // with a lone surrogate is left to the careful step; a pair cut by the end
 // of the block is left to the next block.
-void encodeUtf8Avx512(const char16_t* in, int32_t& inPos, int32_t inEnd, uint8_t* out, int32_t& outPos, int32_t outEnd)
+//
+// With `fixedThree`, a half block of sixteen three-byte characters (most
+// halves of East Asian text) is stored in a fixed order instead: 48 bytes,
+// without the masks of the bytes each lane writes or packing by them.
+template <bool fixedThree>
+void encodeBlocks(const char16_t* in, int32_t& inPos, int32_t inEnd, uint8_t* out, int32_t& outPos, int32_t outEnd)
 {
     // Positions in locals, as in decoding.
     int32_t ip = inPos;
@@ -269,6 +276,12 @@ void encodeUtf8Avx512(const char16_t* in, int32_t& inPos, int32_t inEnd, uint8_t
     // vpmultishiftqb bit offsets of the four bytes of both 32-bit lanes of
     // each quadword.
     const __m512i groupStarts = _mm512_set1_epi64(0x20262C3200060C12);
+    // vpermb indices that keep the first three bytes of each 32-bit lane.
+    alignas(64) static const uint8_t firstThreeOfFour[64] = {
+        0,  1,  2,  4,  5,  6,  8,  9,  10, 12, 13, 14, 16, 17, 18, 20, 21, 22, 24, 25, 26, 28,
+        29, 30, 32, 33, 34, 36, 37, 38, 40, 41, 42, 44, 45, 46, 48, 49, 50, 52, 53, 54, 56, 57,
+        58, 60, 61, 62, 0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0};
+    const __m512i threeOfEachFour = _mm512_load_si512(firstThreeOfFour);
     while (inEnd - ip >= 32 && outEnd - op >= 128) {
         const __m512i u = _mm512_loadu_si512(in + ip);
         const uint32_t ascii = _mm512_cmplt_epu16_mask(u, _mm512_set1_epi16(0x80));
@@ -339,6 +352,15 @@ void encodeUtf8Avx512(const char16_t* in, int32_t& inPos, int32_t inEnd, uint8_t
             const __m512i four =
                 _mm512_ternarylogic_epi32(_mm512_multishift_epi64_epi8(groupStarts, cp), _mm512_set1_epi32(0x3F3F3F07),
                                           _mm512_set1_epi32(static_cast<int>(0x808080F0)), 0xEA);
+            // Only in blocks without pairs, which East Asian text is made of:
+            // the check cost text with emoji 3%. Not with the high surrogate
+            // of a cut pair either, which would be written as a character.
+            if (fixedThree && !pairs && static_cast<__mmask16>((threeByte & ~silent) >> shift) == 0xFFFF) {
+                const __m512i forms = _mm512_add_epi32(_mm512_srli_epi32(four, 8), _mm512_set1_epi32(0x60));
+                _mm512_storeu_si512(out + op, _mm512_permutexvar_epi8(threeOfEachFour, forms));
+                op += 48;
+                continue;
+            }
             __m512i bytes = _mm512_mask_add_epi32(four, three, _mm512_srli_epi32(four, 8), _mm512_set1_epi32(0x60));
             bytes = _mm512_mask_add_epi32(bytes, two, _mm512_srli_epi32(four, 16), _mm512_set1_epi32(0x40));
             bytes = _mm512_mask_mov_epi32(bytes, one, c);
@@ -355,6 +377,41 @@ void encodeUtf8Avx512(const char16_t* in, int32_t& inPos, int32_t inEnd, uint8_t
     }
     inPos = ip;
     outPos = op;
+}
+
+// Input beyond this many units goes through the blocks without the fixed
+// order. That order saves a fifth of the time while the input comes from the
+// second-level cache, but whether a half qualifies is data the branch cannot
+// predict (one East Asian half in two, with 4% ASCII), and with the input
+// streaming from further out each miss cost so much more that East Asian
+// encoding of 16 MiB ran at half the speed. Measured on the development
+// machine (1 MiB of second-level cache per core): 1.25x with 0.7 MiB of
+// input, 0.69x with 1.4 MiB; the limit, 512 KiB, keeps clear of the edge.
+constexpr int32_t fixedThreeUnits = 256 * 1024;
+
+// Whether the text at `in` looks East Asian: at least half of its first
+// 32 units three-byte characters. Only such calls take the loop with the
+// fixed order; text that never uses the shortcut ran slower through it
+// (European encoding by up to 8%, text with emoji by up to 6%).
+bool startsEastAsian(const char16_t* in)
+{
+    const __m512i u = _mm512_loadu_si512(in);
+    const uint32_t belowThree = _mm512_cmplt_epu16_mask(u, _mm512_set1_epi16(0x800));
+    const uint32_t surrogates =
+        _mm512_cmpeq_epi16_mask(_mm512_and_si512(u, _mm512_set1_epi16(static_cast<short>(0xF800))),
+                                _mm512_set1_epi16(static_cast<short>(0xD800)));
+    return _mm_popcnt_u32(~(belowThree | surrogates)) >= 16;
+}
+
+} // namespace
+
+void encodeUtf8Avx512(const char16_t* in, int32_t& inPos, int32_t inEnd, uint8_t* out, int32_t& outPos, int32_t outEnd)
+{
+    if (inEnd - inPos >= 32 && inEnd - inPos <= fixedThreeUnits && startsEastAsian(in + inPos)) {
+        encodeBlocks<true>(in, inPos, inEnd, out, outPos, outEnd);
+    } else {
+        encodeBlocks<false>(in, inPos, inEnd, out, outPos, outEnd);
+    }
 }
 
 } // namespace qv::text::charset::detail
