@@ -6,56 +6,16 @@
 #include <new>
 
 namespace qvcore3 {
+
+using namespace detail;
+
 namespace {
 
-constexpr uint32_t kIndexBits = 20;
-constexpr uint32_t kChunkBits = 10;
-constexpr uint32_t kChunkSize = 1u << kChunkBits;
-constexpr uint32_t kChunkCount = 1u << (kIndexBits - kChunkBits);
-constexpr uint32_t kIndexMask = (1u << kIndexBits) - 1;
-constexpr uint32_t kGenerationMask = 0x7FF;
-constexpr uint32_t kNoSlot = 0xFFFFFFFFu;
-
-// Word layout: refs 0..31, alive 32, kind 33..40, generation 41..51.
-constexpr uint64_t kRefMask = 0xFFFFFFFFull;
-constexpr uint64_t kAlive = 1ull << 32;
-constexpr unsigned kKindShift = 33;
-constexpr unsigned kGenerationShift = 41;
-
-constexpr uint64_t MakeWord(uint32_t generation, Kind kind, bool alive) noexcept
-{
-    return (static_cast<uint64_t>(generation) << kGenerationShift) | (static_cast<uint64_t>(kind) << kKindShift) |
-           (alive ? kAlive : 0);
-}
-constexpr uint32_t WordGeneration(uint64_t word) noexcept
-{
-    return static_cast<uint32_t>(word >> kGenerationShift) & kGenerationMask;
-}
-constexpr uint32_t WordKind(uint64_t word) noexcept
-{
-    return static_cast<uint32_t>(word >> kKindShift) & 0xFF;
-}
-
-struct Slot {
-    std::atomic<uint64_t> word{MakeWord(1, Kind{}, false)};
-    std::atomic<HandleObject*> object{nullptr};
-    uint32_t nextFree = kNoSlot; // guarded by g_freeLock
-};
-
-// Constant-initialised and never destroyed: handles stay usable from other
-// libraries' static destructors.
-std::atomic<Slot*> g_chunks[kChunkCount];
 pthread_mutex_t g_freeLock = PTHREAD_MUTEX_INITIALIZER;
 uint32_t g_freeHead = kNoSlot; // FIFO, so a freed slot is reused as late as possible
 uint32_t g_freeTail = kNoSlot;
 uint32_t g_chunksUsed = 0;
 std::atomic<uint32_t> g_open{0};
-
-Slot* SlotAt(uint32_t index) noexcept
-{
-    Slot* chunk = g_chunks[index >> kChunkBits].load(std::memory_order_acquire);
-    return chunk ? &chunk[index & (kChunkSize - 1)] : nullptr;
-}
 
 // Splits a handle; false for values no slot could have issued.
 bool Decode(QVHANDLE handle, uint32_t* index, uint32_t* generation) noexcept
@@ -104,6 +64,12 @@ bool GrowLocked() noexcept
     return true;
 }
 
+} // namespace
+
+namespace detail {
+
+std::atomic<Slot*> g_chunks[kChunkCount];
+
 // The last reference to a closed slot is gone: delete and recycle.
 QVRESULT Recycle(uint32_t index, Slot* slot) noexcept
 {
@@ -121,7 +87,7 @@ QVRESULT Recycle(uint32_t index, Slot* slot) noexcept
     return result;
 }
 
-} // namespace
+} // namespace detail
 
 QVRESULT HandleReserve(QVHANDLE* handle) noexcept
 {
@@ -207,42 +173,6 @@ QVRESULT HandleClose(QVHANDLE handle, uint32_t kindMask) noexcept
 uint32_t HandleCountOpen() noexcept
 {
     return g_open.load(std::memory_order_relaxed);
-}
-
-HandleRef::HandleRef(QVHANDLE handle, uint32_t kindMask) noexcept
-{
-    uint32_t index = 0;
-    uint32_t generation = 0;
-    if (!Decode(handle, &index, &generation)) {
-        return;
-    }
-    Slot* slot = SlotAt(index);
-    if (!slot) {
-        return;
-    }
-    uint64_t word = slot->word.load(std::memory_order_acquire);
-    for (;;) {
-        if (!(word & kAlive) || WordGeneration(word) != generation || !((1u << WordKind(word)) & kindMask)) {
-            return;
-        }
-        if (slot->word.compare_exchange_weak(word, word + 1, std::memory_order_acquire, std::memory_order_acquire)) {
-            break;
-        }
-    }
-    m_index = index;
-    m_object = slot->object.load(std::memory_order_relaxed);
-}
-
-HandleRef::~HandleRef()
-{
-    if (!m_object) {
-        return;
-    }
-    Slot* slot = SlotAt(m_index);
-    const uint64_t previous = slot->word.fetch_sub(1, std::memory_order_acq_rel);
-    if ((previous & kRefMask) == 1 && !(previous & kAlive)) {
-        Recycle(m_index, slot);
-    }
 }
 
 } // namespace qvcore3

@@ -26,14 +26,15 @@ public:
         return QVResultFromNative(error);
     }
 
-    bool ownedByCaller() const noexcept
+    bool ownedBy(pthread_t thread) const noexcept
     {
-        return pthread_equal(m_owner.load(std::memory_order_relaxed), pthread_self()) != 0;
+        return pthread_equal(m_owner.load(std::memory_order_relaxed), thread) != 0;
     }
 
     QVRESULT acquire(bool wait) noexcept
     {
-        if (ownedByCaller()) {
+        const pthread_t self = pthread_self();
+        if (ownedBy(self)) {
             if (m_depth == 0x7FFFFFFF) {
                 return QVResultFromNative(EAGAIN);
             }
@@ -44,19 +45,20 @@ public:
         if (error != 0) {
             return error == EBUSY ? QV_E_BUSY : QVResultFromNative(error);
         }
-        m_owner.store(pthread_self(), std::memory_order_relaxed);
+        m_owner.store(self, std::memory_order_relaxed);
         m_depth = 1;
         return QV_S_OK;
     }
 
     QVRESULT unlock() noexcept
     {
-        if (!ownedByCaller()) {
+        if (!ownedBy(pthread_self())) {
             return QVResultFromNative(EPERM);
         }
         if (--m_depth == 0) {
             m_owner.store(pthread_t(), std::memory_order_relaxed);
-            return QVResultFromNative(pthread_mutex_unlock(&m_mutex));
+            const int error = pthread_mutex_unlock(&m_mutex);
+            return error == 0 ? QV_S_OK : QVResultFromNative(error);
         }
         return QV_S_OK;
     }

@@ -175,6 +175,17 @@ void LogEntry::setLastingField(const String& name, uint32_t hash, const Object* 
     put(name, hash, true, value ? const_cast<Object*>(value)->GetUnknown() : nullptr, value);
 }
 
+void LogEntry::addLastingField(const String& name, uint32_t hash, const Object* value)
+{
+    if (m_map || m_count >= INLINE_FIELDS) {
+        setLastingField(name, hash, value);
+        return;
+    }
+    IQVUnknown* const unknown = value ? const_cast<Object*>(value)->GetUnknown() : nullptr;
+    new (reinterpret_cast<Field*>(m_inline) + m_count) Field(name, true, hash, unknown, value);
+    ++m_count;
+}
+
 Reference<IQVUnknown> LogEntry::lookup(const String& name) const
 {
     if (m_map)

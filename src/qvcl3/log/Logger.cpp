@@ -113,7 +113,7 @@ Reference<ILogEntry> Logger::getLogEntry(int level, const String& text) const
     Reference<LogEntry> entry = LogEntry::create();
     const auto setStandardField = [&entry](int field, const Object* value) {
         const FieldKey& key = fieldKey(field);
-        entry->setLastingField(key.name, key.hash, value);
+        entry->addLastingField(key.name, key.hash, value);
     };
     if (m_fields[LEVEL]) {
         Reference<Integer32> value(new Integer32(level));
