@@ -8,6 +8,7 @@
 #include <qv/log/TimeStamp.h>
 
 #include <memory>
+#include <utility>
 
 namespace qv {
 namespace log {
@@ -139,7 +140,8 @@ Reference<ILogEntry> Logger::getLogEntry(int level, const String& text) const
         Reference<String> value(new String(m_name));
         setStandardField(NAME, value.get());
     }
-    return Reference<ILogEntry>(static_cast<ILogEntry*>(entry.get()));
+    // Handed over, not shared: the count of a new entry is not touched again.
+    return Reference<ILogEntry>(std::move(entry));
 }
 
 void Logger::log(const ILogEntry* entry)
