@@ -141,22 +141,28 @@ TEST(MathAllocationFailure, TransformProductsDivisionAndText)
     const Mag a = magAddSmall(magPow(magFromU64(7), 6000), 12345);
     const Mag b = magAddSmall(magPow(magFromU64(3), 5001), 1);
     const Mag square = magSqr(a);
+    const Mag shortFactor = magPow(magFromU64(5), 1000);
     const std::string squareText = magToString(square, 10);
     std::vector<unsigned char> squareDigits;
     for (char c : squareText)
         squareDigits.push_back(static_cast<unsigned char>(c - '0'));
+    ASSERT_LT(shortFactor.size(), 40u);
+    ASSERT_TRUE(transformBeatsToom(a.size(), shortFactor.size(), 40));
     // Transforms from 40 limbs (a * a takes the split one); division
     // through Newton's reciprocal in two blocks from 40 limbs of divisor
     // and quotient (with wrapped products); in the conversion to text one
     // reciprocal per level with its transforms kept, and kept power
-    // transforms in the conversion from text.
+    // transforms in the conversion from text; a product with a shorter
+    // operand under 40 limbs that the cost model sends to the transform.
     const ConversionThresholds savedConversion = conversionThresholds();
     thresholds().nttMul = thresholds().nttSqr = 40;
+    thresholds().nttUnbalancedMul = 10;
     thresholds().newtonDivision = 40;
     conversionThresholds() = ConversionThresholds{40, 40};
     const std::function<void()> ops[] = {
         [&] { Mag r = magMul(a, b); },
         [&] { Mag r = magSqr(a); },
+        [&] { Mag r = magMul(a, shortFactor); },
         [&] {
             Mag q, r;
             magDivMod(square, b, &q, &r);

@@ -148,9 +148,9 @@ TEST(Multiplication, EveryAlgorithmMatchesSchoolbookAcrossItsBoundaries)
     const size_t off = defaultThresholds().nttMul;
     const size_t newton = defaultThresholds().newtonDivision;
     const Thresholds settings[] = {
-        {4, 4, 9, 9, 64, off, off, newton, off, off},  {2, 2, 3, 3, 64, off, off, newton, 4, 4},
-        {8, 16, 20, 30, 64, off, off, newton, 40, 50}, {4, 4, 9, 9, 64, 12, 20, newton, 10, 10},
-        {4, 4, 6, 6, 64, 40, 40, newton, 16, 24},      defaultThresholds()};
+        {4, 4, 9, 9, 64, off, off, newton, off, off, off},  {2, 2, 3, 3, 64, off, off, newton, 4, 4, off},
+        {8, 16, 20, 30, 64, off, off, newton, 40, 50, off}, {4, 4, 9, 9, 64, 12, 20, newton, 10, 10, 6},
+        {4, 4, 6, 6, 64, 40, 40, newton, 16, 24, 10},       defaultThresholds()};
     for (const Thresholds& t : settings) {
         thresholds() = t;
         for (size_t an = 1; an < 70; an += 1 + an / 8) {
@@ -231,6 +231,62 @@ TEST(Multiplication, ToomThreeAndFourAroundTheirThresholdsAgreeWithSchoolbookAnd
                 ASSERT_EQ(magSqr(a), schoolbookProduct(a, a)) << c.pieces << " pieces: " << an << " sparse squared";
             }
         }
+    }
+}
+
+TEST(Multiplication, UnbalancedProductsEitherSideOfTheTransformsCostCrossoverAgree)
+{
+    ThresholdGuard guard;
+    // Shapes timed against each other: the transform won the first three,
+    // Toom the others (a balanced product under the threshold, and a long
+    // operand that moves the transform to 6,144 points).
+    const size_t production = defaultThresholds().nttMul;
+    EXPECT_TRUE(transformBeatsToom(2603, 1304, production));
+    EXPECT_TRUE(transformBeatsToom(5200, 1161, production));
+    EXPECT_TRUE(transformBeatsToom(6875, 1250, production));
+    EXPECT_FALSE(transformBeatsToom(3000, 1200, production));
+    EXPECT_FALSE(transformBeatsToom(1302, 1302, production));
+    EXPECT_FALSE(transformBeatsToom(4000, 500, production));
+    // The transform switched off leaves nothing for the rule to pick.
+    EXPECT_FALSE(transformBeatsToom(100000, 1400, ~size_t(0)));
+
+    // Where the choice flips as the longer operand grows, the products on
+    // both sides against schoolbook: at production lengths, then with the
+    // transform from 40 limbs and the rule from 10 so that the same flips
+    // happen with short operands and inside the recursions.
+    Thresholds low = defaultThresholds();
+    low.nttMul = low.nttSqr = 40;
+    low.nttUnbalancedMul = 10;
+    struct Setting {
+        Thresholds t;
+        std::vector<size_t> shorter;
+    };
+    const Setting settings[] = {{defaultThresholds(), {1161, 1304}}, {low, {10, 17, 25, 39}}};
+    int shape = 0;
+    for (const Setting& setting : settings) {
+        thresholds() = setting.t;
+        const size_t threshold = setting.t.nttMul;
+        int flips = 0;
+        for (const size_t bn : setting.shorter) {
+            for (size_t an = bn + 1; an < 5 * bn; ++an) {
+                if (transformBeatsToom(an, bn, threshold) == transformBeatsToom(an - 1, bn, threshold))
+                    continue;
+                ++flips;
+                for (const size_t length : {an - 1, an}) {
+                    Mag a = randomMag(length, shape++), b = randomMag(bn, shape++);
+                    ASSERT_EQ(magMul(a, b), schoolbookProduct(a, b)) << length << " x " << bn;
+                    ASSERT_EQ(magMul(b, a), schoolbookProduct(a, b)) << bn << " x " << length;
+                    a.assign(length, ~Limb(0));
+                    b.assign(bn, ~Limb(0));
+                    ASSERT_EQ(magMul(a, b), schoolbookProduct(a, b)) << length << " x " << bn << " all ones";
+                }
+            }
+            // Squares stay balanced and so never take the rule; around it
+            // they must still agree.
+            const Mag a = randomMag(bn, shape++);
+            ASSERT_EQ(magSqr(a), schoolbookProduct(a, a)) << bn << " squared";
+        }
+        EXPECT_GT(flips, 0) << "no shape crosses the rule at threshold " << threshold;
     }
 }
 

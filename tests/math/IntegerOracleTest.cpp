@@ -172,13 +172,14 @@ TEST(IntegerOracle, AgreesWithPythonWithEveryRecursionForcedEarly)
 {
     // Tiny thresholds push small operands through Karatsuba, Toom-3, Toom-4
     // (from 8 limbs) and the recursive division, with all their uneven
-    // splits; from 24 limbs on, products go through the transform, inside
+    // splits; from 24 limbs on, products go through the transform (from 8
+    // limbs of the shorter operand where its cost model picks it), inside
     // divisions and radix conversions as well, and from 3 limbs of divisor
     // and quotient on, divisions go through Newton's reciprocal. Radix
     // conversions divide by kept dividers from powers of 3 limbs and
     // multiply through kept power transforms from 24.
     ThresholdGuard guard;
-    thresholds() = Thresholds{2, 2, 3, 3, 2, 24, 24, 3, 8, 8};
+    thresholds() = Thresholds{2, 2, 3, 3, 2, 24, 24, 3, 8, 8, 8};
     conversionThresholds() = ConversionThresholds{3, 24};
     std::string data = oracle::run("oracle.py", "7", "0.2", "120");
     ASSERT_FALSE(data.empty()) << "the oracle script did not run";

@@ -219,7 +219,7 @@ def main():
         out.append('double %s %s' % (h(x), d))
 
     # Beyond the sizes above: division through Newton's reciprocal in two
-    # blocks (from 3,800 limbs of divisor and quotient), products of operands up to 24,000 limbs
+    # blocks (from 2,800 limbs of divisor and quotient), products of operands up to 24,000 limbs
     # through the transform of three quarters of a power of two, and
     # decimal text long enough for the reciprocals of the powers of ten.
     # Quotients shorter than, as long as and longer than the divisor, and

@@ -29,12 +29,20 @@ struct Thresholds {
     // Toom-3 -> Toom-4; last so that the fields above keep their places.
     size_t toom4Mul;
     size_t toom4Sqr;
+    // Shorter operand at least this long but under nttMul: the transform
+    // when its cost, from the points the product needs, is below Toom's.
+    size_t nttUnbalancedMul;
 };
 
 // The active thresholds; tests lower them to drive the recursive paths with
 // small operands.
 Thresholds& thresholds() noexcept;
 Thresholds defaultThresholds() noexcept;
+
+// Whether a product of an x bn limbs (an >= bn) is expected to be faster
+// through the transform than through Toom when the transform starts at
+// `threshold` limbs for balanced products.
+bool transformBeatsToom(size_t an, size_t bn, size_t threshold) noexcept;
 
 int compareN(const Limb* a, const Limb* b, size_t n) noexcept;
 // Both normalised (no high zero limbs).

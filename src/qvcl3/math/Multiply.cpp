@@ -2,6 +2,8 @@
 #include "NumberTheoreticTransform.h"
 
 #include <algorithm>
+#include <cmath>
+#include <limits>
 #include <memory>
 #include <utility>
 
@@ -16,15 +18,40 @@ constexpr size_t TOOM3_MUL = 200;
 constexpr size_t TOOM3_SQR = 200;
 constexpr size_t NTT_MUL = 1500;
 constexpr size_t NTT_SQR = 1500;
-constexpr size_t NEWTON_DIVISION = 3800;
+constexpr size_t NEWTON_DIVISION = 2800;
 constexpr size_t TOOM4_MUL = 900;
 constexpr size_t TOOM4_SQR = 900;
+constexpr size_t NTT_UNBALANCED_MUL = 500;
 
 } // namespace
 
+// Whether the transform is expected to beat Toom on a product whose shorter
+// operand is under the transform's threshold. Toom on such a shape costs the
+// pieces of the shorter length, about an bn^0.47 in all; the transform costs
+// P log P in the points P the whole product needs, which jumps at powers of
+// two and at three quarters of them, so a long operand can make it cheaper below
+// the threshold and one limb more can make it dearer again. Both costs are
+// scaled so that they meet at the balanced product of the threshold's
+// length, which keeps the rule where the threshold is put (and lets tests
+// reach it with small operands).
+bool transformBeatsToom(size_t an, size_t bn, size_t threshold) noexcept
+{
+    // A threshold this large switches the transform off (tests do that).
+    if (threshold > std::numeric_limits<size_t>::max() / 4)
+        return false;
+    auto transformCost = [](size_t points) {
+        return static_cast<double>(points) * std::log2(static_cast<double>(points));
+    };
+    const double n0 = static_cast<double>(threshold);
+    const double toom = static_cast<double>(an) * std::pow(static_cast<double>(bn), 0.47) / std::pow(n0, 1.47);
+    const double transform = transformCost(nttProductLength(an + bn)) / transformCost(nttProductLength(2 * threshold));
+    return transform < toom;
+}
+
 Thresholds defaultThresholds() noexcept
 {
-    return Thresholds{32, 64, TOOM3_MUL, TOOM3_SQR, 64, NTT_MUL, NTT_SQR, NEWTON_DIVISION, TOOM4_MUL, TOOM4_SQR};
+    return Thresholds{32,        64,        TOOM3_MUL,         TOOM3_SQR, 64, NTT_MUL, NTT_SQR, NEWTON_DIVISION,
+                      TOOM4_MUL, TOOM4_SQR, NTT_UNBALANCED_MUL};
 }
 
 Thresholds& thresholds() noexcept
@@ -377,7 +404,7 @@ void multiply(Limb* r, const Limb* a, size_t an, const Limb* b, size_t bn)
     const Thresholds& t = thresholds();
     if (bn < t.karatsubaMul) {
         mulBasecase(r, a, an, b, bn);
-    } else if (bn >= t.nttMul) {
+    } else if (bn >= t.nttMul || (bn >= t.nttUnbalancedMul && transformBeatsToom(an, bn, t.nttMul))) {
         nttMultiply(r, a, an, b, bn);
     } else if (bn <= (an + 1) / 2) {
         mulUnbalanced(r, a, an, b, bn);
