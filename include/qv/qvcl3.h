@@ -46,6 +46,7 @@
 #include <qv/core/Library.h>
 #include <qv/core/Module.h>
 #include <qv/core/Object.h>
+#include <qv/core/RecycledAllocation.h>
 #include <qv/core/Reference.h>
 #include <qv/core/Result.h>
 #include <qv/core/Version.h>

@@ -17,6 +17,7 @@
 #include <deque>
 #include <iterator>
 #include <mutex>
+#include <new>
 #include <string>
 #include <thread>
 #include <vector>
@@ -228,4 +229,29 @@ TEST(BoxRecyclingTest, EveryBlockHandedOutCanFailAsOutOfMemoryFreshOrRecycled)
     }).join();
     EXPECT_EQ(failures, 2 * count);
     EXPECT_EQ(shared.toUtf8(), "shared text");
+}
+
+TEST(BoxRecyclingTest, NothrowAndPlacementFormsStayAvailable)
+{
+    // A class-level operator new hides the global forms; code written
+    // against these classes before they recycled their memory still uses
+    // them.
+    Reference<String> text(new (std::nothrow) String(u"nothrow"));
+    Reference<Integer32> number(new (std::nothrow) Integer32(9));
+    ASSERT_TRUE(text && number);
+    EXPECT_EQ(text->toUtf8(), "nothrow");
+    EXPECT_EQ(number->getValue(), 9);
+
+    alignas(String) unsigned char room[sizeof(String)];
+    String* placed = new (room) String(u"placed");
+    EXPECT_EQ(placed->toUtf8(), "placed");
+    placed->~String();
+
+    if (qvtest::allocationFaultsAvailable()) {
+        QVFaultArmAllocation(1);
+        String* refused = new (std::nothrow) String(u"refused");
+        QVFaultDisarmAll();
+        EXPECT_EQ(refused, nullptr);
+        delete refused;
+    }
 }

@@ -2,6 +2,7 @@
 #define QV_LANG_NUMBER_H
 
 #include <qv/core/Object.h>
+#include <qv/core/RecycledAllocation.h>
 #include <qv/lang/String.h>
 #include <qv/math/BigDecimal.h>
 #include <qv/math/BigInteger.h>
@@ -154,10 +155,7 @@ int64_t BoxedNumber<T, Base>::toInt64() const
         using Base::toString;                                                                                          \
         String toString() const override;                                                                              \
         /* Recycled across threads, as String's heap objects are. */                                                   \
-        static void* operator new(size_t size);                                                                        \
-        static void operator delete(void* block, size_t size) noexcept;                                                \
-        static void* operator new(size_t, void* where) noexcept { return where; }                                      \
-        static void operator delete(void*, void*) noexcept {}                                                          \
+        QV_RECYCLED_ALLOCATION                                                                                         \
     };
 
 } // namespace qv

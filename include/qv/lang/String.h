@@ -2,6 +2,7 @@
 #define QV_LANG_STRING_H
 
 #include <qv/core/Export.h>
+#include <qv/core/RecycledAllocation.h>
 #include <qv/util/BasicBuffer.h>
 #include <qvcore3/qvcore3.h>
 
@@ -142,10 +143,7 @@ public:
     // (a log entry's text, dropped by a queue's worker): its memory is
     // recycled across threads instead of crossing the allocator's locks both
     // ways. Objects of a larger derived class take the general allocator.
-    static void* operator new(size_t size);
-    static void operator delete(void* block, size_t size) noexcept;
-    static void* operator new(size_t, void* where) noexcept { return where; }
-    static void operator delete(void*, void*) noexcept {}
+    QV_RECYCLED_ALLOCATION
 
     static String CQVString(const String& source);
     static String CQVString(AcquireMode mode, const String& source, int32_t begin = 0, int32_t end = -1,

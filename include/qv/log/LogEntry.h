@@ -3,6 +3,7 @@
 
 #include <qv/collections/StringHashMap.h>
 #include <qv/core/Object.h>
+#include <qv/core/RecycledAllocation.h>
 #include <qv/log/ILogEntry.h>
 
 #include <cstdint>
@@ -44,8 +45,7 @@ public:
     // Entries are mostly made by one thread and dropped by another (a
     // queue's worker); their memory is recycled between the two instead of
     // going through the allocator's locks each time.
-    static void* operator new(size_t size);
-    static void operator delete(void* block, size_t size) noexcept;
+    QV_RECYCLED_ALLOCATION
 
 private:
     friend class Logger;
