@@ -11,6 +11,7 @@
 #include <atomic>
 #include <cstdint>
 #include <deque>
+#include <memory>
 
 namespace qv {
 namespace log {
@@ -29,14 +30,35 @@ public:
 
     // Queues the entry (taking a reference) and wakes one waiting worker.
     void enqueue(const ILogEntry* entry);
-    // The worker loop: stop when told, else pass the first entry on, or wait
-    // when there is none.
+    // The worker loop: stop when told, else take a batch from the queue in
+    // one lock and pass its entries on, or wait when there is none.
     void run() override;
     // Sets the stop flag, wakes every worker, then passes every entry still
-    // queued to the target in this thread, in order.
+    // queued, or taken by a worker but not yet started, to the target in
+    // this thread, in order.
     void shutdown();
 
 private:
+    // What one worker took from the queue in one go. The worker and the
+    // drain claim its entries one at a time through next, so that each is
+    // passed on exactly once and the entries a worker has not started on
+    // when shutdown begins are still delivered by the destroying thread.
+    struct Batch {
+        // Changed (filled, cleared) under m_lock, or by its worker once no
+        // entry of it is left to claim; an element is moved out only by
+        // whoever claimed it.
+        std::deque<Reference<const ILogEntry>> entries;
+        // Under m_lock: the size when taken, and when, for the drain's order.
+        size_t count = 0;
+        uint64_t taken = 0;
+        std::atomic<size_t> next{0};
+    };
+    // Takes this worker's next batch; false when stopping. Under m_lock.
+    bool takeBatch(Batch& batch, bool& wake);
+    // Puts the entries of the batch nobody claimed back at the front of the
+    // queue (a worker leaving through an exception).
+    void giveBack(Batch& batch) noexcept;
+
     Reference<ILogProcessor> m_target;
     sync::Mutex m_lock;
     sync::Semaphore m_signal;
@@ -46,6 +68,10 @@ private:
     // m_lock.
     int32_t m_idle = 0;
     std::atomic<bool> m_stop{false};
+    // One per worker thread; a worker finds its own through m_started.
+    std::unique_ptr<Batch[]> m_batches;
+    std::atomic<int32_t> m_started{0};
+    uint64_t m_batchesTaken = 0;
 };
 
 // Queues entries and lets worker threads pass them to the target. process()
