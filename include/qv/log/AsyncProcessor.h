@@ -53,8 +53,9 @@ private:
         uint64_t taken = 0;
         std::atomic<size_t> next{0};
     };
-    // Takes this worker's next batch; false when stopping. Under m_lock.
-    bool takeBatch(Batch& batch, bool& wake);
+    // Takes this worker's next batch, or counts it idle if asked to and
+    // there is none; false when stopping. Under m_lock.
+    bool takeBatch(Batch& batch, bool idleIfEmpty, bool& wake);
     // Puts the entries of the batch nobody claimed back at the front of the
     // queue (a worker leaving through an exception).
     void giveBack(Batch& batch) noexcept;
@@ -67,6 +68,9 @@ private:
     // Workers that found the queue empty and wait, or are about to; under
     // m_lock.
     int32_t m_idle = 0;
+    // Entries ever queued (wrapping); changed under m_lock, read without it
+    // by a worker that watches for more before it sleeps.
+    std::atomic<uint32_t> m_enqueued{0};
     std::atomic<bool> m_stop{false};
     // One per worker thread; a worker finds its own through m_started.
     std::unique_ptr<Batch[]> m_batches;

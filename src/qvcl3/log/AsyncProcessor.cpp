@@ -27,6 +27,9 @@ namespace {
 // Set as a batch's next by the drain: every entry left in it is the drain's,
 // and a worker's later claims (each adding one) stay far beyond any count.
 constexpr size_t kClosed = SIZE_MAX / 2;
+// A few microseconds of reading one word: about what a producer takes for
+// a handful of entries.
+constexpr int kSpinsBeforeWaiting = 2048;
 
 } // namespace
 
@@ -46,6 +49,8 @@ void AsyncProcessorImpl::enqueue(const ILogEntry* entry)
     {
         LockHolder hold(m_lock);
         m_queue.emplace_back(entry);
+        // Only ever changed under the lock: a plain store, not a locked add.
+        m_enqueued.store(m_enqueued.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
         // A busy worker comes back for the entry by itself: the semaphore
         // (a call into the platform) is posted only for one that waits.
         wake = m_idle > 0;
@@ -56,7 +61,7 @@ void AsyncProcessorImpl::enqueue(const ILogEntry* entry)
         m_signal.signal();
 }
 
-bool AsyncProcessorImpl::takeBatch(Batch& batch, bool& wake)
+bool AsyncProcessorImpl::takeBatch(Batch& batch, bool idleIfEmpty, bool& wake)
 {
     // Checked under the lock as well: once the drain has run, nothing is
     // taken, and an entry queued before it is the drain's to deliver.
@@ -66,7 +71,8 @@ bool AsyncProcessorImpl::takeBatch(Batch& batch, bool& wake)
     if (m_queue.empty()) {
         // Counted under the lock, so an entry queued from now on posts the
         // semaphore for this worker, even before it waits.
-        ++m_idle;
+        if (idleIfEmpty)
+            ++m_idle;
         return true;
     }
     // One worker takes everything: the lock is taken once per batch, not
@@ -132,22 +138,39 @@ void AsyncProcessorImpl::run()
     if (slot >= m_threads)
         return;
     Batch& batch = m_batches[static_cast<size_t>(slot)];
+    bool idleIfEmpty = false;
     for (;;) {
         if (m_stop.load(std::memory_order_acquire))
             return;
         bool wake = false;
+        uint32_t enqueued;
         {
             LockHolder hold(m_lock);
-            if (!takeBatch(batch, wake))
+            if (!takeBatch(batch, idleIfEmpty, wake))
                 return;
+            enqueued = m_enqueued.load(std::memory_order_relaxed);
         }
         if (wake)
             m_signal.signal();
         const size_t count = batch.count;
         if (count == 0) {
-            m_signal.wait();
+            if (idleIfEmpty) {
+                idleIfEmpty = false;
+                m_signal.wait();
+                continue;
+            }
+            // A worker that has just caught up watches the queue a moment
+            // before it sleeps: a producer logging steadily then finds it
+            // awake, and does not pay for a semaphore post (a wake-up in
+            // the kernel) after every batch.
+            for (int spin = 0; spin < kSpinsBeforeWaiting; ++spin) {
+                if (m_enqueued.load(std::memory_order_relaxed) != enqueued)
+                    break;
+            }
+            idleIfEmpty = m_enqueued.load(std::memory_order_relaxed) == enqueued;
             continue;
         }
+        idleIfEmpty = false;
         size_t claimed;
         while ((claimed = batch.next.fetch_add(1, std::memory_order_acq_rel)) < count) {
             Reference<const ILogEntry> entry = std::move(batch.entries[claimed]);
