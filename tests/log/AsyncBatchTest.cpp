@@ -31,6 +31,8 @@ Reference<LogEntry> entryWithText(const std::string& text)
     return entry;
 }
 
+thread_local bool t_producer = false;
+
 // Records each entry's text and the thread it came in on. Entries whose text
 // is a gate wait inside process() until the test opens it; "boom" throws;
 // "drop" gives up the processor's last reference, which the target holds.
@@ -38,6 +40,10 @@ class ScriptedProcessor : public logtest::CollectingProcessor {
 public:
     void process(const ILogEntry* entry) override
     {
+        // Asleep rather than spinning: the producers keep the cores and run
+        // far ahead of the workers, and a drain in a producer is quick.
+        if (slowInWorkers && !t_producer)
+            std::this_thread::sleep_for(std::chrono::microseconds(20));
         const std::string text = field(entry, u"text");
         if (text == "boom")
             throw ResultException(static_cast<Result>(0x80004005));
@@ -88,6 +94,7 @@ public:
     }
 
     Reference<AsyncProcessor> owner;
+    bool slowInWorkers = false;
 
 private:
     enum class Gate { CLOSED, ENTERED, OPEN };
@@ -96,8 +103,6 @@ private:
     std::map<std::string, Gate> m_gates;
     std::vector<std::thread::id> m_threads;
 };
-
-thread_local bool t_producer = false;
 
 std::vector<std::string> numbered(const char* stem, int from, int to)
 {
@@ -209,34 +214,8 @@ TEST(AsyncBatchTest, HammerDestructionMidStreamDeliversEveryAcceptedEntryOnce)
 #else
     constexpr int kBase = 400;
 #endif
-    class SlowCounter : public logtest::CollectingProcessor {
-    public:
-        void process(const ILogEntry* entry) override
-        {
-            // Slow in the workers only, and asleep rather than spinning:
-            // the producers keep the cores and run far ahead, and the drain
-            // in the destroying producer is quick next to the workers.
-            if (!t_producer)
-                std::this_thread::sleep_for(std::chrono::microseconds(20));
-            std::lock_guard<std::mutex> hold(m_lock);
-            m_texts.push_back(field(entry, u"text"));
-        }
-        std::vector<std::string> texts()
-        {
-            std::lock_guard<std::mutex> hold(m_lock);
-            return m_texts;
-        }
-        size_t count()
-        {
-            std::lock_guard<std::mutex> hold(m_lock);
-            return m_texts.size();
-        }
-
-    private:
-        std::mutex m_lock;
-        std::vector<std::string> m_texts;
-    };
-    Reference<SlowCounter> sink(new SlowCounter());
+    Reference<ScriptedProcessor> sink(new ScriptedProcessor());
+    sink->slowInWorkers = true;
     Reference<AsyncProcessor> async = AsyncProcessor::create(sink.get(), kWorkers);
     std::atomic<bool> go{false};
     std::atomic<size_t> accepted{0};

@@ -81,8 +81,9 @@ private:
 // Queues entries and lets worker threads pass them to the target. process()
 // never blocks on the target and never drops an entry: the queue has no
 // bound. Destroying the processor wakes the workers, does not wait for them,
-// and hands whatever is still queued to the target in the destroying thread,
-// so the target may be called from that thread and a worker at once. With
+// and hands whatever is still queued, or taken by a worker and not yet
+// started, to the target in the destroying thread, so the target may be
+// called from that thread and a worker at once. With
 // fewer than one thread every entry waits for the destruction.
 class QV_EXPORT AsyncProcessor : public Object, public ILogProcessor {
     QV_DECLARE_INTERFACE_MAP()
