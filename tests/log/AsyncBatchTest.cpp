@@ -2,6 +2,7 @@
 // these cases pin down what happens to the entries it holds when the
 // processor goes away or the target throws.
 
+#include "AllocationSweep.h"
 #include "LogTestSupport.h"
 
 #include <qv/qvcl3.h>
@@ -254,4 +255,17 @@ TEST(AsyncBatchTest, HammerDestructionMidStreamDeliversEveryAcceptedEntryOnce)
         EXPECT_EQ(distinct.count(std::to_string(p) + ":0"), 1u);
         EXPECT_EQ(distinct.count(std::to_string(p) + ":" + std::to_string(kBase * (p + 1) - 1)), 1u);
     }
+}
+
+// Creation allocates a slot per worker before the workers start; a failure
+// there or at any thread's start surfaces as OutOfMemoryException, and the
+// workers already running end without leaking the implementation.
+TEST(AsyncBatchTest, AllocationSweepOnCreationWithWorkers)
+{
+    if (!qvtest::allocationFaultsAvailable())
+        GTEST_SKIP() << "fault injection not built";
+    Reference<logtest::CollectingProcessor> sink(new logtest::CollectingProcessor());
+    const int failures =
+        qvtest::sweepAllocations([&] { AsyncProcessor::create(sink.get(), 3); }, [&] { EXPECT_EQ(sink->count(), 0u); });
+    EXPECT_GE(failures, 4);
 }

@@ -57,8 +57,9 @@ private:
     // there is none; false when stopping. Under m_lock.
     bool takeBatch(Batch& batch, bool idleIfEmpty, bool& wake);
     // Puts the entries of the batch nobody claimed back at the front of the
-    // queue (a worker leaving through an exception).
-    void giveBack(Batch& batch) noexcept;
+    // queue (a worker leaving through an exception). Only a failing lock
+    // throws, and that exception then leaves the worker instead.
+    void giveBack(Batch& batch);
 
     Reference<ILogProcessor> m_target;
     sync::Mutex m_lock;

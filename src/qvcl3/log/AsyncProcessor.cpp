@@ -107,7 +107,7 @@ bool AsyncProcessorImpl::takeBatch(Batch& batch, bool idleIfEmpty, bool& wake)
     return true;
 }
 
-void AsyncProcessorImpl::giveBack(Batch& batch) noexcept
+void AsyncProcessorImpl::giveBack(Batch& batch)
 {
     bool wake = false;
     {
@@ -199,13 +199,12 @@ void AsyncProcessorImpl::shutdown()
     for (int32_t i = 0; i < m_threads; ++i)
         m_signal.signal();
     LockHolder hold(m_lock);
-    // Every entry is claimed before the target sees it, so a worker that
-    // passed its stop test just before the flag was set finds nothing and
-    // no entry is delivered twice. A worker inside the target goes on with
-    // the entry it holds; what it took with it and has not started on is
-    // delivered here, batches in the order they were taken, then the queue.
-    std::deque<Reference<const ILogEntry>> pending;
-    pending.swap(m_queue);
+    // From here no worker takes anything: it tests the stop flag under the
+    // lock first, so no entry is delivered twice. A worker inside the target
+    // goes on with the entry it holds; what it took with it and has not
+    // started on is delivered here, batches in the order they were taken,
+    // then the queue. Nothing here allocates: the destructor that runs this
+    // must not fail for want of memory.
     for (;;) {
         // The earliest batch not yet closed; a few workers at most, so a
         // scan per batch costs less than sorting them into new memory.
@@ -221,8 +220,11 @@ void AsyncProcessorImpl::shutdown()
         for (size_t i = earliest->next.exchange(kClosed, std::memory_order_acq_rel); i < count; ++i)
             m_target->process(earliest->entries[i].get());
     }
-    for (const Reference<const ILogEntry>& entry : pending)
-        m_target->process(entry.get());
+    // By index: the lock is recursive, and an entry queued from inside the
+    // target in this thread is delivered too instead of breaking the walk.
+    for (size_t i = 0; i < m_queue.size(); ++i)
+        m_target->process(m_queue[i].get());
+    m_queue.clear();
 }
 
 AsyncProcessor::AsyncProcessor(ILogProcessor* target, int32_t threads)
