@@ -360,9 +360,6 @@ int32_t BTCUTF8::convert(const signed char* inBytes, int32_t* inPos, int32_t inE
             while (c.ip < inEnd && c.op < outEnd) {
 #if QVCL3_CHARSET_SSE2
                 if (level == SimdLevel::Avx512) {
-                    if (inEnd - c.ip > detail::asciiStreamedMinimum) {
-                        detail::decodeAsciiStreamedAvx512(in, c.ip, inEnd, out, c.op, outEnd);
-                    }
                     detail::decodeUtf8Avx512(in, c.ip, inEnd, out, c.op, outEnd);
                 } else if (level == SimdLevel::Avx2) {
                     detail::decodeUtf8Avx2(in, c.ip, inEnd, out, c.op, outEnd);

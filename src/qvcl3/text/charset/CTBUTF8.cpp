@@ -445,9 +445,6 @@ int32_t CTBUTF8::convert(const char16_t* in, int32_t* inPos, int32_t inEnd, sign
             while (c.ip < inEnd && c.op < outEnd) {
 #if QVCL3_CHARSET_SSE2
                 if (level == SimdLevel::Avx512) {
-                    if (inEnd - c.ip > detail::asciiStreamedMinimum) {
-                        detail::encodeAsciiStreamedAvx512(in, c.ip, inEnd, out, c.op, outEnd);
-                    }
                     detail::encodeUtf8Avx512(in, c.ip, inEnd, out, c.op, outEnd);
                 } else if (level == SimdLevel::Avx2) {
                     detail::encodeUtf8Avx2(in, c.ip, inEnd, out, c.op, outEnd);
