@@ -173,9 +173,10 @@ private:
 constexpr int32_t asciiStreamedMinimum = 1024 * 1024;
 
 // The leading run of all-ASCII blocks through StagedStores, each widened or
-// narrowed as by the kernels above; stops at the first other block. Only
-// the ASCII blocks: the kernels' other blocks, through the same staging,
-// ran slower (European encoding 0.84x, East Asian 0.67x).
+// narrowed as by the block loops below; stops at the first other block.
+// Only the ASCII blocks: the other blocks, which have more work of their
+// own for the copying to compete with, ran slower through the same staging
+// (European encoding 0.96x, East Asian 0.62x-0.67x, 16 MiB).
 void decodeAsciiStreamed(const uint8_t* in, int32_t& inPos, int32_t inEnd, char16_t* out, int32_t& outPos,
                          int32_t outEnd)
 {
@@ -559,8 +560,8 @@ void encodeBlocksAvx512(const char16_t* in, int32_t& inPos, int32_t inEnd, uint8
 // The entry points. The block loops above have external linkage so that
 // the compiler keeps them out of line: inlined after the call to the ASCII
 // run, the encoding loop was laid out differently and lost 4% on East Asian
-// text (and, with the call in the drivers instead, English encoding in the
-// caches lost 6%).
+// text (and with the call in the drivers instead, the drivers' layout cost
+// English encoding in the caches 6%).
 void decodeUtf8Avx512(const uint8_t* in, int32_t& inPos, int32_t inEnd, char16_t* out, int32_t& outPos, int32_t outEnd)
 {
     if (inEnd - inPos > asciiStreamedMinimum) {
