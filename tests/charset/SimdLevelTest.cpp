@@ -372,12 +372,14 @@ TEST_F(CharsetSimdLevels, EncodingMatchesTheScalarLevelOnLongInput)
     }
 }
 
-// One call writing from `start` into a buffer with room for `room` more
-// elements and some beyond, all holding a sentinel beforehand. Kept: the
-// output with what lies before it, and what lies beyond the room, so that a
-// stray write on either side shows (slots between the two are scratch).
+// One call (or two, the first ending at `split`) writing from `start` into
+// a buffer with room for `room` more elements and some beyond, all holding a
+// sentinel beforehand. Kept: the output with what lies before it, and what
+// lies beyond the room, so that a stray write on either side shows (slots
+// between the two are scratch).
 template <typename Converter, typename In, typename Out>
-Outcome<Out> convertFrom(SimdLevel level, const std::basic_string<In>& input, int32_t start, int32_t room)
+Outcome<Out> convertFrom(SimdLevel level, const std::basic_string<In>& input, int32_t start, int32_t room,
+                         int32_t split = 0)
 {
     setUtf8SimdLevel(level);
     Converter c;
@@ -387,6 +389,9 @@ Outcome<Out> convertFrom(SimdLevel level, const std::basic_string<In>& input, in
     auto* to = reinterpret_cast<std::conditional_t<sizeof(Out) == 1, signed char, char16_t>*>(out.data());
     o.op = start;
     try {
+        if (split > 0) {
+            c.convert(in, &o.ip, split, to, &o.op, start + room);
+        }
         c.convert(in, &o.ip, static_cast<int32_t>(input.size()), to, &o.op, start + room);
     } catch (const InvalidCharacterException& e) {
         o.error = messageOf(e);
@@ -424,6 +429,27 @@ TEST_F(CharsetSimdLevels, LongCallsMatchTheScalarLevelAroundTheirLeadingAsciiRun
                     EXPECT_EQ(decoded, (convertFrom<BTCUTF8, char, char16_t>(level, bytes, start, room)));
                     EXPECT_EQ(encoded, (convertFrom<CTBUTF8, char16_t, char>(level, text, start, room)));
                 }
+            }
+        }
+    }
+    // A text fed in two calls, the second starting with a long run: it is
+    // streamed from anywhere in an output line.
+    for (size_t run : {mebi + 31, mebi + 4096 + 33}) {
+        for (size_t tail = 0; tail < 2; ++tail) {
+            const Bytes bytes = Bytes(run, 'q') + utf8Tails[tail] + Bytes(mebi + 5, 'r');
+            const Text text = Text(run, u'q') + utf16Tails[tail] + Text(mebi + 5, u'r');
+            const int32_t room = static_cast<int32_t>(bytes.size() + 8);
+            const auto split8 = static_cast<int32_t>(run + utf8Tails[tail].size());
+            const auto split16 = static_cast<int32_t>(run + utf16Tails[tail].size());
+            const auto decoded = convertFrom<BTCUTF8, char, char16_t>(SimdLevel::Scalar, bytes, 3, room, split8);
+            const auto encoded = convertFrom<CTBUTF8, char16_t, char>(SimdLevel::Scalar, text, 3, room, split16);
+            EXPECT_EQ(bytes.size(), static_cast<size_t>(decoded.ip));
+            EXPECT_EQ(text.size(), static_cast<size_t>(encoded.ip));
+            for (SimdLevel level : m_levels) {
+                SCOPED_TRACE(testing::Message() << "level " << static_cast<int>(level) << ", run " << run << ", tail "
+                                                << tail << ", in two calls");
+                EXPECT_EQ(decoded, (convertFrom<BTCUTF8, char, char16_t>(level, bytes, 3, room, split8)));
+                EXPECT_EQ(encoded, (convertFrom<CTBUTF8, char16_t, char>(level, text, 3, room, split16)));
             }
         }
     }
