@@ -176,7 +176,7 @@ constexpr int32_t asciiStreamedMinimum = 1024 * 1024;
 // narrowed as by the block loops below; stops at the first other block.
 // Only the ASCII blocks: the other blocks, which have more work of their
 // own for the copying to compete with, ran slower through the same staging
-// (European encoding 0.96x, East Asian 0.62x-0.67x, 16 MiB).
+// (European encoding 0.96x, East Asian 0.63x-0.67x, 16 MiB).
 void decodeAsciiStreamed(const uint8_t* in, int32_t& inPos, int32_t inEnd, char16_t* out, int32_t& outPos,
                          int32_t outEnd)
 {
