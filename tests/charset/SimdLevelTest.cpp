@@ -372,6 +372,89 @@ TEST_F(CharsetSimdLevels, EncodingMatchesTheScalarLevelOnLongInput)
     }
 }
 
+// One call (or two, the first ending at `split`) writing from `start` into
+// a buffer with room for `room` more elements and some beyond, all holding a
+// sentinel beforehand. Kept: the output with what lies before it, and what
+// lies beyond the room, so that a stray write on either side shows (slots
+// between the two are scratch).
+template <typename Converter, typename In, typename Out>
+Outcome<Out> convertFrom(SimdLevel level, const std::basic_string<In>& input, int32_t start, int32_t room,
+                         int32_t split = 0)
+{
+    setUtf8SimdLevel(level);
+    Converter c;
+    Outcome<Out> o;
+    std::basic_string<Out> out(static_cast<size_t>(start + room + 70), static_cast<Out>(0x5A));
+    const auto* in = reinterpret_cast<const std::conditional_t<sizeof(In) == 1, signed char, char16_t>*>(input.data());
+    auto* to = reinterpret_cast<std::conditional_t<sizeof(Out) == 1, signed char, char16_t>*>(out.data());
+    o.op = start;
+    try {
+        if (split > 0) {
+            c.convert(in, &o.ip, split, to, &o.op, start + room);
+        }
+        c.convert(in, &o.ip, static_cast<int32_t>(input.size()), to, &o.op, start + room);
+    } catch (const InvalidCharacterException& e) {
+        o.error = messageOf(e);
+    }
+    o.whole = out.substr(0, static_cast<size_t>(o.op)) + out.substr(static_cast<size_t>(start + room));
+    return o;
+}
+
+// Calls of more than a mebi-element begin with their ASCII run written
+// through a staging buffer: runs ending at every kind of place in a
+// staged stretch and in a line, followed by another character or a fault,
+// into output starting anywhere in a line and ending before, inside or
+// after the run.
+TEST_F(CharsetSimdLevels, LongCallsMatchTheScalarLevelAroundTheirLeadingAsciiRun)
+{
+    const size_t mebi = size_t{1} << 20;
+    static const Bytes utf8Tails[] = {"\xC3\xA9xyz", "\xE4\xB8\xAD", "\x80xyz", "\xF0\x9F\x98"};
+    static const Text utf16Tails[] = {u"\u00E9xyz", u"\u4E2D", u"\xDC00xyz", u"\xD800"};
+    for (size_t run : {mebi, mebi + 1, mebi + 31, mebi + 64, mebi + 4095, mebi + 4096 + 33, 2 * mebi + 7}) {
+        for (size_t tail = 0; tail < 4; ++tail) {
+            const int32_t start = static_cast<int32_t>((run + 7 * tail) % 67);
+            const Bytes bytes = Bytes(run, 'q') + utf8Tails[tail] + Bytes(300, 'r');
+            const Text text = Text(run, u'q') + utf16Tails[tail] + Text(300, u'r');
+            const int32_t whole = static_cast<int32_t>(bytes.size() + 8);
+            for (int32_t room : {whole, static_cast<int32_t>(run) - 100, static_cast<int32_t>(run) + 1}) {
+                const auto decoded = convertFrom<BTCUTF8, char, char16_t>(SimdLevel::Scalar, bytes, start, room);
+                const auto encoded = convertFrom<CTBUTF8, char16_t, char>(SimdLevel::Scalar, text, start, room);
+                if (room == whole) {
+                    EXPECT_EQ(tail >= 2, !decoded.error.empty());
+                    EXPECT_EQ(tail >= 2, !encoded.error.empty());
+                }
+                for (SimdLevel level : m_levels) {
+                    SCOPED_TRACE(testing::Message() << "level " << static_cast<int>(level) << ", run " << run
+                                                    << ", tail " << tail << ", start " << start << ", room " << room);
+                    EXPECT_EQ(decoded, (convertFrom<BTCUTF8, char, char16_t>(level, bytes, start, room)));
+                    EXPECT_EQ(encoded, (convertFrom<CTBUTF8, char16_t, char>(level, text, start, room)));
+                }
+            }
+        }
+    }
+    // A text fed in two calls, the second starting with a long run: it is
+    // streamed from anywhere in an output line.
+    for (size_t run : {mebi + 31, mebi + 4096 + 33}) {
+        for (size_t tail = 0; tail < 2; ++tail) {
+            const Bytes bytes = Bytes(run, 'q') + utf8Tails[tail] + Bytes(mebi + 5, 'r');
+            const Text text = Text(run, u'q') + utf16Tails[tail] + Text(mebi + 5, u'r');
+            const int32_t room = static_cast<int32_t>(bytes.size() + 8);
+            const auto split8 = static_cast<int32_t>(run + utf8Tails[tail].size());
+            const auto split16 = static_cast<int32_t>(run + utf16Tails[tail].size());
+            const auto decoded = convertFrom<BTCUTF8, char, char16_t>(SimdLevel::Scalar, bytes, 3, room, split8);
+            const auto encoded = convertFrom<CTBUTF8, char16_t, char>(SimdLevel::Scalar, text, 3, room, split16);
+            EXPECT_EQ(bytes.size(), static_cast<size_t>(decoded.ip));
+            EXPECT_EQ(text.size(), static_cast<size_t>(encoded.ip));
+            for (SimdLevel level : m_levels) {
+                SCOPED_TRACE(testing::Message() << "level " << static_cast<int>(level) << ", run " << run << ", tail "
+                                                << tail << ", in two calls");
+                EXPECT_EQ(decoded, (convertFrom<BTCUTF8, char, char16_t>(level, bytes, 3, room, split8)));
+                EXPECT_EQ(encoded, (convertFrom<CTBUTF8, char16_t, char>(level, text, 3, room, split16)));
+            }
+        }
+    }
+}
+
 TEST_F(CharsetSimdLevels, ALevelAboveTheProcessorsIsLoweredAndTheScalarLevelIsAlwaysThere)
 {
     EXPECT_EQ(SimdLevel::Scalar, setUtf8SimdLevel(SimdLevel::Scalar));
