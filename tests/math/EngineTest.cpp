@@ -448,12 +448,20 @@ TEST(Multiplication, WrappedTransformIsTheProductModuloBaseToTheLengthMinusOne)
 {
     // All-ones operands make the wrapped sum carry round at the top; their
     // products are multiples of B^n - 1 when n is their length, and may
-    // come out as 0 or as B^n - 1.
-    const size_t sizes[][3] = {{2, 1, 1}, {2, 2, 2}, {8, 8, 8}, {8, 5, 3}, {64, 64, 64}, {64, 40, 1}, {256, 200, 150}};
+    // come out as 0 or as B^n - 1. Lengths of three times a power of two
+    // take three transforms of a third; the longest one fills its twists
+    // per product instead of keeping them. The operand's transforms kept
+    // in the wrapped shape give the same residue, for another operand too.
+    const size_t sizes[][3] = {{2, 1, 1},    {2, 2, 2},       {8, 8, 8},       {8, 5, 3},
+                               {64, 64, 64}, {64, 40, 1},     {256, 200, 150}, {6, 6, 6},
+                               {6, 4, 1},    {12, 12, 7},     {24, 24, 24},    {48, 30, 29},
+                               {96, 96, 1},  {192, 150, 190}, {768, 768, 700}, {24576, 20000, 16000}};
     int shape = 0;
     for (const auto& size : sizes) {
         const size_t n = size[0];
         for (int round = 0; round < 3; ++round, ++shape) {
+            if (n > 1000 && round != 0)
+                continue;
             Mag a = randomMag(size[1], shape), b = randomMag(size[2], shape + 1);
             if (round == 1)
                 a.assign(size[1], ~Limb(0)), b.assign(size[2], ~Limb(0));
@@ -461,10 +469,21 @@ TEST(Multiplication, WrappedTransformIsTheProductModuloBaseToTheLengthMinusOne)
             nttMultiplyWrapped(wrapped.data(), n, a.data(), a.size(), b.data(), b.size());
             trim(wrapped);
             Mag modulus(n, ~Limb(0)), expected, actual;
-            magDivMod(schoolbookProduct(a, b), modulus, nullptr, &expected);
+            magDivMod(n > 1000 ? magMul(a, b) : schoolbookProduct(a, b), modulus, nullptr, &expected);
             magDivMod(wrapped, modulus, nullptr, &actual);
             ASSERT_EQ(actual, expected) << n << ": " << size[1] << " x " << size[2] << " round " << round;
             ASSERT_LE(magCompare(wrapped, modulus), 0);
+
+            const NttOperand fixed(b.data(), b.size(), n, NttShape::Wrapped);
+            ASSERT_TRUE(fixed.fits(a.size()));
+            ASSERT_FALSE(fixed.fits(n + 1));
+            const Mag other = randomMag(size[1], shape + 7);
+            for (const Mag& x : {a, other}) {
+                Mag kept(n), direct(n);
+                fixed.multiply(kept.data(), x.data(), x.size());
+                nttMultiplyWrapped(direct.data(), n, x.data(), x.size(), b.data(), b.size());
+                ASSERT_EQ(kept, direct) << n << ": " << size[1] << " x " << size[2] << " kept, round " << round;
+            }
         }
     }
 }
