@@ -13,6 +13,7 @@
 #include "AllocationSweep.h"
 #include "Limbs.h"
 #include "Natural.h"
+#include "NumberTheoreticTransform.h"
 #include "RadixPowers.h"
 
 #include <functional>
@@ -146,6 +147,14 @@ TEST(MathAllocationFailure, TransformProductsDivisionAndText)
     std::vector<unsigned char> squareDigits;
     for (char c : squareText)
         squareDigits.push_back(static_cast<unsigned char>(c - '0'));
+    // A remainder wrapped in 96 points (three transforms of 32) through the
+    // divisor's kept transform; the quotient as the production thresholds
+    // give it.
+    const Mag thirdsDivisor = magAddSmall(magPow(magFromU64(3), 3500), 2);
+    const Mag thirdsDividend = magAddSmall(magPow(magFromU64(7), 4300), 5);
+    Mag thirdsQuotient, thirdsRemainder;
+    magDivMod(thirdsDividend, thirdsDivisor, &thirdsQuotient, &thirdsRemainder);
+    ASSERT_EQ(nttWrappedLength(thirdsDivisor.size() + 2), 96u);
     ASSERT_LT(shortFactor.size(), 40u);
     ASSERT_TRUE(transformBeatsToom(a.size(), shortFactor.size(), 40));
     // Transforms from 40 limbs (a * a takes the split one); division
@@ -174,9 +183,17 @@ TEST(MathAllocationFailure, TransformProductsDivisionAndText)
         // and dividers are being computed and published.
         [&] { Mag r = magFromDigits(squareDigits.data(), squareDigits.size(), 31); },
         [&] { std::string s = magToString(square, 31); },
+        [&] {
+            Mag q, r;
+            magDivMod(thirdsDividend, thirdsDivisor, &q, &r);
+        },
     };
     for (const auto& op : ops)
         EXPECT_GT(failEachAllocation(op), 0);
+    Mag q, r;
+    magDivMod(thirdsDividend, thirdsDivisor, &q, &r);
+    EXPECT_EQ(q, thirdsQuotient);
+    EXPECT_EQ(r, thirdsRemainder);
     EXPECT_EQ(magToString(square, 10), squareText);
     thresholds() = saved;
     conversionThresholds() = savedConversion;

@@ -407,6 +407,17 @@ TEST(Multiplication, ConcurrentTransformsOfGrowingLengthsShareTheTwiddleTables)
         bs.push_back(randomMag(length[1], 1));
         expected.push_back(magMul(as.back(), bs.back()));
     }
+    // Wrapped products in thirds share their twists the same way, one
+    // table per length, filled by whichever thread comes first.
+    const size_t wrappedLengths[] = {48, 768, 6144, 12288};
+    std::vector<Mag> wrappedAs, wrappedBs, wrappedExpected;
+    for (size_t n : wrappedLengths) {
+        wrappedAs.push_back(randomMag(n, 2));
+        wrappedBs.push_back(randomMag(n - 5, 3));
+        Mag residue;
+        magDivMod(magMul(wrappedAs.back(), wrappedBs.back()), Mag(n, ~Limb(0)), nullptr, &residue);
+        wrappedExpected.push_back(residue);
+    }
     auto run = [&](bool ascending, int& failures) {
         for (size_t k = 0; k < as.size(); ++k) {
             const size_t i = ascending ? k : as.size() - 1 - k;
@@ -414,6 +425,15 @@ TEST(Multiplication, ConcurrentTransformsOfGrowingLengthsShareTheTwiddleTables)
             nttMultiply(r.data(), as[i].data(), as[i].size(), bs[i].data(), bs[i].size());
             trim(r);
             failures += r != expected[i];
+        }
+        for (size_t k = 0; k < 4; ++k) {
+            const size_t i = ascending ? k : 3 - k, n = wrappedLengths[i];
+            Mag r(n);
+            nttMultiplyWrapped(r.data(), n, wrappedAs[i].data(), n, wrappedBs[i].data(), n - 5);
+            if (r == Mag(n, ~Limb(0)))
+                r.assign(n, 0);
+            trim(r);
+            failures += r != wrappedExpected[i];
         }
     };
     int failuresUp = 0, failuresDown = 0;
@@ -448,12 +468,20 @@ TEST(Multiplication, WrappedTransformIsTheProductModuloBaseToTheLengthMinusOne)
 {
     // All-ones operands make the wrapped sum carry round at the top; their
     // products are multiples of B^n - 1 when n is their length, and may
-    // come out as 0 or as B^n - 1.
-    const size_t sizes[][3] = {{2, 1, 1}, {2, 2, 2}, {8, 8, 8}, {8, 5, 3}, {64, 64, 64}, {64, 40, 1}, {256, 200, 150}};
+    // come out as 0 or as B^n - 1. Lengths of three times a power of two
+    // take three transforms of a third; the longest one fills its twists
+    // per product instead of keeping them. The operand's transforms kept
+    // in the wrapped shape give the same residue, for another operand too.
+    const size_t sizes[][3] = {{2, 1, 1},    {2, 2, 2},       {8, 8, 8},       {8, 5, 3},
+                               {64, 64, 64}, {64, 40, 1},     {256, 200, 150}, {6, 6, 6},
+                               {6, 4, 1},    {12, 12, 7},     {24, 24, 24},    {48, 30, 29},
+                               {96, 96, 1},  {192, 150, 190}, {768, 768, 700}, {24576, 20000, 16000}};
     int shape = 0;
     for (const auto& size : sizes) {
         const size_t n = size[0];
         for (int round = 0; round < 3; ++round, ++shape) {
+            if (n > 1000 && round != 0)
+                continue;
             Mag a = randomMag(size[1], shape), b = randomMag(size[2], shape + 1);
             if (round == 1)
                 a.assign(size[1], ~Limb(0)), b.assign(size[2], ~Limb(0));
@@ -461,10 +489,21 @@ TEST(Multiplication, WrappedTransformIsTheProductModuloBaseToTheLengthMinusOne)
             nttMultiplyWrapped(wrapped.data(), n, a.data(), a.size(), b.data(), b.size());
             trim(wrapped);
             Mag modulus(n, ~Limb(0)), expected, actual;
-            magDivMod(schoolbookProduct(a, b), modulus, nullptr, &expected);
+            magDivMod(n > 1000 ? magMul(a, b) : schoolbookProduct(a, b), modulus, nullptr, &expected);
             magDivMod(wrapped, modulus, nullptr, &actual);
             ASSERT_EQ(actual, expected) << n << ": " << size[1] << " x " << size[2] << " round " << round;
             ASSERT_LE(magCompare(wrapped, modulus), 0);
+
+            const NttOperand fixed(b.data(), b.size(), n, NttShape::Wrapped);
+            ASSERT_TRUE(fixed.fits(a.size()));
+            ASSERT_FALSE(fixed.fits(n + 1));
+            const Mag other = randomMag(size[1], shape + 7);
+            for (const Mag& x : {a, other}) {
+                Mag kept(n), direct(n);
+                fixed.multiply(kept.data(), x.data(), x.size());
+                nttMultiplyWrapped(direct.data(), n, x.data(), x.size(), b.data(), b.size());
+                ASSERT_EQ(kept, direct) << n << ": " << size[1] << " x " << size[2] << " kept, round " << round;
+            }
         }
     }
 }
@@ -607,8 +646,8 @@ TEST(Division, NewtonDividerWithKeptTransformsServesManyDividends)
 {
     // One divider, its transforms kept, used for dividend after dividend as
     // a conversion to text uses it: every quotient block goes through the
-    // kept reciprocal, and short blocks under a long divisor through the
-    // kept divisor as well. Exact multiples and one below them put the
+    // kept reciprocal, and its remainder through the kept divisor, wrapped
+    // or (where that is shorter) the full product. Exact multiples and one below them put the
     // remainder at both ends, and dividends below the divisor, zero
     // included, give no quotient at all.
     ThresholdGuard guard;
@@ -638,6 +677,21 @@ TEST(Division, NewtonDividerWithKeptTransformsServesManyDividends)
                 }
             }
         }
+    }
+    // Beyond the longest wrapped product in thirds (12,288 points) a
+    // 16,500-limb divisor's remainder wraps in 32,768 points, so with
+    // blocks of 1,999 limbs the full product through its kept transform
+    // (24,576 points) is kept instead.
+    const Mag b = randomMag(16500, 3);
+    NewtonDivider divider(b, 2000);
+    divider.keepTransforms(4);
+    const Mag exact = magMul(b, randomMag(2 * divider.blockLimbs() + 5, 4));
+    for (const Mag& x : {exact, magSubSmall(exact, 1), randomMag(16500 + 2 * divider.blockLimbs() + 5, 5)}) {
+        Mag q0, r0, q, r;
+        magDivModClassic(x, b, &q0, &r0);
+        divider.divMod(x, &q, &r);
+        ASSERT_EQ(q, q0) << x.size() << " / 16500";
+        ASSERT_EQ(r, r0) << x.size() << " / 16500";
     }
 }
 

@@ -241,6 +241,19 @@ def main():
         out.append('divt %s' % h(qt))
         out.append('remt %s' % h(a - qt * b))
         out.append('modf %s' % h(a % b))
+    # Divisors whose remainders are wrapped in three quarters of a power of
+    # two (5,191 limbs, 100,000 digits: 6,144) and either side of where that
+    # length steps up (6,142 and 6,143 limbs), quotients as long as them.
+    for i in range(count(4)):
+        bn = min([5191, 6142, 6143, rng.randrange(3072, 6142)][i % 4], max_limbs)
+        b = magnitude(bn)
+        a = magnitude(bn + min(bn + rng.randrange(-2, 3), max_limbs))
+        if i % 2:
+            a = b * (a // b) + rng.choice([0, b - 1])
+        out.append('pair %s %s' % (h(a), h(b)))
+        q = a // b
+        out.append('divt %s' % h(q))
+        out.append('remt %s' % h(a - q * b))
     # Around the switch to Newton's reciprocal: divisors and quotients just
     # below, at and above it, dividends with remainders 0 and divisor - 1.
     for i in range(count(6)):

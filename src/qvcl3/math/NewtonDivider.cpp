@@ -57,18 +57,16 @@ size_t wrappedLength(const Mag& a, const Mag& b, size_t limbs) noexcept
 {
     if (std::min(a.size(), b.size()) < thresholds().nttMul / 6)
         return 0;
-    const size_t n = nttLength(limbs + 2);
+    const size_t n = nttWrappedLength(limbs + 1);
     return n <= nttProductLength(a.size() + b.size()) && a.size() <= n && b.size() <= n ? n : 0;
 }
 
-// result = x - a * b for a difference expected below B^(n-1), from the
-// product wrapped modulo B^n - 1. False when the result is out of that
-// range, as a negative difference would be (the caller then takes the full
-// product).
-bool differenceFromWrapped(const Mag& x, const Mag& a, const Mag& b, size_t n, Mag& result)
+// result = x - a * b for a difference expected below B^(n-1), from
+// `product`, a * b wrapped modulo B^n - 1 (n limbs). False when the result
+// is out of that range, as a negative difference would be (the caller then
+// takes the full product).
+bool differenceFromWrapped(const Mag& x, Mag product, size_t n, Mag& result)
 {
-    Mag product = allocMag(n);
-    nttMultiplyWrapped(product.data(), n, a.data(), a.size(), b.data(), b.size());
     Mag folded = foldedModBaseMinusOne(x, n);
     // Both below B^n - 1 before subtracting: fold an all-ones value to 0.
     for (Mag* v : {&product, &folded})
@@ -76,6 +74,13 @@ bool differenceFromWrapped(const Mag& x, const Mag& a, const Mag& b, size_t n, M
             std::fill(v->begin(), v->end(), Limb(0));
     result = subtractModBaseMinusOne(std::move(folded), product, n);
     return result.size() < n;
+}
+
+Mag wrappedProduct(const Mag& a, const Mag& b, size_t n)
+{
+    Mag product = allocMag(n);
+    nttMultiplyWrapped(product.data(), n, a.data(), a.size(), b.data(), b.size());
+    return product;
 }
 
 } // namespace
@@ -103,7 +108,8 @@ Mag approximateReciprocal(const Mag& d)
     // product wrapped around B^n - 1 with n above that gives it.
     Mag residue;
     const size_t wrap = wrappedLength(d1, xh, k + 1);
-    if (!wrap || !differenceFromWrapped(powerOfLimbBase(k + h), d1, xh, wrap, residue) || residue.size() > k + 1) {
+    if (!wrap || !differenceFromWrapped(powerOfLimbBase(k + h), wrappedProduct(d1, xh, wrap), wrap, residue) ||
+        residue.size() > k + 1) {
         const Mag p = magMul(d1, xh);
         residue.clear();
         if (p.size() <= k + h)
@@ -141,12 +147,17 @@ void NewtonDivider::keepTransforms(size_t fromLimbs)
     // dividend by the whole reciprocal.
     if (!m_inverseTransform && std::min(m_inverse.size(), block) >= threshold)
         m_inverseTransform.reset(new NttOperand(m_inverse.data(), m_inverse.size(), m_inverse.size() + block + 2));
-    // The remainder: a full product with the divisor's transform kept costs
-    // two transforms of the product's length, the wrapped one three of a
-    // length above the divisor's. Short blocks under a long divisor favour
-    // the first.
-    if (!m_divisorTransform && std::min(n, block) >= threshold &&
-        2 * nttProductLength(n + block + 1) < 3 * nttLength(n + 3))
+    // The remainder: with the divisor's transform kept, a full product costs
+    // two transforms of the product's length and a wrapped one two of a
+    // length above the divisor's (three without). Short blocks under a long
+    // divisor favour the first; otherwise the wrapped one is kept.
+    if (m_divisorTransform || std::min(n, block) < threshold)
+        return;
+    const size_t full = nttProductLength(n + block + 1);
+    const size_t wrapped = nttWrappedLength(n + 2);
+    if (wrapped <= full)
+        m_divisorTransform.reset(new NttOperand(m_divisor.data(), n, wrapped, NttShape::Wrapped));
+    else if (2 * full < 3 * wrapped)
         m_divisorTransform.reset(new NttOperand(m_divisor.data(), n, n + block + 1));
 }
 
@@ -176,7 +187,8 @@ void NewtonDivider::divBlock(const Mag& z, size_t m, Mag& q, Mag& r) const
     const size_t n = m_divisor.size();
     q = estimateQuotient(z, m);
     Mag product;
-    if (m_divisorTransform && m_divisorTransform->fits(q.size())) {
+    const bool kept = m_divisorTransform && m_divisorTransform->fits(q.size());
+    if (kept && !m_divisorTransform->wrapped()) {
         product = allocMag(q.size() + n);
         m_divisorTransform->multiply(product.data(), q.data(), q.size());
         trim(product);
@@ -184,8 +196,16 @@ void NewtonDivider::divBlock(const Mag& z, size_t m, Mag& q, Mag& r) const
         // The remainder is below a few times the divisor, so where the
         // transform is used only the product modulo B^w - 1 (w > n + 1) is
         // needed.
-        const size_t wrap = wrappedLength(q, m_divisor, n + 1);
-        if (wrap && differenceFromWrapped(z, q, m_divisor, wrap, r) && r.size() <= n + 1) {
+        size_t wrap = wrappedLength(q, m_divisor, n + 1);
+        Mag wrapped;
+        if (kept) {
+            wrap = m_divisorTransform->length();
+            wrapped = allocMag(wrap);
+            m_divisorTransform->multiply(wrapped.data(), q.data(), q.size());
+        } else if (wrap) {
+            wrapped = wrappedProduct(q, m_divisor, wrap);
+        }
+        if (wrap && differenceFromWrapped(z, std::move(wrapped), wrap, r) && r.size() <= n + 1) {
             while (magCompare(r, m_divisor) >= 0) {
                 r = magSub(r, m_divisor);
                 q = magAddSmall(q, 1);

@@ -56,8 +56,8 @@ private:
     size_t m_precision; // limbs of the divisor the reciprocal stands for
     Mag m_inverse;      // about B^(2k) / (top k limbs + 1), never above it
     // Set by keepTransforms() where the transform is used: the whole
-    // reciprocal (the estimates), the divisor (a full block's remainder,
-    // where that is cheaper than the wrapped product).
+    // reciprocal (the estimates), the divisor (each block's remainder,
+    // wrapped, or as the full product where that is the shorter one).
     std::unique_ptr<NttOperand> m_inverseTransform;
     std::unique_ptr<NttOperand> m_divisorTransform;
 };

@@ -96,8 +96,8 @@ public:
         return result;
     }
 
-    // A root of unity of order n (a power of two up to 2^42) in Montgomery
-    // form.
+    // A root of unity of order n (any divisor of p - 1: a power of two up
+    // to 2^42, or three times one) in Montgomery form.
     Limb rootOfUnity(size_t n) const noexcept { return power(toMontgomery(m_generator), (m_p - 1) / n); }
 
 private:
@@ -377,13 +377,14 @@ void load(Limb* t, size_t n, const Limb* a, size_t an, const PrimeField& f) noex
     std::fill(t + an, t + n, Limb(0));
 }
 
-// ta = ta * tb pointwise (tb = ta when squaring), with the factor 1 / n of
-// the inverse transform. mul(x, y) leaves a factor 1/R; scale = R^2 / n
-// takes it and the n out in one more product. mul takes factors below 2p
-// and answers below p.
-void multiplyPointwise(Limb* ta, const Limb* tb, size_t n, const PrimeField& f) noexcept
+// ta = ta * tb pointwise (tb = ta when squaring), with the factor 1 /
+// divisor (n, the inverse transform's, unless the caller has a further one
+// to take out; divisor must divide p - 1). mul(x, y) leaves a factor 1/R;
+// scale = R^2 / divisor takes it and the divisor out in one more product.
+// mul takes factors below 2p and answers below p.
+void multiplyPointwise(Limb* ta, const Limb* tb, size_t n, const PrimeField& f, size_t divisor = 0) noexcept
 {
-    const Limb nInverse = f.modulus() - (f.modulus() - 1) / n;
+    const Limb nInverse = f.modulus() - (f.modulus() - 1) / (divisor ? divisor : n);
     const Limb scale = f.toMontgomery(f.toMontgomery(nInverse));
     for (size_t i = 0; i < n; ++i)
         ta[i] = f.mul(f.mul(ta[i], tb[i]), scale);
@@ -485,6 +486,110 @@ void convolveSplit(Limb* out, Limb* scratch, size_t m, const Limb* a, size_t an,
     }
 }
 
+// Powers of a root psi of order 3m (m a power of two) with their Shoup
+// quotients, pairs (psi^k, shoupQuotient(psi^k)) for k <= 3m: psi^k twists
+// the thirds forward, psi^(3m - k) = psi^-k back. Kept per prime for m up
+// to this many points (the longest table 3 x 2^12 pairs, 192 KiB; all of
+// them 1.2 MiB at most), computed per product above.
+constexpr size_t CACHED_THIRDS_POINTS = size_t(1) << 12;
+
+TwiddleTable fillThirdsTwist(const PrimeField& f, size_t m)
+{
+    std::shared_ptr<Limb> table = newTable(3 * m + 1);
+    const Limb psi = f.rootOfUnity(3 * m);
+    Limb x = 1;
+    for (size_t k = 0; k <= 3 * m; ++k) {
+        table.get()[2 * k] = x;
+        table.get()[2 * k + 1] = f.shoupQuotient(x);
+        x = f.mul(x, psi);
+    }
+    return table;
+}
+
+TwiddleTable thirdsTwist(int i, size_t m)
+{
+    if (m > CACHED_THIRDS_POINTS)
+        return fillThirdsTwist(field(i), m);
+    static std::mutex lock;
+    static TwiddleTable tables[3][13];
+    const unsigned level = levels(m);
+    std::lock_guard<std::mutex> guard(lock);
+    if (!tables[i][level])
+        tables[i][level] = fillThirdsTwist(field(i), m);
+    return tables[i][level];
+}
+
+// a (an <= 3m limbs) modulo x^m - omega^j for j = 0, 1, 2 (omega = psi^m, a
+// cube root of unity), the j-th with its coefficients multiplied by
+// psi^(j i) so that a cyclic transform of length m gives its products:
+// into t[j m, (j + 1) m), below 2p. With a0, a1, a2 the thirds of a and
+// omega^2 = -1 - omega, the residues are a0 + a1 + a2,
+// a0 - a2 + omega (a1 - a2) and a0 - a1 - omega (a1 - a2).
+void loadThirds(Limb* t, size_t m, const Limb* a, size_t an, const Limb* psi, const PrimeField& f) noexcept
+{
+    load(t, 3 * m, a, an, f);
+    const Limb omega = psi[2 * m], omegaQ = psi[2 * m + 1];
+    for (size_t i = 0; i < m; ++i) {
+        const Limb a0 = t[i], a1 = t[i + m], a2 = t[i + 2 * m];
+        const Limb u = f.reduceTwice(f.mulShoup(f.sub(a1, a2), omega, omegaQ));
+        t[i] = f.add(f.add(a0, a1), a2);
+        t[i + m] = f.mulShoup(f.add(f.sub(a0, a2), u), psi[2 * i], psi[2 * i + 1]);
+        t[i + 2 * m] = f.mulShoup(f.sub(f.sub(a0, a1), u), psi[4 * i], psi[4 * i + 1]);
+    }
+}
+
+void forwardThirds(Limb* t, size_t m, const Limb* tw, const PrimeField& f) noexcept
+{
+    for (int j = 0; j < 3; ++j)
+        forward(t + j * m, m, tw, f);
+}
+
+// The cyclic convolution of a and b of length 3m modulo one prime, from
+// three transforms of length m (x^(3m) - 1 is the product of the
+// x^m - omega^j). Coefficients below p into out[0, 3m), which holds the
+// first operand's transforms on the way; scratch holds 3m +
+// twiddleScratch(m) limbs. b's transforms are the 3m limbs at fixed when
+// given (as NttOperand leaves them).
+void convolveThirds(Limb* out, Limb* scratch, size_t m, const Limb* a, size_t an, const Limb* b, size_t bn,
+                    const Limb* fixed, int i)
+{
+    const PrimeField& f = field(i);
+    const bool squaring = !fixed && a == b && an == bn;
+    const TwiddleTable twistTable = thirdsTwist(i, m);
+    const Limb* psi = twistTable.get();
+    Twiddles twiddles(i, m, scratch + 3 * m);
+    loadThirds(out, m, a, an, psi, f);
+    forwardThirds(out, m, twiddles.forward(), f);
+    const Limb* tb = squaring ? out : fixed ? fixed : scratch;
+    if (!squaring && !fixed) {
+        loadThirds(scratch, m, b, bn, psi, f);
+        forwardThirds(scratch, m, twiddles.forward(), f);
+    }
+    // 1 / (3m): the inverse transforms' m and the 3 of the recombination.
+    for (int j = 0; j < 3; ++j)
+        multiplyPointwise(out + j * m, tb + j * m, m, f, 3 * m);
+    const Limb* twInverse = twiddles.inverse();
+    for (int j = 0; j < 3; ++j)
+        inverse(out + j * m, m, twInverse, f);
+
+    // Untwisted, c0, c1, c2 are the product modulo x^m - omega^j; its thirds
+    // are c0 + c1 + c2, c0 - c1 - omega (c1 - c2) and c0 - c2 + omega (c1 -
+    // c2) (the 1/3 is already in).
+    const Limb* psiInverse = psi + 6 * m; // psi^(3m - k) at psiInverse - 2k
+    const Limb omega = psi[2 * m], omegaQ = psi[2 * m + 1];
+    for (size_t k = 0; k < m; ++k) {
+        const Limb c0 = f.reduceTwice(f.reduceFourTimes(out[k]));
+        const Limb c1 =
+            f.reduceTwice(f.mulShoup(out[k + m], psiInverse[-2 * ptrdiff_t(k)], psiInverse[1 - 2 * ptrdiff_t(k)]));
+        const Limb c2 =
+            f.reduceTwice(f.mulShoup(out[k + 2 * m], psiInverse[-4 * ptrdiff_t(k)], psiInverse[1 - 4 * ptrdiff_t(k)]));
+        const Limb u = f.reduceTwice(f.mulShoup(f.sub(c1, c2), omega, omegaQ));
+        out[k] = f.add(f.add(c0, c1), c2);
+        out[k + m] = f.sub(f.sub(c0, c1), u);
+        out[k + 2 * m] = f.add(f.sub(c0, c2), u);
+    }
+}
+
 } // namespace
 
 size_t nttLength(size_t rn) noexcept
@@ -501,19 +606,27 @@ size_t nttProductLength(size_t rn) noexcept
     return n >= 8 && rn - 1 <= 3 * (n / 4) ? 3 * (n / 4) : n;
 }
 
+size_t nttWrappedLength(size_t limbs) noexcept
+{
+    const size_t n = nttLength(limbs + 1);
+    return n >= 8 && n / 4 <= CACHED_THIRDS_POINTS && limbs <= 3 * (n / 4) ? 3 * (n / 4) : n;
+}
+
 namespace {
 
-// The convolution of a and b of length n, cyclic for a power of two and the
-// plain product for 3 m (an + bn - 1 <= 3 m); its first `coefficients`
-// coefficients added up with carries into r[0, limbs) (limbs >= the
-// coefficients). Returns what carries out of r in carry[0..1].
+// The convolution of a and b of length n, cyclic for a power of two and for
+// 3 m when `cyclic`, otherwise the plain product for 3 m (an + bn - 1 <=
+// 3 m); its first `coefficients` coefficients added up with carries into
+// r[0, limbs) (limbs >= the coefficients). Returns what carries out of r in
+// carry[0..1].
 void convolveAndRebuild(Limb* r, size_t limbs, size_t n, size_t coefficients, const Limb* a, size_t an, const Limb* b,
-                        size_t bn, const Limb* fixed, Limb carry[2])
+                        size_t bn, const Limb* fixed, bool cyclic, Limb carry[2])
 {
     // Three residue vectors and the scratch of the transforms (the second
     // operand's); all written before they are read.
-    const bool split = (n & (n - 1)) != 0;
-    const size_t points = split ? 4 * (n / 3) : n;
+    const bool thirds = (n & (n - 1)) != 0;
+    const bool split = thirds && !cyclic;
+    const size_t points = split ? 4 * (n / 3) : thirds ? n / 3 : n;
     std::unique_ptr<Limb[]> buffer(new Limb[(split ? 3 * n + 6 * (n / 3) : 4 * n) + twiddleScratch(points)]);
     Limb* residues[3] = {buffer.get(), buffer.get() + n, buffer.get() + 2 * n};
     Limb* scratch = buffer.get() + 3 * n;
@@ -521,6 +634,10 @@ void convolveAndRebuild(Limb* r, size_t limbs, size_t n, size_t coefficients, co
         const PrimeField& f = field(i);
         if (split) {
             convolveSplit(residues[i], scratch, n / 3, a, an, b, bn, fixed ? fixed + i * n : nullptr, i);
+            continue;
+        }
+        if (thirds) {
+            convolveThirds(residues[i], scratch, n / 3, a, an, b, bn, fixed ? fixed + i * n : nullptr, i);
             continue;
         }
         convolve(residues[i], scratch, scratch + n, n, a, an, b, bn, fixed ? fixed + i * n : nullptr, i);
@@ -587,30 +704,46 @@ void nttMultiply(Limb* r, const Limb* a, size_t an, const Limb* b, size_t bn)
 {
     const size_t rn = an + bn;
     Limb carry[2];
-    convolveAndRebuild(r, rn, nttProductLength(rn), rn - 1, a, an, b, bn, nullptr, carry);
+    convolveAndRebuild(r, rn, nttProductLength(rn), rn - 1, a, an, b, bn, nullptr, false, carry);
 }
 
-void nttMultiplyWrapped(Limb* r, size_t n, const Limb* a, size_t an, const Limb* b, size_t bn)
+namespace {
+
+// r (n limbs) holds the coefficients of a cyclic convolution added up with
+// carries; B^n = 1, so what carried out of the top goes in at the bottom,
+// and the carry of that addition once more (it is then 1 at most).
+void wrapCarry(Limb* r, size_t n, const Limb carry[2]) noexcept
 {
-    Limb carry[2];
-    convolveAndRebuild(r, n, n, n, a, an, b, bn, nullptr, carry);
-    // B^n = 1: what carries out of the top goes in at the bottom, and the
-    // carry of that addition once more (it is then 1 at most).
     Limb c = add(r, r, n, carry, 2);
     while (c)
         c = add1(r, r, n, c);
 }
 
-NttOperand::NttOperand(const Limb* b, size_t bn, size_t rn)
-    : m_limbs(bn), m_length(nttProductLength(rn)), m_transforms(new Limb[3 * m_length])
+} // namespace
+
+void nttMultiplyWrapped(Limb* r, size_t n, const Limb* a, size_t an, const Limb* b, size_t bn)
 {
-    const bool split = (m_length & (m_length - 1)) != 0;
+    Limb carry[2];
+    convolveAndRebuild(r, n, n, n, a, an, b, bn, nullptr, true, carry);
+    wrapCarry(r, n, carry);
+}
+
+NttOperand::NttOperand(const Limb* b, size_t bn, size_t rn, NttShape shape)
+    : m_limbs(bn), m_length(shape == NttShape::Wrapped ? rn : nttProductLength(rn)),
+      m_wrapped(shape == NttShape::Wrapped), m_transforms(new Limb[3 * m_length])
+{
+    const bool thirds = (m_length & (m_length - 1)) != 0;
+    const bool split = thirds && !m_wrapped;
     const size_t m = m_length / 3;
-    std::unique_ptr<Limb[]> scratch(new Limb[twiddleScratch(split ? 4 * m : m_length)]);
+    std::unique_ptr<Limb[]> scratch(new Limb[twiddleScratch(split ? 4 * m : thirds ? m : m_length)]);
     for (int i = 0; i < 3; ++i) {
         const PrimeField& f = field(i);
         Limb* t = m_transforms.get() + i * m_length;
-        if (split) {
+        if (thirds && m_wrapped) {
+            const Twiddles tw(i, m, scratch.get());
+            loadThirds(t, m, b, bn, thirdsTwist(i, m).get(), f);
+            forwardThirds(t, m, tw.forward(), f);
+        } else if (split) {
             const Twiddles tw(i, 4 * m, scratch.get());
             loadSplit(t, t + 2 * m, m, b, bn, tw.forward() + 4 * m, f);
             forward(t, 2 * m, tw.forward(), f);
@@ -625,14 +758,19 @@ NttOperand::NttOperand(const Limb* b, size_t bn, size_t rn)
 
 bool NttOperand::fits(size_t an) const noexcept
 {
-    return an >= 1 && nttProductLength(an + m_limbs) == m_length;
+    return an >= 1 && (m_wrapped ? an <= m_length : nttProductLength(an + m_limbs) == m_length);
 }
 
 void NttOperand::multiply(Limb* r, const Limb* a, size_t an) const
 {
-    const size_t rn = an + m_limbs;
     Limb carry[2];
-    convolveAndRebuild(r, rn, m_length, rn - 1, a, an, nullptr, 0, m_transforms.get(), carry);
+    if (m_wrapped) {
+        convolveAndRebuild(r, m_length, m_length, m_length, a, an, nullptr, 0, m_transforms.get(), true, carry);
+        wrapCarry(r, m_length, carry);
+        return;
+    }
+    const size_t rn = an + m_limbs;
+    convolveAndRebuild(r, rn, m_length, rn - 1, a, an, nullptr, 0, m_transforms.get(), false, carry);
 }
 
 } // namespace detail
