@@ -10,14 +10,15 @@
 
 namespace qvtest {
 
-// The result code of the qv::Exception the operation throws; 0 when it
-// throws nothing, which no failing case expects.
-template <class Operation>
+// The result code of the exception E the operation throws; 0 when it
+// throws nothing, which no failing case expects. Another exception type
+// passes out and fails the test.
+template <class E = qv::Exception, class Operation>
 qv::Result resultOf(Operation&& operation)
 {
     try {
         operation();
-    } catch (const qv::Exception& e) {
+    } catch (const E& e) {
         return e.getResult();
     }
     return 0;
