@@ -1,4 +1,5 @@
 #include "TestElements.h"
+#include "Thrown.h"
 
 #include <qv/core/Exception.h>
 #include <qv/lang/Str1.h>
@@ -86,12 +87,7 @@ TEST(StrBuf1Value, OverflowReportsBufferTooSmall)
     EXPECT_EQ(text(buffer), u"abcdefgh");
     EXPECT_EQ(buffer.getData()[8], u'\0');
 
-    try {
-        StrBuf1<4> small(u"too long");
-        FAIL();
-    } catch (const qv::Exception& e) {
-        EXPECT_EQ(e.getResult(), results::BUFFER_TOO_SMALL);
-    }
+    EXPECT_EQ(qvtest::resultOf([] { StrBuf1<4> small(u"too long"); }), results::BUFFER_TOO_SMALL);
     Str1 longer(u"more than four");
     StrBuf1<4> target(u"ok");
     EXPECT_THROW(target = longer, qv::ResultException);
