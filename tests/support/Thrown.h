@@ -38,6 +38,20 @@ std::string messageOf(Operation&& operation)
     return std::string();
 }
 
+// The same, for an exception whose result code must also be the expected one.
+template <class E, class Operation>
+std::string messageOf(Operation&& operation, qv::Result expected)
+{
+    try {
+        operation();
+    } catch (const E& e) {
+        EXPECT_EQ(e.getResult(), expected);
+        return e.getDescription().toUtf8();
+    }
+    ADD_FAILURE() << "nothing was thrown";
+    return std::string();
+}
+
 } // namespace qvtest
 
 #endif
