@@ -63,6 +63,7 @@ TEST(Str1Value, CompareHashAndCase)
     EXPECT_NE(upper.hashCode(), lower.hashCode());
     EXPECT_EQ(Str1(u"ab").hashCode(), 31u * u'a' + u'b');
     EXPECT_LT(Str1(u"ab").compare(Str1(u"abc")), 0);
+    EXPECT_GT(Str1(u"abc").compare(Str1(u"ab")), 0) << "the longer of two with one prefix sorts last";
     EXPECT_GT(Str1(u"b").compare(Str1(u"abc")), 0);
     EXPECT_EQ(Str1(u"ABC").compare(u"abc", 3, true), 0);
     EXPECT_TRUE(Str1(u"a") < Str1(u"b"));
