@@ -8,6 +8,7 @@
 
 #include <LocaleScope.h>
 #include <QvTextPrinting.h>
+#include <Thrown.h>
 #include <gtest/gtest.h>
 
 #include <string>
@@ -51,13 +52,9 @@ TEST(CodecRegistry, NamesAreFoundWhateverTheirCase)
 TEST(CodecRegistry, UnknownNamesThrowWithTheName)
 {
     for (const char16_t* name : {u"UTF-16", u"UTF-32", u"", u"latin9"}) {
-        try {
-            ByteToCharConverter::getConverter(name);
-            ADD_FAILURE() << String(name).toUtf8();
-        } catch (const UnknownEncodingException& e) {
-            EXPECT_EQ(e.getDescription(), String(name));
-            EXPECT_EQ(e.getResult(), static_cast<Result>(0x8BB34103u));
-        }
+        EXPECT_EQ(
+            qvtest::messageOf<UnknownEncodingException>([&] { ByteToCharConverter::getConverter(name); }, 0x8BB34103u),
+            String(name).toUtf8());
         EXPECT_THROW(CharToByteConverter::getConverter(name), UnknownEncodingException);
         EXPECT_FALSE(CodecManager::getInstance()->getEncoder(name));
         EXPECT_FALSE(CodecManager::getInstance()->getDecoder(name));

@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include "Thrown.h"
+
 #include <climits>
 #include <functional>
 #include <memory>
@@ -34,28 +36,27 @@ inline std::string messageOf(const qv::Exception& e)
 // Output elements of the longest character any converter writes at once.
 constexpr int32_t longestCharacter = 16;
 
-// Runs a decoder over all of bytes, giving it at most inStep bytes and
-// outStep output slots per call, then flushes. Checks the conversion
-// contract on every call: the return value is the number of units written,
-// and a call stops only when its input window is used up, its output window
-// is full or the next character does not fit in what is left of it (the
-// window then grows one slot at a time until it does).
-inline Text decodeAll(ByteToCharConverter& c, const Bytes& bytes, int inStep = INT_MAX, int outStep = INT_MAX)
+// Runs a converter over size input elements, giving it at most inStep of
+// them and outStep output slots per call, then flushes. Checks the
+// conversion contract on every call: the return value is the number of
+// elements written, and a call stops only when its input window is used up,
+// its output window is full or the next character does not fit in what is
+// left of it (the window then grows one slot at a time until it does).
+template <class CodePage, class Converter, class In, class Out>
+std::vector<Out> convertAll(Converter& c, const In* in, int32_t size, size_t capacity, int inStep, int outStep)
 {
-    const int32_t size = static_cast<int32_t>(bytes.size());
-    std::vector<char16_t> out(bytes.size() * 2 + 16);
-    const int32_t capacity = static_cast<int32_t>(out.size());
-    const signed char* in = reinterpret_cast<const signed char*>(bytes.data());
+    std::vector<Out> out(capacity);
+    const int32_t end = static_cast<int32_t>(capacity);
     int32_t ip = 0;
     int32_t op = 0;
     int32_t window = outStep;
     while (ip < size) {
         const int32_t inEnd = size - ip > inStep ? ip + inStep : size;
-        const int32_t outEnd = capacity - op > window ? op + window : capacity;
+        const int32_t outEnd = end - op > window ? op + window : end;
         const int32_t before = op;
         const int32_t written = c.convert(in, &ip, inEnd, out.data(), &op, outEnd);
         EXPECT_EQ(written, op - before);
-        if (ip != inEnd && op != outEnd && outEnd - op < longestCharacter && outEnd < capacity) {
+        if (ip != inEnd && op != outEnd && outEnd - op < longestCharacter && outEnd < end) {
             window = outEnd - op + 1;
             continue;
         }
@@ -65,8 +66,7 @@ inline Text decodeAll(ByteToCharConverter& c, const Bytes& bytes, int inStep = I
             // they are about to reject; the next call must throw.
             const int32_t ipStopped = ip;
             const int32_t opStopped = op;
-            EXPECT_TRUE(dynamic_cast<BTCCodePage*>(&c) != nullptr)
-                << "stopped early at input " << ip << ", output " << op;
+            EXPECT_TRUE(dynamic_cast<CodePage*>(&c) != nullptr) << "stopped early at input " << ip << ", output " << op;
             c.convert(in, &ip, inEnd, out.data(), &op, outEnd);
             ADD_FAILURE() << "a call that stopped early at input " << ipStopped << ", output " << opStopped
                           << " was followed by one that did not throw";
@@ -74,7 +74,7 @@ inline Text decodeAll(ByteToCharConverter& c, const Bytes& bytes, int inStep = I
         }
     }
     for (;;) {
-        const int32_t outEnd = capacity - op > outStep ? op + outStep : capacity;
+        const int32_t outEnd = end - op > outStep ? op + outStep : end;
         const int32_t before = op;
         const int32_t written = c.flush(out.data(), &op, outEnd);
         EXPECT_EQ(written, op - before);
@@ -82,51 +82,23 @@ inline Text decodeAll(ByteToCharConverter& c, const Bytes& bytes, int inStep = I
             break;
         }
     }
-    return Text(out.data(), static_cast<size_t>(op));
+    out.resize(static_cast<size_t>(op));
+    return out;
+}
+
+inline Text decodeAll(ByteToCharConverter& c, const Bytes& bytes, int inStep = INT_MAX, int outStep = INT_MAX)
+{
+    const std::vector<char16_t> out = convertAll<BTCCodePage, ByteToCharConverter, signed char, char16_t>(
+        c, reinterpret_cast<const signed char*>(bytes.data()), static_cast<int32_t>(bytes.size()),
+        bytes.size() * 2 + 16, inStep, outStep);
+    return Text(out.begin(), out.end());
 }
 
 inline Bytes encodeAll(CharToByteConverter& c, const Text& text, int inStep = INT_MAX, int outStep = INT_MAX)
 {
-    const int32_t size = static_cast<int32_t>(text.size());
-    std::vector<signed char> out(text.size() * 8 + 16);
-    const int32_t capacity = static_cast<int32_t>(out.size());
-    int32_t ip = 0;
-    int32_t op = 0;
-    int32_t window = outStep;
-    while (ip < size) {
-        const int32_t inEnd = size - ip > inStep ? ip + inStep : size;
-        const int32_t outEnd = capacity - op > window ? op + window : capacity;
-        const int32_t before = op;
-        const int32_t written = c.convert(text.data(), &ip, inEnd, out.data(), &op, outEnd);
-        EXPECT_EQ(written, op - before);
-        if (ip != inEnd && op != outEnd && outEnd - op < longestCharacter && outEnd < capacity) {
-            window = outEnd - op + 1;
-            continue;
-        }
-        window = outStep;
-        if (ip != inEnd && op != outEnd) {
-            // Only the code-page converters stop early, just before an element
-            // they are about to reject; the next call must throw.
-            const int32_t ipStopped = ip;
-            const int32_t opStopped = op;
-            EXPECT_TRUE(dynamic_cast<CTBCodePage*>(&c) != nullptr)
-                << "stopped early at input " << ip << ", output " << op;
-            c.convert(text.data(), &ip, inEnd, out.data(), &op, outEnd);
-            ADD_FAILURE() << "a call that stopped early at input " << ipStopped << ", output " << opStopped
-                          << " was followed by one that did not throw";
-            break;
-        }
-    }
-    for (;;) {
-        const int32_t outEnd = capacity - op > outStep ? op + outStep : capacity;
-        const int32_t before = op;
-        const int32_t written = c.flush(out.data(), &op, outEnd);
-        EXPECT_EQ(written, op - before);
-        if (written == 0) {
-            break;
-        }
-    }
-    return Bytes(reinterpret_cast<const char*>(out.data()), static_cast<size_t>(op));
+    const std::vector<signed char> out = convertAll<CTBCodePage, CharToByteConverter, char16_t, signed char>(
+        c, text.data(), static_cast<int32_t>(text.size()), text.size() * 8 + 16, inStep, outStep);
+    return Bytes(out.begin(), out.end());
 }
 
 // UTF-16 of a sequence of code points.

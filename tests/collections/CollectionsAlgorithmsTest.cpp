@@ -2,6 +2,7 @@
 // read-only wrappers, collections that contain themselves through others,
 // and the allocation-failure sweep on sublists, views and sort.
 #include "TestElements.h"
+#include "Thrown.h"
 
 #include <qv/collections/qvcom/ArrayList.h>
 #include <qv/collections/qvcom/Collections.h>
@@ -163,12 +164,8 @@ TYPED_TEST(ListAlgorithms, ReorderingHelpersAndExtremes)
     EXPECT_EQ(valuesOf(*failing), before);
     failing->add(makeReference<ComObject>()->GetUnknown()); // no IQVComparable
     failing->add(nullptr);
-    try {
-        Collections::sort(*failing);
-        ADD_FAILURE() << "sorting an element without IQVComparable did not throw";
-    } catch (const ResultException& e) {
-        EXPECT_EQ(e.getResult(), results::NOINTERFACE);
-    }
+    EXPECT_EQ(qvtest::resultOf<ResultException>([&] { Collections::sort(*failing); }), results::NOINTERFACE)
+        << "sorting an element without IQVComparable";
     failing->removeAt(8);
     Collections::sort(*failing); // null first, then by value
     EXPECT_EQ(valueOf(failing->get(0).get()), -1);

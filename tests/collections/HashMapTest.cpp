@@ -1,4 +1,5 @@
 #include "TestElements.h"
+#include "Thrown.h"
 
 #include <qv/collections/qvcom/ArrayList.h>
 #include <qv/collections/qvcom/HashMap.h>
@@ -96,12 +97,7 @@ TEST(HashMapTable, RejectsUnusableSizes)
     EXPECT_THROW(HashMap(0, 0.75f), ResultException);
     EXPECT_THROW(HashMap(101, 0.0f), ResultException);
     EXPECT_THROW(HashMap(101, -1.0f), ResultException);
-    try {
-        HashMap map(-5, 0.75f);
-        FAIL();
-    } catch (const Exception& e) {
-        EXPECT_EQ(e.getResult(), results::INVALIDARG);
-    }
+    EXPECT_EQ(qvtest::resultOf([] { HashMap map(-5, 0.75f); }), results::INVALIDARG);
 }
 
 TEST(HashMapOrder, CollidingKeysComeNewestFirst)
@@ -222,12 +218,7 @@ TEST(HashMapComparators, FailureLeavesTheMapUnchanged)
     Reference<HashMap> map = makeReference<HashMap>(failing.get(), nullptr);
     map->put(unk(key(1)), unk(key(10)));
     Reference<HashMapIterator> it = map->createKeyIterator();
-    try {
-        map->put(unk(key(13)), unk(key(1)));
-        FAIL();
-    } catch (const Exception& e) {
-        EXPECT_EQ(e.getResult(), qvtest::FailingComparator::FAILURE);
-    }
+    EXPECT_EQ(qvtest::resultOf([&] { map->put(unk(key(13)), unk(key(1))); }), qvtest::FailingComparator::FAILURE);
     EXPECT_EQ(map->getSize(), 1);
     EXPECT_NO_THROW(it->next());
 
@@ -250,12 +241,7 @@ TEST(HashMapComparators, StringKeysWithAndWithoutCase)
     EXPECT_EQ(idOf(folded.get(lower->GetUnknown()).get()), 1);
 
     // A key the comparator cannot judge is refused.
-    try {
-        exact.put(unk(key(3)), nullptr);
-        FAIL();
-    } catch (const Exception& e) {
-        EXPECT_EQ(e.getResult(), results::INVALIDARG);
-    }
+    EXPECT_EQ(qvtest::resultOf([&] { exact.put(unk(key(3)), nullptr); }), results::INVALIDARG);
     EXPECT_EQ(exact.getSize(), 1);
 }
 

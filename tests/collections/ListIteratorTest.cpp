@@ -8,6 +8,7 @@
 #include <qv/lang/String.h>
 
 #include <ListOperations.h>
+#include <Thrown.h>
 #include <gtest/gtest.h>
 
 #include <random>
@@ -26,12 +27,7 @@ namespace {
 template <class Operation>
 std::string messageOf(Operation operation)
 {
-    try {
-        operation();
-    } catch (const Exception& e) {
-        return e.getDescription().toUtf8();
-    }
-    return "(nothing thrown)";
+    return qvtest::messageOf<Exception>(operation);
 }
 
 } // namespace

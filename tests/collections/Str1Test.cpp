@@ -1,4 +1,5 @@
 #include "TestElements.h"
+#include "Thrown.h"
 
 #include <qv/core/Exception.h>
 #include <qv/lang/Str1.h>
@@ -62,6 +63,7 @@ TEST(Str1Value, CompareHashAndCase)
     EXPECT_NE(upper.hashCode(), lower.hashCode());
     EXPECT_EQ(Str1(u"ab").hashCode(), 31u * u'a' + u'b');
     EXPECT_LT(Str1(u"ab").compare(Str1(u"abc")), 0);
+    EXPECT_GT(Str1(u"abc").compare(Str1(u"ab")), 0) << "the longer of two with one prefix sorts last";
     EXPECT_GT(Str1(u"b").compare(Str1(u"abc")), 0);
     EXPECT_EQ(Str1(u"ABC").compare(u"abc", 3, true), 0);
     EXPECT_TRUE(Str1(u"a") < Str1(u"b"));
@@ -86,12 +88,7 @@ TEST(StrBuf1Value, OverflowReportsBufferTooSmall)
     EXPECT_EQ(text(buffer), u"abcdefgh");
     EXPECT_EQ(buffer.getData()[8], u'\0');
 
-    try {
-        StrBuf1<4> small(u"too long");
-        FAIL();
-    } catch (const qv::Exception& e) {
-        EXPECT_EQ(e.getResult(), results::BUFFER_TOO_SMALL);
-    }
+    EXPECT_EQ(qvtest::resultOf([] { StrBuf1<4> small(u"too long"); }), results::BUFFER_TOO_SMALL);
     Str1 longer(u"more than four");
     StrBuf1<4> target(u"ok");
     EXPECT_THROW(target = longer, qv::ResultException);

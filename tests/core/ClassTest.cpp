@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include "Thrown.h"
+
 #include <cstdio>
 
 namespace {
@@ -47,12 +49,8 @@ TEST(Class, LookupByNameAndCreate)
 
 TEST(Class, UnknownNameOrTypeThrowsWithTheName)
 {
-    try {
-        qv::Class::forName(u"qv::NoSuchClass");
-        FAIL();
-    } catch (const qv::ClassNotFoundException& e) {
-        EXPECT_TRUE(e.getDescription().equals(u"qv::NoSuchClass"));
-    }
+    EXPECT_EQ(qvtest::messageOf<qv::ClassNotFoundException>([] { qv::Class::forName(u"qv::NoSuchClass"); }),
+              "qv::NoSuchClass");
     EXPECT_THROW(qv::Class::forName(u"qv::exception"), qv::ClassNotFoundException);
     EXPECT_THROW(qv::Class::forType(&typeid(Unregistered)), qv::ClassNotFoundException);
     EXPECT_THROW(qv::Class::forName(static_cast<const char16_t*>(nullptr)), qv::ClassNotFoundException);

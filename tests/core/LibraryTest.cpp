@@ -10,6 +10,8 @@
 
 #include <gtest/gtest.h>
 
+#include "Thrown.h"
+
 #include <new>
 
 // Loading the library has already started it once.
@@ -50,12 +52,7 @@ TEST(Library, NewHandlerThrowsOutOfMemoryWhileStarted)
 {
     std::new_handler installed = std::get_new_handler();
     ASSERT_NE(installed, nullptr);
-    try {
-        installed();
-        FAIL();
-    } catch (const qv::OutOfMemoryException& e) {
-        EXPECT_EQ(e.getResult(), static_cast<qv::Result>(0x8007000Eu));
-    }
+    EXPECT_EQ(qvtest::resultOf<qv::OutOfMemoryException>(installed), static_cast<qv::Result>(0x8007000Eu));
     EXPECT_EQ(QVCLLibUninit(), 0);
     EXPECT_EQ(std::get_new_handler(), nullptr);
     EXPECT_EQ(QVCLLibInit(), 0);

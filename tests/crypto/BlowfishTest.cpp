@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include "Thrown.h"
+
 #include <cstring>
 #include <string>
 #include <vector>
@@ -259,12 +261,7 @@ TEST(BlowfishTest, ArgumentChecks)
     const std::vector<uint8_t> iv = fromHex(kModeIv);
     uint8_t buffer[16] = {};
     auto expectCode = [](auto&& call, qv::Result code) {
-        try {
-            call();
-            ADD_FAILURE() << "no exception";
-        } catch (const qv::ResultException& e) {
-            EXPECT_EQ(e.getResult(), code);
-        }
+        EXPECT_EQ(qvtest::resultOf<qv::ResultException>(call), code);
     };
     expectCode([&] { BlowfishCipher(cipher, BlowfishCipher::ENCRYPT, Blowfish::CBC, Blowfish::NO_PADDING); },
                qv::Result(0x80070057));

@@ -7,6 +7,8 @@
 #include <QvTextPrinting.h>
 #include <gtest/gtest.h>
 
+#include "Thrown.h"
+
 #include <cstring>
 #include <new>
 #include <string>
@@ -145,12 +147,8 @@ TEST(StringNarrow, CallerBufferMustHoldBytesAndNul)
     EXPECT_STREQ(out, "caf\xC3\xA9");
 
     std::memset(out, 'x', sizeof(out));
-    try {
-        cafe.getBytes(out, 5, u"UTF-8");
-        ADD_FAILURE() << "no room for the NUL";
-    } catch (const qv::ResultException& e) {
-        EXPECT_EQ(e.getResult(), kTooSmall);
-    }
+    EXPECT_EQ(qvtest::resultOf<qv::ResultException>([&] { cafe.getBytes(out, 5, u"UTF-8"); }), kTooSmall)
+        << "no room for the NUL";
     EXPECT_EQ(out[0], '\0');
     EXPECT_THROW(cafe.getBytes(out, 3, u"UTF-8"), qv::ResultException);
     EXPECT_EQ(out[0], '\0');

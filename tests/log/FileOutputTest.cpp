@@ -1,5 +1,6 @@
 #include "AllocationSweep.h"
 #include "LogTestSupport.h"
+#include "Thrown.h"
 
 #include <qv/io/RotatingFileWriter.h>
 #include <qv/qvcl3.h>
@@ -120,13 +121,8 @@ TEST(RotatingFileWriterTest, FailedRenameOrOpenThrowsAndLosesNothingWritten)
     // A non-empty directory where the backup must go makes the rename fail.
     ASSERT_EQ(mkdir((path + ".1").c_str(), 0700), 0);
     ASSERT_EQ(mkdir((path + ".1/keep").c_str(), 0700), 0);
-    try {
-        file->write(String(u"second...\n"));
-        ADD_FAILURE() << "no exception";
-    } catch (const io::IoException& e) {
-        EXPECT_EQ(e.getDescription().toUtf8().rfind("cannot rename file: " + path + ": ", 0), 0u)
-            << e.getDescription().toUtf8();
-    }
+    const std::string renameFailure = qvtest::messageOf<io::IoException>([&] { file->write(String(u"second...\n")); });
+    EXPECT_EQ(renameFailure.rfind("cannot rename file: " + path + ": ", 0), 0u) << renameFailure;
     EXPECT_EQ(readFile(path), "first....\n");
     std::system(("rm -rf '" + path + ".1'").c_str());
     file->write(String(u"third....\n"));

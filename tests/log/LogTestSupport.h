@@ -74,15 +74,30 @@ inline std::vector<std::string> names(const qv::log::ILogEntry* entry)
     return result;
 }
 
-// Polls done every 5 ms for up to 10 s (workers on a loaded machine).
-inline bool waitFor(const std::function<bool()>& done)
+// Polls done every 5 ms for up to the given seconds (workers on a loaded
+// machine).
+inline bool waitFor(const std::function<bool()>& done, int seconds = 10)
 {
-    for (int i = 0; i < 2000; ++i) {
+    for (int i = 0; i < seconds * 200; ++i) {
         if (done())
             return true;
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
     return done();
+}
+
+inline STRUCT_QV_TIME timeOf(uint16_t year, uint16_t month, uint16_t day, uint16_t hour, uint16_t minute,
+                             uint16_t second, uint16_t ms)
+{
+    STRUCT_QV_TIME t{};
+    t.wYear = year;
+    t.wMonth = month;
+    t.wDay = day;
+    t.wHour = hour;
+    t.wMinute = minute;
+    t.wSecond = second;
+    t.wMilliseconds = ms;
+    return t;
 }
 
 inline std::string tempPath(const char* stem)

@@ -1,5 +1,6 @@
 #include "AllocationSweep.h"
 #include "LogTestSupport.h"
+#include "Thrown.h"
 
 #include <qv/qvcl3.h>
 
@@ -30,6 +31,15 @@ std::set<std::string> nameSet(const ILogEntry* entry)
 {
     std::vector<std::string> all = names(entry);
     return std::set<std::string>(all.begin(), all.end());
+}
+
+std::vector<std::string> keyOrder(collections::StringHashMap& map)
+{
+    std::vector<std::string> order;
+    auto it = map.createIterator();
+    while (it.hasNext())
+        order.push_back(it.next().getKey().toUtf8());
+    return order;
 }
 
 } // namespace
@@ -184,12 +194,7 @@ TEST(LoggerTest, ClockFailurePropagatesFromLog)
     auto sink = attach(logger);
     logger.enableField(u"timestamp", true);
     ASSERT_EQ(QVFaultArm("QVTimeGetLocal", 1, static_cast<QVRESULT>(0x80004005)), 0);
-    try {
-        logger.log(0, u"x");
-        ADD_FAILURE() << "no exception";
-    } catch (const ResultException& e) {
-        EXPECT_EQ(static_cast<uint32_t>(e.getResult()), 0x80004005u);
-    }
+    EXPECT_EQ(static_cast<uint32_t>(qvtest::resultOf<ResultException>([&] { logger.log(0, u"x"); })), 0x80004005u);
     QVFaultDisarmAll();
     EXPECT_EQ(sink->count(), 0u);
 }
@@ -258,14 +263,7 @@ TEST(LogEntryTest, NamesComeInTheMapOrderAndTheIteratorAgrees)
         entry->setField(key, value.get());
         reference.put(String(key), value->GetUnknown());
     }
-    auto mapOrder = [&] {
-        std::vector<std::string> order;
-        auto it = reference.createIterator();
-        while (it.hasNext())
-            order.push_back(it.next().getKey().toUtf8());
-        return order;
-    };
-    const std::vector<std::string> expected = mapOrder();
+    const std::vector<std::string> expected = keyOrder(reference);
     EXPECT_EQ(names(entry.get()), expected);
 
     qv::log::qvcom::IFieldIterator* raw = nullptr;
@@ -292,11 +290,7 @@ TEST(LogEntryTest, NamesComeInTheMapOrderAndTheIteratorAgrees)
         const String key = String(u"f").append(String::valueOf(i % 3 == 2 ? i / 2 : i));
         many->setField(key, value.get());
         manyReference.put(key, value->GetUnknown());
-        std::vector<std::string> order;
-        auto it = manyReference.createIterator();
-        while (it.hasNext())
-            order.push_back(it.next().getKey().toUtf8());
-        ASSERT_EQ(names(many.get()), order) << "after " << i + 1 << " puts";
+        ASSERT_EQ(names(many.get()), keyOrder(manyReference)) << "after " << i + 1 << " puts";
     }
     EXPECT_TRUE(many->hasField(u"f10"));
     EXPECT_EQ(many->HasField(u"f238"), 0);
@@ -437,19 +431,6 @@ TEST(LogEntryTest, ComponentFaceReportsAllocationFailureAsCode)
 
 namespace {
 
-STRUCT_QV_TIME makeTime(int y, int mo, int d, int h, int mi, int s, int ms)
-{
-    STRUCT_QV_TIME t{};
-    t.wYear = static_cast<uint16_t>(y);
-    t.wMonth = static_cast<uint16_t>(mo);
-    t.wDay = static_cast<uint16_t>(d);
-    t.wHour = static_cast<uint16_t>(h);
-    t.wMinute = static_cast<uint16_t>(mi);
-    t.wSecond = static_cast<uint16_t>(s);
-    t.wMilliseconds = static_cast<uint16_t>(ms);
-    return t;
-}
-
 std::string localeForm(const STRUCT_QV_TIME& t, const char* format)
 {
     tm broken{};
@@ -470,10 +451,10 @@ std::string localeForm(const STRUCT_QV_TIME& t, const char* format)
 
 TEST(TimeStampTest, CompactFormAndConstructors)
 {
-    EXPECT_EQ(TimeStamp(makeTime(2014, 3, 5, 7, 8, 9, 10)).toLog().toUtf8(), "20140305070809.010");
-    EXPECT_EQ(TimeStamp(makeTime(1999, 12, 31, 23, 59, 59, 999)).toLog().toUtf8(), "19991231235959.999");
-    EXPECT_EQ(TimeStamp(makeTime(999, 1, 2, 3, 4, 5, 6)).toLog().toUtf8(), "9990102030405.006");
-    EXPECT_EQ(TimeStamp(makeTime(2000, 1, 1, 0, 0, 0, 0)).toLog().toUtf8(), "20000101000000.000");
+    EXPECT_EQ(TimeStamp(logtest::timeOf(2014, 3, 5, 7, 8, 9, 10)).toLog().toUtf8(), "20140305070809.010");
+    EXPECT_EQ(TimeStamp(logtest::timeOf(1999, 12, 31, 23, 59, 59, 999)).toLog().toUtf8(), "19991231235959.999");
+    EXPECT_EQ(TimeStamp(logtest::timeOf(999, 1, 2, 3, 4, 5, 6)).toLog().toUtf8(), "9990102030405.006");
+    EXPECT_EQ(TimeStamp(logtest::timeOf(2000, 1, 1, 0, 0, 0, 0)).toLog().toUtf8(), "20000101000000.000");
 
     STRUCT_QV_TIME epoch{};
     ASSERT_EQ(QVTimeFromPosix(86400 * 365, 1, &epoch), 0);
@@ -490,7 +471,7 @@ TEST(TimeStampTest, CompactFormAndConstructors)
 
 TEST(TimeStampTest, LocaleFormsFollowTheProcessLocale)
 {
-    STRUCT_QV_TIME t = makeTime(2014, 3, 5, 7, 8, 9, 10);
+    STRUCT_QV_TIME t = logtest::timeOf(2014, 3, 5, 7, 8, 9, 10);
     t.wDayOfWeek = 3;
     TimeStamp stamp(t);
     EXPECT_EQ(stamp.toString().toUtf8(), localeForm(t, "%x") + " " + localeForm(t, "%X"));
@@ -509,14 +490,10 @@ TEST(TimeStampTest, FormattingAndClockFailuresThrowTheirCodes)
 {
     if (!qvtest::allocationFaultsAvailable())
         GTEST_SKIP() << "fault injection not built";
-    TimeStamp stamp(makeTime(2014, 3, 5, 7, 8, 9, 10));
+    TimeStamp stamp(logtest::timeOf(2014, 3, 5, 7, 8, 9, 10));
     ASSERT_EQ(QVFaultArm("QVTimeFormat", 1, static_cast<QVRESULT>(0x80070008)), 0);
-    try {
-        (void)stamp.toString(true);
-        ADD_FAILURE() << "no exception";
-    } catch (const ResultException& e) {
-        EXPECT_EQ(static_cast<uint32_t>(e.getResult()), 0x80070008u);
-    }
+    EXPECT_EQ(static_cast<uint32_t>(qvtest::resultOf<ResultException>([&] { (void)stamp.toString(true); })),
+              0x80070008u);
     QVFaultDisarmAll();
     ASSERT_EQ(QVFaultArm("QVTimeGetSystem", 1, static_cast<QVRESULT>(0x80004005)), 0);
     EXPECT_THROW(TimeStamp(false), ResultException);

@@ -1,5 +1,6 @@
 #include "AllocationSweep.h"
 #include "LogTestSupport.h"
+#include "Thrown.h"
 
 #include <qv/qvcl3.h>
 
@@ -126,12 +127,10 @@ TEST(LogWriterTest, WriterFailurePassesOutOfProcess)
 {
     Reference<ThrowingWriter> broken(new ThrowingWriter());
     Reference<ILogProcessor> writer = BasicLogWriter::create(broken.get());
-    try {
-        writer->process(entryWith({{u"text", u"lost"}}).get());
-        ADD_FAILURE() << "no exception";
-    } catch (const ResultException& e) {
-        EXPECT_EQ(static_cast<uint32_t>(e.getResult()), 0x80070070u);
-    }
+    EXPECT_EQ(static_cast<uint32_t>(qvtest::resultOf<ResultException>([&] {
+                  writer->process(entryWith({{u"text", u"lost"}}).get());
+              })),
+              0x80070070u);
     EXPECT_THROW(BasicLogWriter::create(nullptr), ResultException);
 }
 
@@ -411,20 +410,14 @@ TEST(QvcomProcessorTest, ComponentFaceCodesAndMissingInterface)
     EXPECT_EQ(sink->seenHasText, 1);
 
     sink->code = static_cast<Result>(0x80070005);
-    try {
-        bridge->process(entryWith({{u"text", u"t"}}).get());
-        ADD_FAILURE() << "no exception";
-    } catch (const ResultException& e) {
-        EXPECT_EQ(static_cast<uint32_t>(e.getResult()), 0x80070005u);
-    }
+    EXPECT_EQ(static_cast<uint32_t>(qvtest::resultOf<ResultException>([&] {
+                  bridge->process(entryWith({{u"text", u"t"}}).get());
+              })),
+              0x80070005u);
 
     Reference<NativeOnlyEntry> native(new NativeOnlyEntry());
-    try {
-        bridge->process(native.get());
-        ADD_FAILURE() << "no exception";
-    } catch (const ResultException& e) {
-        EXPECT_EQ(static_cast<uint32_t>(e.getResult()), 0x80004002u);
-    }
+    EXPECT_EQ(static_cast<uint32_t>(qvtest::resultOf<ResultException>([&] { bridge->process(native.get()); })),
+              0x80004002u);
     EXPECT_EQ(sink->calls, 3);
 }
 

@@ -49,17 +49,6 @@ uint16_t freePort(int type)
     return ntohs(address.sin_port);
 }
 
-bool waitUntil(const std::function<bool()>& done, int seconds)
-{
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
-    while (!done()) {
-        if (std::chrono::steady_clock::now() > deadline)
-            return false;
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
-    return true;
-}
-
 // An rsyslogd of this test's own: UDP and TCP inputs on loopback ports, a
 // unix socket input in a temporary directory, every message written to one
 // file as "facility severity app-name structured-data message".
@@ -107,7 +96,7 @@ public:
                   static_cast<char*>(nullptr));
             _exit(127);
         }
-        return waitUntil(
+        return logtest::waitFor(
             [&] {
                 struct stat status;
                 return accepts() && stat(socketPath().c_str(), &status) == 0;
@@ -129,7 +118,7 @@ public:
     std::vector<std::string> linesWith(const std::string& marker, size_t count) const
     {
         std::vector<std::string> lines;
-        waitUntil(
+        logtest::waitFor(
             [&] {
                 lines.clear();
                 const std::string text = readFile(output());
@@ -279,7 +268,7 @@ TEST_F(SyslogTest, LocalSocketAndUdpDeliverEveryMessageWithItsFields)
     udp->mapLevel(4, 16, 2);
     // imudp may bind after imtcp listens: probe until a datagram arrives.
     int probes = 0;
-    ASSERT_TRUE(waitUntil(
+    ASSERT_TRUE(logtest::waitFor(
         [&] {
             udp->process(entryNumber("probe", probes++, 0).get());
             return readFile(m_server->output()).find("probe message") != std::string::npos;

@@ -12,6 +12,7 @@
 
 using namespace qv;
 using namespace qv::log;
+using logtest::timeOf;
 
 namespace {
 
@@ -26,20 +27,6 @@ std::string compactByBigDecimal(const STRUCT_QV_TIME& t)
         value = value * hundred + BigInteger(static_cast<int>(part));
     value = value * BigInteger(1000) + BigInteger(static_cast<int>(t.wMilliseconds));
     return math::BigDecimal(value, 3).toString().toUtf8();
-}
-
-STRUCT_QV_TIME timeOf(uint16_t year, uint16_t month, uint16_t day, uint16_t hour, uint16_t minute, uint16_t second,
-                      uint16_t ms)
-{
-    STRUCT_QV_TIME t{};
-    t.wYear = year;
-    t.wMonth = month;
-    t.wDay = day;
-    t.wHour = hour;
-    t.wMinute = minute;
-    t.wSecond = second;
-    t.wMilliseconds = ms;
-    return t;
 }
 
 // A value whose text is its own, and which may fail once.

@@ -9,6 +9,8 @@
 
 #include <gtest/gtest.h>
 
+#include "Thrown.h"
+
 #include <cmath>
 #include <limits>
 #include <string>
@@ -20,14 +22,6 @@ namespace {
 const qv::Result INVALID_ARGUMENT = static_cast<qv::Result>(0x80070057u);
 const qv::Result DIVISION_BY_ZERO = static_cast<qv::Result>(0x80020012u);
 
-std::string narrow(const qv::String& s)
-{
-    std::string out;
-    for (int32_t i = 0; i < s.getLength(); ++i)
-        out += static_cast<char>(s.getData()[i]);
-    return out;
-}
-
 qv::String wide(const char* s)
 {
     std::u16string w(s, s + std::char_traits<char>::length(s));
@@ -37,26 +31,13 @@ qv::String wide(const char* s)
 template <class F>
 std::string resultMessage(F f, qv::Result expected)
 {
-    try {
-        f();
-    } catch (const qv::ResultException& e) {
-        EXPECT_EQ(e.getResult(), expected);
-        return narrow(e.getDescription());
-    }
-    ADD_FAILURE() << "no ResultException";
-    return std::string();
+    return qvtest::messageOf<qv::ResultException>(f, expected);
 }
 
 template <class F>
 std::string rangeMessage(F f)
 {
-    try {
-        f();
-    } catch (const qv::RangeErrorException& e) {
-        return narrow(e.getDescription());
-    }
-    ADD_FAILURE() << "no RangeErrorException";
-    return std::string();
+    return qvtest::messageOf<qv::RangeErrorException>(f);
 }
 
 BigInteger big(const char* text, int radix = 10)
@@ -111,11 +92,11 @@ TEST(BigInteger, ParsesEveryRadixAndRejectsMalformedText)
 
 TEST(BigInteger, PrintsInLowerCaseInAnyRadix)
 {
-    EXPECT_EQ(narrow(BigInteger(255).toString(16)), "ff");
-    EXPECT_EQ(narrow(BigInteger(-255).toString(2)), "-11111111");
-    EXPECT_EQ(narrow(BigInteger(35).toString(36)), "z");
-    EXPECT_EQ(narrow(BigInteger().toString(7)), "0");
-    EXPECT_EQ(narrow(big("-123456789012345678901234567890").toString()), "-123456789012345678901234567890");
+    EXPECT_EQ(BigInteger(255).toString(16).toUtf8(), "ff");
+    EXPECT_EQ(BigInteger(-255).toString(2).toUtf8(), "-11111111");
+    EXPECT_EQ(BigInteger(35).toString(36).toUtf8(), "z");
+    EXPECT_EQ(BigInteger().toString(7).toUtf8(), "0");
+    EXPECT_EQ(big("-123456789012345678901234567890").toString().toUtf8(), "-123456789012345678901234567890");
 }
 
 TEST(BigInteger, IntegerConversionsKeepTheLowBits)
@@ -316,7 +297,7 @@ TEST(BigInteger, ObjectRulesEqualityHashingAndComparison)
     ASSERT_NE(copy, nullptr);
     EXPECT_EQ(copy->GetRefCount(), 0);
     EXPECT_TRUE(copy->equals(a));
-    EXPECT_EQ(narrow(copy->toString()), "340282366920938463463374607431768211457");
+    EXPECT_EQ(copy->toString().toUtf8(), "340282366920938463463374607431768211457");
     copy->AddRef();
     copy->Release();
 }

@@ -8,6 +8,7 @@
 #include <qv/util/RegistryKey.h>
 
 #include "TempRegistry.h"
+#include "Thrown.h"
 
 #include <iconv.h>
 
@@ -123,12 +124,8 @@ TEST_F(Component, TheEncoderAdapterPassesSubstitutionOnAndMapsFailures)
     EXPECT_EQ(inPos, 0);
     EXPECT_EQ(outPos, 0);
     inPos = 5; // past the end of the input: the component refuses it
-    try {
-        encoder->convert(text, &inPos, 3, out, &outPos, 8);
-        ADD_FAILURE() << "no exception";
-    } catch (const qv::ResultException& e) {
-        EXPECT_EQ(e.getResult(), qv::results::INVALIDARG);
-    }
+    EXPECT_EQ(qvtest::resultOf<qv::ResultException>([&] { encoder->convert(text, &inPos, 3, out, &outPos, 8); }),
+              qv::results::INVALIDARG);
 }
 
 TEST_F(Component, CreationByProgIdFollowsCurVerAndReportsEveryMissingPiece)

@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include "Thrown.h"
+
 #include <set>
 #include <string>
 #include <unordered_set>
@@ -51,12 +53,7 @@ TEST(Guid, RefusesEverythingButTheBracedForm)
         EXPECT_FALSE(Guid::tryParse(bad, out));
     }
     EXPECT_EQ(QVComGUIDFromString(nullptr, &parsed), QV_E_POINTER);
-    try {
-        Guid::parse(u"{not a guid}");
-        ADD_FAILURE() << "no exception";
-    } catch (const qv::ResultException& e) {
-        EXPECT_EQ(e.getResult(), qv::results::INVALIDARG);
-    }
+    EXPECT_EQ(qvtest::resultOf<qv::ResultException>([] { Guid::parse(u"{not a guid}"); }), qv::results::INVALIDARG);
     EXPECT_THROW(Guid::parse(nullptr), qv::ResultException);
 }
 

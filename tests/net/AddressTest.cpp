@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include "Thrown.h"
+
 #include <netdb.h>
 
 #include <cerrno>
@@ -26,12 +28,7 @@ std::string format(const char* text)
 
 qv::Result parseFailure(const char* text)
 {
-    try {
-        InetAddress::parse(text);
-    } catch (const SocketException& e) {
-        return e.getResult();
-    }
-    return 0;
+    return qvtest::resultOf<SocketException>([&] { InetAddress::parse(text); });
 }
 
 } // namespace

@@ -14,6 +14,8 @@
 
 #include <gtest/gtest.h>
 
+#include "Thrown.h"
+
 #include <string>
 #include <thread>
 
@@ -110,12 +112,8 @@ TEST(Transport, MemoryPairBehavesLikeASocketThread)
     pair.second->close();
     EXPECT_EQ(pair.first->read(buffer, 8), 2);
     EXPECT_EQ(pair.first->read(buffer, 8), -1);
-    try {
-        pair.first->write("z", 1);
-        FAIL() << "wrote to a closed peer";
-    } catch (const SocketException& e) {
-        EXPECT_EQ(e.getResult(), QV_E_SOCKET_ECONNRESET);
-    }
+    EXPECT_EQ(qvtest::resultOf<SocketException>([&] { pair.first->write("z", 1); }), QV_E_SOCKET_ECONNRESET)
+        << "wrote to a closed peer";
     // A writer blocked on a full pipe is released when the reader goes.
     MemoryTransport::Pair small = MemoryTransport::createPair(2);
     std::thread closer([&] {

@@ -10,14 +10,15 @@
 
 namespace qvtest {
 
-// The result code of the qv::Exception the operation throws; 0 when it
-// throws nothing, which no failing case expects.
-template <class Operation>
+// The result code of the exception E the operation throws; 0 when it
+// throws nothing, which no failing case expects. Another exception type
+// passes out and fails the test.
+template <class E = qv::Exception, class Operation>
 qv::Result resultOf(Operation&& operation)
 {
     try {
         operation();
-    } catch (const qv::Exception& e) {
+    } catch (const E& e) {
         return e.getResult();
     }
     return 0;
@@ -31,6 +32,20 @@ std::string messageOf(Operation&& operation)
     try {
         operation();
     } catch (const E& e) {
+        return e.getDescription().toUtf8();
+    }
+    ADD_FAILURE() << "nothing was thrown";
+    return std::string();
+}
+
+// The same, for an exception whose result code must also be the expected one.
+template <class E, class Operation>
+std::string messageOf(Operation&& operation, qv::Result expected)
+{
+    try {
+        operation();
+    } catch (const E& e) {
+        EXPECT_EQ(e.getResult(), expected);
         return e.getDescription().toUtf8();
     }
     ADD_FAILURE() << "nothing was thrown";

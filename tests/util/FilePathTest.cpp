@@ -2,10 +2,10 @@
 #include <qv/util/FilePath.h>
 
 #include "QvTextPrinting.h"
+#include "Thrown.h"
 
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <unordered_set>
 
 using qv::String;
@@ -18,14 +18,10 @@ std::string normalised(const char16_t* text)
     return FilePath(text).getPath().toUtf8();
 }
 
-std::string refusal(const std::function<void()>& operation)
+template <class Operation>
+std::string refusal(Operation&& operation)
 {
-    try {
-        operation();
-    } catch (const qv::InvalidPathException& e) {
-        return e.getDescription().toUtf8();
-    }
-    return "nothing thrown";
+    return qvtest::messageOf<qv::InvalidPathException>(operation);
 }
 
 } // namespace
