@@ -163,11 +163,14 @@ namespace {
 class HostLogger : public Logger {
 public:
     int calls = 0;
+    bool fail = false;
 
 protected:
     void addCustomFields(ILogEntry* entry) override
     {
         ++calls;
+        if (fail)
+            throw IllegalStateException();
         Reference<String> host(new String(u"box1"));
         entry->setField(u"host", host.get());
     }
@@ -180,10 +183,57 @@ TEST(LoggerTest, CustomFieldsHookRunsForEveryEntry)
     HostLogger logger;
     auto sink = attach(logger);
     logger.enableField(u"host", false); // no switch: changes nothing
+    logger.enableField(u"sequence", true);
     logger.log(0, u"a");
+    // An entry whose building fails is not counted.
+    logger.fail = true;
+    EXPECT_THROW(logger.log(0, u"lost"), IllegalStateException);
+    logger.fail = false;
     logger.log(0, u"b");
-    EXPECT_EQ(logger.calls, 2);
+    EXPECT_EQ(logger.calls, 3);
+    ASSERT_EQ(sink->count(), 2u);
     EXPECT_EQ(field(sink->entries()[1].get(), u"host"), "box1");
+    EXPECT_EQ(field(sink->entries()[1].get(), u"sequence"), "1");
+}
+
+namespace {
+
+// Records what reaches the level face: a text-only call must come through it.
+class LevelRecordingLogger : public Logger {
+public:
+    using Logger::log;
+    LevelRecordingLogger() : Logger(String(u"order")) {}
+    std::vector<int> levels;
+    void log(int level, const String& text) override
+    {
+        levels.push_back(level);
+        Logger::log(level, text);
+    }
+};
+
+} // namespace
+
+TEST(LoggerTest, TextOnlyCallsGoThroughTheLevelFaceAndFieldsComeInTheMapOrder)
+{
+    LevelRecordingLogger logger;
+    auto sink = attach(logger);
+    logger.setDefaultLevel(4);
+    logger.log(u"plain");
+    static_cast<ILogger&>(logger).log(u"face");
+    EXPECT_EQ(logger.levels, (std::vector<int>{4, 4}));
+
+    // Every standard field on: the names come as a StringHashMap of the same
+    // size hands them out.
+    for (const char16_t* key : {u"sequence", u"thread", u"timestamp"})
+        logger.enableField(key, true);
+    logger.log(1, u"all");
+    collections::StringHashMap reference(101, 0.75f);
+    Reference<String> value(new String(u"v"));
+    for (const char16_t* key : {u"level", u"text", u"sequence", u"thread", u"timestamp", u"name"})
+        reference.put(String(key), value->GetUnknown());
+    ASSERT_EQ(sink->count(), 3u);
+    EXPECT_EQ(names(sink->entries()[2].get()), keyOrder(reference));
+    EXPECT_EQ(field(sink->entries()[2].get(), u"sequence"), "2");
 }
 
 TEST(LoggerTest, ClockFailurePropagatesFromLog)
@@ -193,10 +243,14 @@ TEST(LoggerTest, ClockFailurePropagatesFromLog)
     Logger logger;
     auto sink = attach(logger);
     logger.enableField(u"timestamp", true);
+    logger.enableField(u"sequence", true);
     ASSERT_EQ(QVFaultArm("QVTimeGetLocal", 1, static_cast<QVRESULT>(0x80004005)), 0);
     EXPECT_EQ(static_cast<uint32_t>(qvtest::resultOf<ResultException>([&] { logger.log(0, u"x"); })), 0x80004005u);
     QVFaultDisarmAll();
     EXPECT_EQ(sink->count(), 0u);
+    logger.log(0, u"y");
+    ASSERT_EQ(sink->count(), 1u);
+    EXPECT_EQ(field(sink->entries()[0].get(), u"sequence"), "0");
 }
 
 TEST(LoggerTest, AllocationFailureInLogLeavesLoggerUsable)
@@ -460,6 +514,8 @@ TEST(TimeStampTest, CompactFormAndConstructors)
     ASSERT_EQ(QVTimeFromPosix(86400 * 365, 1, &epoch), 0);
     TimeStamp fromSeconds(86400L * 365);
     EXPECT_EQ(fromSeconds.getTime().wYear, epoch.wYear);
+    // A plain int literal counts seconds too, never picks the bool form.
+    EXPECT_EQ(TimeStamp(86400 * 365).toLog().toUtf8(), fromSeconds.toLog().toUtf8());
     EXPECT_EQ(fromSeconds.getTime().wDay, epoch.wDay);
     EXPECT_EQ(fromSeconds.getTime().wHour, epoch.wHour);
 

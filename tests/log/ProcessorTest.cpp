@@ -123,6 +123,72 @@ TEST(LogWriterTest, XmlOfEveryStandardFieldIsWellFormed)
     std::remove(path.c_str());
 }
 
+namespace {
+
+class BracketingWriter : public BasicLogWriter {
+public:
+    using BasicLogWriter::BasicLogWriter;
+    int flushes = 0;
+    void flush() override
+    {
+        ++flushes;
+        BasicLogWriter::flush();
+    }
+
+protected:
+    String format(const ILogEntry* entry) override
+    {
+        return String(u"[").append(BasicLogWriter::format(entry)).append(String(u"]"));
+    }
+};
+
+class OneLineXmlWriter : public XmlLogWriter {
+public:
+    using XmlLogWriter::XmlLogWriter;
+
+protected:
+    String format(const ILogEntry*) override { return String(u"<one/>\n"); }
+};
+
+// Overrides flush() only: the entries must still be written in full.
+class FlushCountingXmlWriter : public XmlLogWriter {
+public:
+    using XmlLogWriter::XmlLogWriter;
+    int flushes = 0;
+    void flush() override
+    {
+        ++flushes;
+        XmlLogWriter::flush();
+    }
+};
+
+} // namespace
+
+TEST(LogWriterTest, ProcessWritesWhatAnOverriddenFormatReturnsAndFlushesThroughTheOverride)
+{
+    const Reference<LogEntry> entry = entryWith({{u"text", u"hi"}});
+    Reference<io::StringWriter> basicOut(new io::StringWriter());
+    Reference<BracketingWriter> bracketing(new BracketingWriter(basicOut.get()));
+    bracketing->process(entry.get());
+    bracketing->process(entry.get());
+    EXPECT_EQ(basicOut->toString().toUtf8(),
+              "[text=hi\n-------------------------\n][text=hi\n-------------------------\n]");
+    EXPECT_EQ(bracketing->flushes, 2);
+
+    const std::string head = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<log>\n";
+    Reference<io::StringWriter> oneOut(new io::StringWriter());
+    Reference<io::StringWriter> countedOut(new io::StringWriter());
+    {
+        Reference<OneLineXmlWriter> one(new OneLineXmlWriter(oneOut.get()));
+        one->process(entry.get());
+        Reference<FlushCountingXmlWriter> counted(new FlushCountingXmlWriter(countedOut.get()));
+        counted->process(entry.get());
+        EXPECT_EQ(counted->flushes, 1);
+    }
+    EXPECT_EQ(oneOut->toString().toUtf8(), head + "<one/>\n</log>\n");
+    EXPECT_EQ(countedOut->toString().toUtf8(), head + "  <entry>\n    <text> hi </text>\n  </entry>\n</log>\n");
+}
+
 TEST(LogWriterTest, WriterFailurePassesOutOfProcess)
 {
     Reference<ThrowingWriter> broken(new ThrowingWriter());
@@ -419,6 +485,43 @@ TEST(QvcomProcessorTest, ComponentFaceCodesAndMissingInterface)
     EXPECT_EQ(static_cast<uint32_t>(qvtest::resultOf<ResultException>([&] { bridge->process(native.get()); })),
               0x80004002u);
     EXPECT_EQ(sink->calls, 3);
+}
+
+// A null entry is refused by the processor it reaches, in the caller's
+// thread, before anything is written or queued.
+TEST(LogProcessorTest, NullEntryIsRefusedWithThePointerCode)
+{
+    Reference<logtest::CollectingProcessor> sink(new logtest::CollectingProcessor());
+    Reference<io::StringWriter> out(new io::StringWriter());
+    Reference<ComponentSink> component(new ComponentSink());
+    Reference<MultiProcessor> fanOut = MultiProcessor::create();
+    fanOut->addProcessor(BasicLogWriter::create(out.get()).get());
+    Reference<AsyncProcessor> queued = AsyncProcessor::create(sink.get(), 0);
+    Reference<AsyncProcessor> working = AsyncProcessor::create(sink.get(), 1);
+    {
+        const Reference<ILogProcessor> processors[] = {
+            BasicLogWriter::create(out.get()),
+            XmlLogWriter::create(out.get()),
+            LevelFilterProcessor::create(0, sink.get()),
+            qv::log::qvcom::QvcomProcessor::create(component.get()),
+            SyslogLogProcessor::createLocal(String(u"/nonexistent/qvcl3-log")),
+            Reference<ILogProcessor>(fanOut.get()),
+            Reference<ILogProcessor>(queued.get()),
+            Reference<ILogProcessor>(working.get()),
+        };
+        const std::string before = out->toString().toUtf8();
+        for (size_t i = 0; i < sizeof processors / sizeof processors[0]; ++i)
+            EXPECT_EQ(
+                static_cast<uint32_t>(qvtest::resultOf<ResultException>([&] { processors[i]->process(nullptr); })),
+                0x80004003u)
+                << "processor " << i;
+        EXPECT_EQ(out->toString().toUtf8(), before);
+    }
+    // Destroyed: a queued null would reach the sink now, or crash a worker.
+    queued.reset();
+    working.reset();
+    EXPECT_EQ(sink->count(), 0u);
+    EXPECT_EQ(component->calls, 0);
 }
 
 TEST(LevelFilterProcessorTest, PassesLevelsAtOrAboveTheMinimum)

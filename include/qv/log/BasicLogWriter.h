@@ -18,6 +18,9 @@ public:
 protected:
     String format(const ILogEntry* entry) override;
     void appendEntry(const ILogEntry* entry, std::u16string& text) override;
+
+private:
+    static void appendLines(const ILogEntry* entry, std::u16string& text);
 };
 
 } // namespace log

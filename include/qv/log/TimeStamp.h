@@ -18,6 +18,9 @@ public:
     explicit TimeStamp(const STRUCT_QV_TIME& time) noexcept;
     // Seconds since the POSIX epoch, as local time.
     explicit TimeStamp(long seconds);
+    // As TimeStamp(long): without it, TimeStamp(0) would be ambiguous between
+    // the bool and the long constructor.
+    explicit TimeStamp(int seconds);
     TimeStamp(const TimeStamp& other) noexcept;
     ~TimeStamp() override;
 

@@ -23,6 +23,9 @@ public:
 protected:
     String format(const ILogEntry* entry) override;
     void appendEntry(const ILogEntry* entry, std::u16string& text) override;
+
+private:
+    static void appendElement(const ILogEntry* entry, std::u16string& text);
 };
 
 } // namespace log

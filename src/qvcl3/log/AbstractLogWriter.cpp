@@ -33,6 +33,8 @@ constexpr size_t kKeptCapacity = 64 * 1024;
 
 void AbstractLogWriter::process(const ILogEntry* entry)
 {
+    if (!entry)
+        throw ResultException(results::POINTER);
     if (m_text.capacity() > kKeptCapacity)
         std::u16string().swap(m_text);
     m_text.clear();

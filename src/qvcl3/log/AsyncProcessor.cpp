@@ -260,6 +260,9 @@ Reference<AsyncProcessor> AsyncProcessor::create(ILogProcessor* target, int32_t 
 
 void AsyncProcessor::process(const ILogEntry* entry)
 {
+    // Refused here, in the caller's thread: queued, it would fail in a worker.
+    if (!entry)
+        throw ResultException(results::POINTER);
     m_impl->enqueue(entry);
 }
 

@@ -1,5 +1,7 @@
 #include <qv/log/BasicLogWriter.h>
 
+#include <typeinfo>
+
 namespace qv {
 namespace log {
 
@@ -15,11 +17,20 @@ Reference<ILogProcessor> BasicLogWriter::create(io::Writer* writer)
 String BasicLogWriter::format(const ILogEntry* entry)
 {
     std::u16string text;
-    appendEntry(entry, text);
+    appendLines(entry, text);
     return String(text.data(), static_cast<int32_t>(text.size()));
 }
 
 void BasicLogWriter::appendEntry(const ILogEntry* entry, std::u16string& text)
+{
+    // A subclass may override format(): what it returns is what gets written.
+    if (typeid(*this) != typeid(BasicLogWriter))
+        AbstractLogWriter::appendEntry(entry, text);
+    else
+        appendLines(entry, text);
+}
+
+void BasicLogWriter::appendLines(const ILogEntry* entry, std::u16string& text)
 {
     forEachField(entry, [&text](const String& name, const Object* value) {
         appendText(name, text);

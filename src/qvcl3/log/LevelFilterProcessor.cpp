@@ -27,6 +27,8 @@ Reference<ILogProcessor> LevelFilterProcessor::create(int32_t minLevel, ILogProc
 
 void LevelFilterProcessor::process(const ILogEntry* entry)
 {
+    if (!entry)
+        throw ResultException(results::POINTER);
     static const String levelKey(u"level");
     const Reference<const Object> level = entry->getField(levelKey);
     if (const Integer32* value = dynamic_cast<const Integer32*>(level.get())) {

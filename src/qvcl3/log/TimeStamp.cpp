@@ -32,6 +32,8 @@ TimeStamp::TimeStamp(long seconds) : m_time()
     qvcom::throwIfFailed(QVTimeFromPosix(static_cast<int64_t>(seconds), 1, &m_time));
 }
 
+TimeStamp::TimeStamp(int seconds) : TimeStamp(static_cast<long>(seconds)) {}
+
 TimeStamp::TimeStamp(const TimeStamp& other) noexcept : Object(), m_time(other.m_time) {}
 
 TimeStamp::~TimeStamp() = default;

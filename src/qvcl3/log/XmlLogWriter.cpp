@@ -1,6 +1,7 @@
 #include <qv/log/XmlLogWriter.h>
 
 #include <exception>
+#include <typeinfo>
 
 namespace qv {
 namespace log {
@@ -38,7 +39,7 @@ Reference<ILogProcessor> XmlLogWriter::create(io::Writer* writer)
 String XmlLogWriter::format(const ILogEntry* entry)
 {
     std::u16string text;
-    appendEntry(entry, text);
+    appendElement(entry, text);
     return String(text.data(), static_cast<int32_t>(text.size()));
 }
 
@@ -54,9 +55,18 @@ size_t lengthToNul(const char16_t* text, size_t length)
 
 } // namespace
 
+void XmlLogWriter::appendEntry(const ILogEntry* entry, std::u16string& text)
+{
+    // A subclass may override format(): what it returns is what gets written.
+    if (typeid(*this) != typeid(XmlLogWriter))
+        AbstractLogWriter::appendEntry(entry, text);
+    else
+        appendElement(entry, text);
+}
+
 // "    <name> value </tag>" per field, the closing tag being the name up to
 // its first space (a name with attributes), nothing escaped.
-void XmlLogWriter::appendEntry(const ILogEntry* entry, std::u16string& text)
+void XmlLogWriter::appendElement(const ILogEntry* entry, std::u16string& text)
 {
     text.append(u"  <entry>\n");
     forEachField(entry, [&text](const String& name, const Object* value) {
