@@ -524,6 +524,56 @@ TEST(LogProcessorTest, NullEntryIsRefusedWithThePointerCode)
     EXPECT_EQ(component->calls, 0);
 }
 
+namespace {
+
+void expectClassAndInterfaces(Object& object, const char* name, std::initializer_list<GUID> iids)
+{
+    EXPECT_EQ(String(object.getClass()->getName()).toUtf8(), name);
+    for (const GUID& iid : iids) {
+        void* face = nullptr;
+        EXPECT_EQ(object.QueryInterface(iid, &face), 0) << name;
+        if (face)
+            static_cast<IQVUnknown*>(face)->Release();
+    }
+}
+
+} // namespace
+
+TEST(LogProcessorTest, EveryLoggingClassReportsItsNameAndAnswersForItsInterfaces)
+{
+    Reference<logtest::CollectingProcessor> sink(new logtest::CollectingProcessor());
+    Reference<io::StringWriter> out(new io::StringWriter());
+    Reference<ComponentSink> component(new ComponentSink());
+    Reference<i18n::ListStringBundle> bundle(new i18n::ListStringBundle(String(u"b")));
+    Reference<Logger> logger = Logger::create();
+    const GUID processor = ILogProcessor::iid;
+    expectClassAndInterfaces(*logger, "qv::log::Logger", {ILogger::iid, ILevelLogger::iid});
+    expectClassAndInterfaces(*LogEntry::create(), "qv::log::LogEntry",
+                             {ILogEntry::iid, qv::log::qvcom::ILogEntry::iid});
+    expectClassAndInterfaces(*Reference<TimeStamp>(new TimeStamp()), "qv::log::TimeStamp", {IQVComparable::iid});
+    expectClassAndInterfaces(*SyncLogger::create(logger.get()), "qv::log::SyncLogger", {ILevelLogger::iid});
+    expectClassAndInterfaces(*StringBundleLogger::create(bundle.get(), logger.get()), "qv::log::StringBundleLogger",
+                             {ILevelLogger::iid});
+    expectClassAndInterfaces(*MultiProcessor::create(), "qv::log::MultiProcessor", {processor});
+    expectClassAndInterfaces(*AsyncProcessor::create(sink.get(), 0), "qv::log::AsyncProcessor", {processor});
+    const auto asObject = [](const Reference<ILogProcessor>& made) -> Object& {
+        return *dynamic_cast<Object*>(made.get());
+    };
+    expectClassAndInterfaces(asObject(BasicLogWriter::create(out.get())), "qv::log::BasicLogWriter", {processor});
+    expectClassAndInterfaces(asObject(XmlLogWriter::create(out.get())), "qv::log::XmlLogWriter", {processor});
+    expectClassAndInterfaces(asObject(LevelFilterProcessor::create(0, sink.get())), "qv::log::LevelFilterProcessor",
+                             {processor});
+    expectClassAndInterfaces(asObject(qv::log::qvcom::QvcomProcessor::create(component.get())),
+                             "qv::log::qvcom::QvcomProcessor", {processor});
+    expectClassAndInterfaces(*SyslogLogProcessor::createUdp(String(u"127.0.0.1")), "qv::log::SyslogLogProcessor",
+                             {processor});
+
+    // A logger is no processor, and a processor no logger.
+    void* face = nullptr;
+    EXPECT_EQ(logger->QueryInterface(processor, &face), results::NOINTERFACE);
+    EXPECT_EQ(MultiProcessor::create()->QueryInterface(ILevelLogger::iid, &face), results::NOINTERFACE);
+}
+
 TEST(LevelFilterProcessorTest, PassesLevelsAtOrAboveTheMinimum)
 {
     Reference<logtest::CollectingProcessor> sink(new logtest::CollectingProcessor());
