@@ -33,9 +33,9 @@ protected:
     explicit AbstractLogWriter(io::Writer* writer);
     virtual String format(const ILogEntry* entry) = 0;
     // Appends the entry's text, which process() then writes in one call. The
-    // base appends format(entry); a writer overrides it to build the text
-    // without the Strings in between, and may then define format() through
-    // it.
+    // base appends format(entry); a writer overrides it to build the same
+    // text without the Strings in between, but only for its own exact class:
+    // what a class derived from it returns from format() is what is written.
     virtual void appendEntry(const ILogEntry* entry, std::u16string& text);
     io::Writer* getWriter() const noexcept { return m_writer.get(); }
 
