@@ -396,34 +396,41 @@ void decodeBlocksAvx512(const uint8_t* in, int32_t& inPos, int32_t inEnd, char16
     finish();
 }
 
-namespace {
-
-// Thirty-two units at a time. Every unit becomes the UTF-8 bytes of its
-// character in a 32-bit lane (a high surrogate those of the pair, the low
-// surrogate none), and the bytes that count are packed together. A block
-// with a lone surrogate is left to the careful step; a pair cut by the end
-// of the block is left to the next block.
-//
-// With `fixedThree`, a half block of sixteen three-byte characters (most
-// halves of East Asian text) is stored in a fixed order instead: 48 bytes,
-// without the masks of the bytes each lane writes or packing by them.
-template <bool fixedThree>
-void encodeBlocks(const char16_t* in, int32_t& inPos, int32_t inEnd, uint8_t* out, int32_t& outPos, int32_t outEnd)
+// Thirty-two units at a time. An all-ASCII block is narrowed, a block below
+// 0x800 packs each unit's one- or two-byte form from its 16-bit lane.
+// Otherwise every unit is widened to a 32-bit lane that holds its UTF-8
+// bytes, and the bytes that count are packed together (vpcompressb): in a
+// block without surrogates (East Asian text) the three-byte form, of which a
+// two-byte character keeps the last two bytes and ASCII its own; in a block
+// with pairs the four-byte form of every lane (a high surrogate that of the
+// pair, the low surrogate none), of which the shorter characters keep the
+// last three or two bytes. A block with a lone surrogate is left to the
+// careful step; a pair cut by the end of the block is left to the next block.
+// Which bytes each lane writes comes from the masks alone (pdep), so the
+// stores of the next half and block need not wait for the forms.
+void encodeBlocksAvx512(const char16_t* in, int32_t& inPos, int32_t inEnd, uint8_t* out, int32_t& outPos,
+                        int32_t outEnd)
 {
     // Positions in locals, as in decoding.
     int32_t ip = inPos;
     int32_t op = outPos;
     const __m512i next = _mm512_set_epi16(31, 31, 30, 29, 28, 27, 26, 25, 24, 23, 22, 21, 20, 19, 18, 17, 16, 15, 14,
                                           13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1);
-    // vpmultishiftqb bit offsets of the four bytes of both 32-bit lanes of
-    // each quadword.
-    const __m512i groupStarts = _mm512_set1_epi64(0x20262C3200060C12);
-    // vpermb indices that keep the first three bytes of each 32-bit lane.
-    alignas(64) static const uint8_t firstThreeOfFour[64] = {
-        0,  1,  2,  4,  5,  6,  8,  9,  10, 12, 13, 14, 16, 17, 18, 20, 21, 22, 24, 25, 26, 28,
-        29, 30, 32, 33, 34, 36, 37, 38, 40, 41, 42, 44, 45, 46, 48, 49, 50, 52, 53, 54, 56, 57,
-        58, 60, 61, 62, 0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0};
-    const __m512i threeOfEachFour = _mm512_load_si512(firstThreeOfFour);
+    // vpmultishiftqb bit offsets of the bytes of both 32-bit lanes of each
+    // quadword: the value bits from 18, 12, 6 and 0 up for the four-byte
+    // form, from 12, 6 and 0 up for the three-byte one.
+    const __m512i fourStarts = _mm512_set1_epi64(0x20262C3200060C12);
+    const __m512i threeStarts = _mm512_set1_epi64(0x2020262C0000060C);
+    const __m512i fourBits = _mm512_set1_epi32(0x3F3F3F07);
+    const __m512i fourTags = _mm512_set1_epi32(static_cast<int>(0x808080F0));
+    const __m512i threeBits = _mm512_set1_epi32(0x003F3F0F);
+    const __m512i threeTags = _mm512_set1_epi32(0x008080E0);
+    // Or-ed into a continuation-tagged byte (80 | x) that leads a shorter
+    // character: x is below 20 there, so it becomes C0 | x; in the four-byte
+    // form, with x below 10 in the second byte, E0 | x.
+    const __m512i twoLeadInSecond = _mm512_set1_epi32(0x4000);
+    const __m512i twoLeadInThird = _mm512_set1_epi32(0x400000);
+    const __m512i threeLeadInSecond = _mm512_set1_epi32(0x6000);
     while (inEnd - ip >= 32 && outEnd - op >= 128) {
         const __m512i u = _mm512_loadu_si512(in + ip);
         const uint32_t ascii = _mm512_cmplt_epu16_mask(u, _mm512_set1_epi16(0x80));
@@ -451,6 +458,33 @@ void encodeBlocks(const char16_t* in, int32_t& inPos, int32_t inEnd, uint8_t* ou
         const __m512i tag = _mm512_and_si512(u, _mm512_set1_epi16(static_cast<short>(0xFC00)));
         uint32_t highs = _mm512_cmpeq_epi16_mask(tag, _mm512_set1_epi16(static_cast<short>(0xD800)));
         const uint32_t lows = _mm512_cmpeq_epi16_mask(tag, _mm512_set1_epi16(static_cast<short>(0xDC00)));
+        const uint32_t twoByte = below800 & ~ascii;
+        if ((highs | lows) == 0) {
+            // Characters of up to three bytes. No branch on whether a half
+            // is all three-byte characters (most halves of East Asian text,
+            // which could then be stored in a fixed order): with some ASCII
+            // in the text that branch is data no predictor learns, and once
+            // the input streamed from memory each miss cost more than the
+            // fixed order saved.
+            for (int half = 0; half < 2; ++half) {
+                const int shift = 16 * half;
+                const __m512i c =
+                    _mm512_cvtepu16_epi32(half == 0 ? _mm512_castsi512_si256(u) : _mm512_extracti64x4_epi64(u, 1));
+                const __mmask16 one = static_cast<__mmask16>(ascii >> shift);
+                const __mmask16 two = static_cast<__mmask16>(twoByte >> shift);
+                __m512i bytes =
+                    _mm512_ternarylogic_epi32(_mm512_multishift_epi64_epi8(threeStarts, c), threeBits, threeTags, 0xEA);
+                bytes = _mm512_mask_or_epi32(bytes, two, bytes, twoLeadInSecond);
+                bytes = _mm512_mask_mov_epi32(bytes, one, c);
+                // Byte 0: ASCII and the lead of three; bytes 1 and 2: all but ASCII.
+                const uint64_t second = _pdep_u64(~one & 0xFFFFu, 0x2222222222222222ull);
+                const uint64_t usedBytes = _pdep_u64(~two & 0xFFFFu, 0x1111111111111111ull) | second | (second << 1);
+                _mm512_storeu_si512(out + op, _mm512_maskz_compress_epi8(usedBytes, bytes));
+                op += static_cast<int32_t>(_mm_popcnt_u64(usedBytes));
+            }
+            ip += 32;
+            continue;
+        }
         if ((highs << 1) != lows) {
             break;
         }
@@ -465,53 +499,32 @@ void encodeBlocks(const char16_t* in, int32_t& inPos, int32_t inEnd, uint8_t* ou
             highs &= 0x7FFFFFFFu;
             silent |= 0x80000000u;
         }
-        const uint32_t twoByte = below800 & ~ascii;
-        const uint32_t threeByte = ~below800 & ~(highs | lows);
-        // Whether a block has pairs is steady in most text, whether each
-        // half has is not: the branch is taken per block.
-        const bool pairs = highs != 0;
-        const __m512i following = pairs ? _mm512_permutexvar_epi16(next, u) : u;
+        const uint32_t threeByte = ~below800 & ~(highs | silent);
+        const __m512i following = _mm512_permutexvar_epi16(next, u);
         for (int half = 0; half < 2; ++half) {
             const int shift = 16 * half;
             const __m512i c =
                 _mm512_cvtepu16_epi32(half == 0 ? _mm512_castsi512_si256(u) : _mm512_extracti64x4_epi64(u, 1));
+            const __m512i d = _mm512_cvtepu16_epi32(half == 0 ? _mm512_castsi512_si256(following)
+                                                              : _mm512_extracti64x4_epi64(following, 1));
             const __mmask16 h = static_cast<__mmask16>(highs >> shift);
             const __mmask16 one = static_cast<__mmask16>(ascii >> shift);
             const __mmask16 two = static_cast<__mmask16>(twoByte >> shift);
             const __mmask16 three = static_cast<__mmask16>(threeByte >> shift);
-            __m512i cp = c;
-            if (pairs) {
-                const __m512i d = _mm512_cvtepu16_epi32(half == 0 ? _mm512_castsi512_si256(following)
-                                                                  : _mm512_extracti64x4_epi64(following, 1));
-                // (high << 10) + low - (0xD800 << 10) - 0xDC00 + 0x10000
-                cp = _mm512_mask_add_epi32(c, h, _mm512_slli_epi32(c, 10),
-                                           _mm512_sub_epi32(d, _mm512_set1_epi32(0x35FDC00)));
-            }
-            // Every lane's four-byte form, first byte in the low byte: the
-            // value bits from 18, 12, 6 and 0 up (vpmultishiftqb), masked
-            // and tagged. The shorter forms are its last bytes with 60 or 40
-            // added to the first of them (80 | x becomes E0 | x or C0 | x).
-            const __m512i four =
-                _mm512_ternarylogic_epi32(_mm512_multishift_epi64_epi8(groupStarts, cp), _mm512_set1_epi32(0x3F3F3F07),
-                                          _mm512_set1_epi32(static_cast<int>(0x808080F0)), 0xEA);
-            // Only in blocks without pairs, which East Asian text is made of:
-            // the check cost text with emoji 3%. Not with the high surrogate
-            // of a cut pair either, which would be written as a character.
-            if (fixedThree && !pairs && static_cast<__mmask16>((threeByte & ~silent) >> shift) == 0xFFFF) {
-                const __m512i forms = _mm512_add_epi32(_mm512_srli_epi32(four, 8), _mm512_set1_epi32(0x60));
-                _mm512_storeu_si512(out + op, _mm512_permutexvar_epi8(threeOfEachFour, forms));
-                op += 48;
-                continue;
-            }
-            __m512i bytes = _mm512_mask_add_epi32(four, three, _mm512_srli_epi32(four, 8), _mm512_set1_epi32(0x60));
-            bytes = _mm512_mask_add_epi32(bytes, two, _mm512_srli_epi32(four, 16), _mm512_set1_epi32(0x40));
+            // (high << 10) + low - (0xD800 << 10) - 0xDC00 + 0x10000
+            const __m512i cp = _mm512_mask_add_epi32(c, h, _mm512_slli_epi32(c, 10),
+                                                     _mm512_sub_epi32(d, _mm512_set1_epi32(0x35FDC00)));
+            __m512i bytes =
+                _mm512_ternarylogic_epi32(_mm512_multishift_epi64_epi8(fourStarts, cp), fourBits, fourTags, 0xEA);
+            bytes = _mm512_mask_or_epi32(bytes, three, bytes, threeLeadInSecond);
+            bytes = _mm512_mask_or_epi32(bytes, two, bytes, twoLeadInThird);
             bytes = _mm512_mask_mov_epi32(bytes, one, c);
-            // The bytes each lane writes, from the masks alone: the stores
-            // of the next half and block need not wait for the forms.
-            const uint32_t spoken = ~(silent >> shift) & 0xFFFF;
-            const uint64_t usedBytes =
-                _pdep_u64(spoken, 0x1111111111111111ull) | _pdep_u64(spoken & ~one, 0x2222222222222222ull) |
-                _pdep_u64(spoken & ~(one | two), 0x4444444444444444ull) | _pdep_u64(h, 0x8888888888888888ull);
+            // Byte 0: the pairs and ASCII; byte 1: the pairs and the leads of
+            // three; bytes 2 and 3: every lane that writes, but ASCII.
+            const uint32_t spoken = ~(silent >> shift) & 0xFFFFu;
+            const uint64_t third = _pdep_u64(spoken & ~one, 0x4444444444444444ull);
+            const uint64_t usedBytes = _pdep_u64(h | one, 0x1111111111111111ull) |
+                                       _pdep_u64(h | three, 0x2222222222222222ull) | third | (third << 1);
             _mm512_storeu_si512(out + op, _mm512_maskz_compress_epi8(usedBytes, bytes));
             op += static_cast<int32_t>(_mm_popcnt_u64(usedBytes));
         }
@@ -519,42 +532,6 @@ void encodeBlocks(const char16_t* in, int32_t& inPos, int32_t inEnd, uint8_t* ou
     }
     inPos = ip;
     outPos = op;
-}
-
-// Input beyond this many units goes through the blocks without the fixed
-// order. That order saves a fifth of the time while the input comes from the
-// second-level cache, but whether a half qualifies is data the branch cannot
-// predict (one East Asian half in two, with 4% ASCII), and with the input
-// streaming from further out each miss cost so much more that East Asian
-// encoding of 16 MiB ran at half the speed. Measured on the development
-// machine (1 MiB of second-level cache per core): 1.25x with 0.7 MiB of
-// input, 0.69x with 1.4 MiB; the limit, 512 KiB, keeps clear of the edge.
-constexpr int32_t fixedThreeUnits = 256 * 1024;
-
-// Whether the text at `in` looks East Asian: at least half of its first
-// 32 units three-byte characters. Only such calls take the loop with the
-// fixed order; text that never uses the shortcut ran slower through it
-// (European encoding by up to 8%, text with emoji by up to 6%).
-bool startsEastAsian(const char16_t* in)
-{
-    const __m512i u = _mm512_loadu_si512(in);
-    const uint32_t belowThree = _mm512_cmplt_epu16_mask(u, _mm512_set1_epi16(0x800));
-    const uint32_t surrogates =
-        _mm512_cmpeq_epi16_mask(_mm512_and_si512(u, _mm512_set1_epi16(static_cast<short>(0xF800))),
-                                _mm512_set1_epi16(static_cast<short>(0xD800)));
-    return _mm_popcnt_u32(~(belowThree | surrogates)) >= 16;
-}
-
-} // namespace
-
-void encodeBlocksAvx512(const char16_t* in, int32_t& inPos, int32_t inEnd, uint8_t* out, int32_t& outPos,
-                        int32_t outEnd)
-{
-    if (inEnd - inPos >= 32 && inEnd - inPos <= fixedThreeUnits && startsEastAsian(in + inPos)) {
-        encodeBlocks<true>(in, inPos, inEnd, out, outPos, outEnd);
-    } else {
-        encodeBlocks<false>(in, inPos, inEnd, out, outPos, outEnd);
-    }
 }
 
 // The entry points. The block loops above have external linkage so that
