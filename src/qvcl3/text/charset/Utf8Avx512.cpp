@@ -396,6 +396,8 @@ void decodeBlocksAvx512(const uint8_t* in, int32_t& inPos, int32_t inEnd, char16
     finish();
 }
 
+namespace {
+
 // A 512-bit constant, kept in memory.
 struct alignas(64) Vector {
     uint64_t quads[8];
@@ -442,7 +444,7 @@ struct EncodeConstants {
     Vector surrogateTag = repeat16(0xFC00);
     Vector highTag = repeat16(0xD800);
     Vector lowTag = repeat16(0xDC00);
-    Vector sixBits = repeat16(0x3F);
+    Vector lowSixBits = repeat16(0x3F);
     Vector twoByteTags = repeat16(0x80C0);
     // vpermw indices of the next and the previous unit.
     Vector next = laneShifted(1);
@@ -456,7 +458,7 @@ struct EncodeConstants {
     Vector threeStarts = repeat64(0x2020262C0000060C);
     Vector twoStarts = repeat64(0x3036202610160006);
     Vector highStarts = repeat64(0x3238222812180208);
-    Vector sixBitsEach = repeat16(0x3F3F);
+    Vector sixBitsPerByte = repeat16(0x3F3F);
     Vector highTags = repeat16(0x80F0);
     Vector lowTags = repeat16(0x8080);
     Vector lowTenBits = repeat16(0x3FF);
@@ -478,18 +480,22 @@ struct EncodeConstants {
 constexpr EncodeConstants encodeConstants{};
 const EncodeConstants* volatile g_encodeConstants = &encodeConstants;
 
+} // namespace
+
 // Thirty-two units at a time. An all-ASCII block is narrowed, a block below
-// 0x800 packs each unit's one- or two-byte form from its 16-bit lane.
-// Otherwise every unit is widened to a 32-bit lane that holds its UTF-8
-// bytes, and the bytes that count are packed together (vpcompressb): in a
-// block without surrogates (East Asian text) the three-byte form, of which a
-// two-byte character keeps the last two bytes and ASCII its own; in a block
-// with pairs the four-byte form of every lane (a high surrogate that of the
-// pair, the low surrogate none), of which the shorter characters keep the
-// last three or two bytes. A block with a lone surrogate is left to the
-// careful step; a pair cut by the end of the block is left to the next block.
-// Which bytes each lane writes comes from the masks alone (pdep), so the
-// stores of the next half and block need not wait for the forms.
+// 0x800 packs each unit's one- or two-byte form from its 16-bit lane, and so
+// does a block of pairs among such characters (a pair's four bytes fill its
+// two lanes). Otherwise every unit is widened to a 32-bit lane that holds its
+// UTF-8 bytes: in a block without surrogates (East Asian text) the
+// three-byte form, of which a two-byte character keeps the last two bytes
+// and ASCII its own; in a block with pairs the four-byte form of every lane
+// (a high surrogate that of the pair, the low surrogate none), of which the
+// shorter characters keep the last three or two bytes. The bytes that count
+// are packed together (vpcompressb). A block with a lone surrogate is left
+// to the careful step; a pair cut by the end of the block is left to the
+// next block. Which bytes each lane writes comes from the masks alone
+// (pdep), so the stores of the next half and block need not wait for the
+// forms.
 void encodeBlocksAvx512(const char16_t* in, int32_t& inPos, int32_t inEnd, uint8_t* out, int32_t& outPos,
                         int32_t outEnd)
 {
@@ -503,7 +509,7 @@ void encodeBlocksAvx512(const char16_t* in, int32_t& inPos, int32_t inEnd, uint8
     const __m512i surrogateTag = load(k.surrogateTag);
     const __m512i highTag = load(k.highTag);
     const __m512i lowTag = load(k.lowTag);
-    const __m512i sixBits = load(k.sixBits);
+    const __m512i lowSixBits = load(k.lowSixBits);
     const __m512i twoByteTags = load(k.twoByteTags);
     const __m512i next = load(k.next);
     const __m512i previous = load(k.previous);
@@ -511,7 +517,7 @@ void encodeBlocksAvx512(const char16_t* in, int32_t& inPos, int32_t inEnd, uint8
     const __m512i threeStarts = load(k.threeStarts);
     const __m512i twoStarts = load(k.twoStarts);
     const __m512i highStarts = load(k.highStarts);
-    const __m512i sixBitsEach = load(k.sixBitsEach);
+    const __m512i sixBitsPerByte = load(k.sixBitsPerByte);
     const __m512i highTags = load(k.highTags);
     const __m512i lowTags = load(k.lowTags);
     const __m512i lowTenBits = load(k.lowTenBits);
@@ -539,7 +545,7 @@ void encodeBlocksAvx512(const char16_t* in, int32_t& inPos, int32_t inEnd, uint8
             // two-byte form, or itself where it is ASCII, in its own 16-bit
             // lane, and only the first byte of the ASCII lanes kept.
             const __m512i two = _mm512_or_si512(_mm512_or_si512(twoByteTags, _mm512_srli_epi16(u, 6)),
-                                                _mm512_slli_epi16(_mm512_and_si512(u, sixBits), 8));
+                                                _mm512_slli_epi16(_mm512_and_si512(u, lowSixBits), 8));
             const __m512i forms = _mm512_mask_mov_epi16(two, ascii, u);
             const uint64_t usedBytes = _pdep_u64(~ascii, 0xAAAAAAAAAAAAAAAAull) | 0x5555555555555555ull;
             _mm512_storeu_si512(out + op, _mm512_maskz_compress_epi8(usedBytes, forms));
@@ -608,7 +614,7 @@ void encodeBlocksAvx512(const char16_t* in, int32_t& inPos, int32_t inEnd, uint8
             __m512i tags = _mm512_mask_mov_epi16(twoByteTags, highs, highTags);
             tags = _mm512_mask_mov_epi16(tags, lows, lowTags);
             __m512i forms =
-                _mm512_ternarylogic_epi32(_mm512_multishift_epi64_epi8(starts, source), sixBitsEach, tags, 0xEA);
+                _mm512_ternarylogic_epi32(_mm512_multishift_epi64_epi8(starts, source), sixBitsPerByte, tags, 0xEA);
             forms = _mm512_mask_mov_epi16(forms, ascii, u);
             const uint32_t spoken = ~(silent & ~lows);
             const uint64_t usedBytes =
