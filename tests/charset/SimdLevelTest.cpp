@@ -458,9 +458,10 @@ TEST_F(CharsetSimdLevels, LongCallsMatchTheScalarLevelAroundTheirLeadingAsciiRun
 // Text with emoji: pairs among ASCII (blocks built in their 16-bit lanes),
 // among two-byte characters too, and beside a three-byte character (blocks
 // widened to 32-bit lanes), each kind in turn at every offset of a block.
-// Each text once clean, once with a lone surrogate at that offset, in one
-// call and split at every unit up to the fault (inside pairs, too), and
-// into room that ends before, at and after its last character.
+// Each text once clean and once with a lone surrogate or a reversed pair at
+// that offset; in one call, and in two split there or one unit later (inside
+// the pair that starts there in clean text); with room for the output
+// before that offset, one byte less or more, or for everything.
 TEST_F(CharsetSimdLevels, EncodingMatchesTheScalarLevelOnPairsAmongOtherCharacters)
 {
     static const std::u16string neighbours[] = {u"ab", u"a\u00E9", u"\u00E9\u07FF", u"a\u4E2D"};
@@ -480,9 +481,9 @@ TEST_F(CharsetSimdLevels, EncodingMatchesTheScalarLevelOnPairsAmongOtherCharacte
                 std::u16string text = clean;
                 text.insert(boundary, fault);
                 const auto needed = static_cast<int32_t>(utf8Of(text.substr(0, boundary)).size());
-                for (int32_t split : {0, static_cast<int32_t>(boundary) - 1, static_cast<int32_t>(boundary)}) {
+                for (int32_t split : {0, static_cast<int32_t>(boundary), static_cast<int32_t>(boundary) + 1}) {
                     for (int32_t room : {needed - 1, needed, needed + 1, static_cast<int32_t>(3 * text.size())}) {
-                        if (split < 0 || room < 0) {
+                        if (room < 0) {
                             continue;
                         }
                         const auto scalar =
