@@ -647,6 +647,15 @@ QVCORE3_API QVRESULT QVTimeFormat(const STRUCT_QV_TIME* time, int32_t part, char
 QVCORE3_API QVRESULT QVFileIsPipeOrSocket(int32_t fd, int32_t* result) QVCORE3_NOEXCEPT;
 QVCORE3_API QVRESULT QVFileWriteUnguarded(int32_t fd, const void* data, uint32_t size, uint32_t* done) QVCORE3_NOEXCEPT;
 
+/* ---- UTF-16 scans ------------------------------------------------------- */
+
+/* The first unit of the NUL-terminated text equal to unit, or its
+   terminating NUL when none is: a pointer into text, which must not be null.
+   The result of a unit-by-unit loop, found a block of units at a time: the
+   blocks are aligned, so a read may reach past the terminator but never onto
+   another page. */
+QVCORE3_API const char16_t* QVStrFindUnitOrEndW(const char16_t* text, char16_t unit) QVCORE3_NOEXCEPT;
+
 /* ---- fault injection (test builds only) ----------------------------------
    Present when the library is built with QVCORE3_FAULT_INJECTION. An armed
    operation fails with the given code on its nth call from now (1 = the next

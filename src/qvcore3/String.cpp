@@ -1,6 +1,13 @@
 #include <qvcore3/qvcore3.h>
 
 #include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+#if defined(__SSE2__) && (defined(__GNUC__) || defined(__clang__))
+#include <emmintrin.h>
+#define QVCORE3_SCAN_BLOCKS 1
+#endif
 
 namespace {
 
@@ -27,7 +34,72 @@ char16_t MapCase(const CasePair (&table)[N], char16_t unit) noexcept
     return low < N && table[low].from == unit ? table[low].to : unit;
 }
 
+// Units are read through memcpy: a text at an odd address (a pointer cast
+// from packed bytes) must not be read as aligned char16_t.
+const char16_t* FindUnitOrEndByUnit(const char16_t* text, char16_t unit) noexcept
+{
+    const unsigned char* at = reinterpret_cast<const unsigned char*>(text);
+    for (;; at += sizeof(char16_t)) {
+        char16_t current;
+        std::memcpy(&current, at, sizeof(current));
+        if (current == 0 || current == unit) {
+            return reinterpret_cast<const char16_t*>(at);
+        }
+    }
+}
+
 } // namespace
+
+#ifdef QVCORE3_SCAN_BLOCKS
+// Eight units per 16-byte block at a 16-byte boundary. Such a block never
+// straddles a page, so the units it holds beyond the terminator, or before
+// the text in the first block, cannot fault; the sanitizers would still call
+// them out of bounds (or racing with their owner), so they leave this
+// function alone. A text at an odd address takes the unit loop: its units
+// straddle the blocks' 16-bit lanes.
+namespace {
+
+__attribute__((no_sanitize("address", "thread"))) const char16_t* FindUnitOrEnd(const char16_t* text,
+                                                                                char16_t unit) noexcept
+{
+    const uintptr_t address = reinterpret_cast<uintptr_t>(text);
+    if ((address & 1) != 0) {
+        return FindUnitOrEndByUnit(text, unit);
+    }
+    const __m128i zero = _mm_setzero_si128();
+    const __m128i wanted = _mm_set1_epi16(static_cast<short>(unit));
+    const __m128i* block = reinterpret_cast<const __m128i*>(address & ~uintptr_t(15));
+    __m128i units = _mm_load_si128(block);
+    // One bit per byte, both bytes of a matching unit set; the text's own
+    // units start at byte (address & 15) of the first block.
+    unsigned hits = static_cast<unsigned>(
+        _mm_movemask_epi8(_mm_or_si128(_mm_cmpeq_epi16(units, zero), _mm_cmpeq_epi16(units, wanted))));
+    hits &= ~0u << (address & 15);
+    while (hits == 0) {
+        ++block;
+        units = _mm_load_si128(block);
+        hits = static_cast<unsigned>(
+            _mm_movemask_epi8(_mm_or_si128(_mm_cmpeq_epi16(units, zero), _mm_cmpeq_epi16(units, wanted))));
+    }
+    return reinterpret_cast<const char16_t*>(reinterpret_cast<const char*>(block) + __builtin_ctz(hits));
+}
+
+} // namespace
+#else
+namespace {
+
+const char16_t* FindUnitOrEnd(const char16_t* text, char16_t unit) noexcept
+{
+    return FindUnitOrEndByUnit(text, unit);
+}
+
+} // namespace
+#endif
+
+extern "C" const char16_t* QVStrFindUnitOrEndW(const char16_t* text, char16_t unit) noexcept
+{
+    return FindUnitOrEnd(text, unit);
+}
 
 // Lengths beyond INT32_MAX units are not representable in this interface and
 // are reported as INT32_MAX.
@@ -36,11 +108,8 @@ extern "C" int32_t QVStrLenW(const char16_t* text) noexcept
     if (!text) {
         return 0;
     }
-    size_t length = 0;
-    while (text[length] != 0 && length < 0x7FFFFFFF) {
-        ++length;
-    }
-    return static_cast<int32_t>(length);
+    const ptrdiff_t length = FindUnitOrEnd(text, 0) - text;
+    return length < 0x7FFFFFFF ? static_cast<int32_t>(length) : 0x7FFFFFFF;
 }
 
 extern "C" int32_t QVStrLenA(const char* text) noexcept

@@ -455,6 +455,53 @@ TEST_F(CharsetSimdLevels, LongCallsMatchTheScalarLevelAroundTheirLeadingAsciiRun
     }
 }
 
+// Text with emoji: pairs among ASCII (blocks built in their 16-bit lanes),
+// among two-byte characters too, and beside a three-byte character (blocks
+// widened to 32-bit lanes), each kind in turn at every offset of a block.
+// Each text once clean and once with a lone surrogate or a reversed pair at
+// that offset; in one call, and in two split there or one unit later (inside
+// the pair that starts there in clean text); with room for the output
+// before that offset, one byte less or more, or for everything.
+TEST_F(CharsetSimdLevels, EncodingMatchesTheScalarLevelOnPairsAmongOtherCharacters)
+{
+    static const std::u16string neighbours[] = {u"ab", u"a\u00E9", u"\u00E9\u07FF", u"a\u4E2D"};
+    static const std::u16string faults[] = {u"", u"\xD83D", u"\xDE00", u"\xDE00\xD83D"};
+    for (const std::u16string& neighbour : neighbours) {
+        for (size_t at = 0; at < 40; ++at) {
+            std::u16string clean;
+            for (size_t i = 0; clean.size() < 100; ++i) {
+                clean += i % 4 == 0   ? u"\U0001F600"
+                         : i % 4 == 1 ? u"\U00010000"
+                         : i % 4 == 2 ? u"\U0010FFFF"
+                                      : neighbour;
+            }
+            clean.insert(0, at, u'x');
+            const size_t boundary = at + ((clean[at] & 0xFC00) == 0xDC00 ? 1 : 0);
+            for (const std::u16string& fault : faults) {
+                std::u16string text = clean;
+                text.insert(boundary, fault);
+                const auto needed = static_cast<int32_t>(utf8Of(text.substr(0, boundary)).size());
+                for (int32_t split : {0, static_cast<int32_t>(boundary), static_cast<int32_t>(boundary) + 1}) {
+                    for (int32_t room : {needed - 1, needed, needed + 1, static_cast<int32_t>(3 * text.size())}) {
+                        if (room < 0) {
+                            continue;
+                        }
+                        const auto scalar =
+                            convertFrom<CTBUTF8, char16_t, char>(SimdLevel::Scalar, text, 5, room, split);
+                        for (SimdLevel level : m_levels) {
+                            SCOPED_TRACE(testing::Message()
+                                         << "level " << static_cast<int>(level) << ", neighbour " << int(neighbour[1])
+                                         << ", at " << at << ", fault " << fault.size() << ", split " << split
+                                         << ", room " << room);
+                            EXPECT_EQ(scalar, (convertFrom<CTBUTF8, char16_t, char>(level, text, 5, room, split)));
+                        }
+                    }
+                }
+            }
+        }
+    }
+}
+
 TEST_F(CharsetSimdLevels, ALevelAboveTheProcessorsIsLoweredAndTheScalarLevelIsAlwaysThere)
 {
     EXPECT_EQ(SimdLevel::Scalar, setUtf8SimdLevel(SimdLevel::Scalar));

@@ -83,6 +83,26 @@ TEST(StringFormat, ArgumentTextIsNeverSearchedAgain)
     EXPECT_EQ(text(s.format(u"[{0}]", -1, u"")), u"[]");
 }
 
+// A String argument is taken up to its first NUL, as its NUL-terminated
+// units always were; a String pattern keeps every unit it holds.
+TEST(StringFormat, EmbeddedNulEndsAStringArgumentButNotAStringPattern)
+{
+    const String withNul(u"ab\0cd", 5);
+    ASSERT_EQ(withNul.getLength(), 5);
+    String s;
+    EXPECT_EQ(text(s.format(u"[{0}|{1}]", -1, withNul, u"x")), u"[ab|x]");
+    EXPECT_EQ(text(s.format(String(u"<{0}>"), withNul)), u"<ab>");
+    const String leadingNul(u"\0tail", 5);
+    EXPECT_EQ(text(s.format(u"[{0}]", -1, leadingNul)), u"[]");
+
+    const String pattern(u"{0}\0{0}", 7);
+    s.format(pattern, u"v");
+    EXPECT_EQ(s.getLength(), 3);
+    EXPECT_EQ(text(s), std::u16string(u"v\0v", 3));
+    EXPECT_EQ(text(s.format(u"{0}\0{0}", 7, u"w")), std::u16string(u"w\0w", 3));
+    EXPECT_EQ(text(s.format(u"{0}\0{0}", -1, u"t")), u"t") << "a NUL-terminated pattern ends at its NUL";
+}
+
 TEST(StringFormat, ThisStringMayBeThePatternOrAnArgument)
 {
     String s(u"{0}/{0}");

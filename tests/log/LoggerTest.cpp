@@ -64,6 +64,25 @@ TEST(LoggerTest, DefaultFieldsOfBothConstructors)
     EXPECT_EQ(field(namedEntry, u"name"), "net");
 }
 
+// Each standard value is held once, by its entry: counted more, it would
+// outlive the entry; counted less, the entry would hold a freed object.
+TEST(LoggerTest, EveryStandardValueIsHeldByItsEntryAlone)
+{
+    Reference<Logger> logger = Logger::create(u"counted");
+    for (const char16_t* key : {u"sequence", u"thread", u"timestamp"})
+        logger->enableField(key, true);
+    auto sink = attach(*logger);
+    logger->log(2, u"once");
+    ASSERT_EQ(sink->count(), 1u);
+    const ILogEntry* entry = sink->entries()[0].get();
+    ASSERT_EQ(nameSet(entry).size(), 6u);
+    for (const char16_t* key : {u"level", u"text", u"sequence", u"thread", u"timestamp", u"name"}) {
+        Reference<const Object> value = entry->getField(key);
+        ASSERT_TRUE(value) << logtest::utf8(String(key));
+        EXPECT_EQ(value->GetRefCount(), 2) << logtest::utf8(String(key)) << ": the entry's and this one";
+    }
+}
+
 TEST(LoggerTest, DefaultLevelAndNoFiltering)
 {
     Logger logger;

@@ -6,6 +6,8 @@
 #include <cmath>
 #include <cstring>
 #include <string>
+#include <sys/mman.h>
+#include <unistd.h>
 
 namespace {
 
@@ -242,4 +244,65 @@ TEST(String, UnicodeToAnsiBuffers)
     EXPECT_EQ(QVUnicodeToAnsi(u"a", 1, nullptr, 8, &written), QV_E_POINTER);
 }
 
+const char16_t* FindByUnit(const char16_t* text, char16_t unit)
+{
+    while (*text != 0 && *text != unit)
+        ++text;
+    return text;
+}
+
+// Every start offset within a block, every length up to a few blocks, the
+// sought unit at every place or absent, units that share a byte with it, and
+// a NUL and the sought unit just before the text, in the same block.
+TEST(String, FindUnitOrEndAgreesWithAUnitLoopAtEveryAlignment)
+{
+    alignas(16) char16_t storage[64 + 16];
+    for (size_t offset = 0; offset <= 8; ++offset) {
+        for (size_t i = 0; i < offset; ++i)
+            storage[i] = i % 2 ? u'{' : 0;
+        char16_t* text = storage + offset;
+        for (int length = 0; length <= 40; ++length) {
+            for (int at = -1; at < length; ++at) {
+                for (int i = 0; i < length; ++i)
+                    text[i] = (i % 3 == 0) ? u'\u7B00' : u'a' + static_cast<char16_t>(i % 20);
+                if (at >= 0)
+                    text[at] = u'{';
+                text[length] = 0;
+                text[length + 1] = u'{'; // beyond the end: must not be found
+                ASSERT_EQ(QVStrFindUnitOrEndW(text, u'{'), FindByUnit(text, u'{'))
+                    << "offset " << offset << " length " << length << " at " << at;
+                ASSERT_EQ(QVStrLenW(text), length) << "offset " << offset;
+                ASSERT_EQ(QVStrFindUnitOrEndW(text, 0), text + length);
+            }
+        }
+    }
+}
+
+// A text that ends at the last unit of a page followed by an inaccessible
+// page: a scan reading past the terminator into the next page would fault.
+TEST(String, FindUnitOrEndStopsAtThePageOfTheTerminator)
+{
+    const size_t page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
+    void* mapped = mmap(nullptr, 2 * page, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    ASSERT_NE(mapped, MAP_FAILED);
+    unsigned char* first = static_cast<unsigned char*>(mapped);
+    ASSERT_EQ(mprotect(first + page, page, PROT_NONE), 0);
+    for (size_t units = 1; units <= 20; ++units) {
+        char16_t* text = reinterpret_cast<char16_t*>(first + page - units * sizeof(char16_t));
+        for (size_t i = 0; i + 1 < units; ++i)
+            text[i] = u'x';
+        text[units - 1] = 0;
+        EXPECT_EQ(QVStrFindUnitOrEndW(text, u'{'), text + units - 1);
+        EXPECT_EQ(QVStrLenW(text), static_cast<int32_t>(units - 1));
+    }
+    // A text at an odd address (units cast from packed bytes) ends the same
+    // way, its units straddling the blocks' lanes: "y{" then "z" and a NUL.
+    unsigned char* odd = first + page - 9;
+    const char16_t units[] = {u'y', u'{', u'z', 0};
+    std::memcpy(odd, units, sizeof(units));
+    const char16_t* text = reinterpret_cast<const char16_t*>(odd);
+    EXPECT_EQ(QVStrFindUnitOrEndW(text, u'{'), text + 1);
+    EXPECT_EQ(QVStrFindUnitOrEndW(text, u'#'), text + 3);
+    munmap(mapped, 2 * page);
+}
 } // namespace

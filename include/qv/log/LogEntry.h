@@ -79,8 +79,9 @@ private:
     // map's, String::hashCode(false)) the caller knows.
     void setLastingField(const String& name, uint32_t hash, const Object* value);
     // setLastingField for a name this entry does not hold yet (a logger's
-    // standard fields, set once each on a new entry): no search for it.
-    void addLastingField(const String& name, uint32_t hash, const Object* value);
+    // standard fields, set once each on a new entry): no search for it. The
+    // caller's reference to value is handed over to the field.
+    void addLastingField(const String& name, uint32_t hash, Reference<Object>&& value);
 
     // The fields in the order they were first set, while they are few
     // enough for a StringHashMap of 101 buckets not to grow; the names are

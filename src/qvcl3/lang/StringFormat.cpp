@@ -133,30 +133,16 @@ void scanPattern(const char16_t* pattern, int32_t length, PlaceholderList& found
     }
 }
 
-// Units from 1 to 'z', most of any text, need no second look: one test
-// lets them through.
-inline bool isPlainUnit(char16_t c) noexcept
-{
-    return static_cast<char16_t>(c - 1) < u'z';
-}
-
 // The length scan of a NUL-terminated pattern and its placeholder scan in
-// one pass. No unit is read before the one ahead of it is known not to end
-// the text: a wider read could pass the terminator and leave the caller's
-// memory.
+// one pass: the platform's block scan stops at each '{' and at the end.
 int32_t scanTerminatedPattern(const char16_t* pattern, PlaceholderList& found)
 {
-    const char16_t* p = pattern;
-    for (;;) {
-        while (isPlainUnit(p[0]) && isPlainUnit(p[1]) && isPlainUnit(p[2]) && isPlainUnit(p[3]))
-            p += 4;
-        while (isPlainUnit(*p))
-            ++p;
+    const char16_t* p = QVStrFindUnitOrEndW(pattern, u'{');
+    while (*p != 0) {
         const int32_t at = static_cast<int32_t>(p - pattern);
-        if (*p == 0)
-            return at;
-        p = pattern + (*p == u'{' ? takePlaceholder(pattern, detail::kMaxStringLength, at, found) : at + 1);
+        p = QVStrFindUnitOrEndW(pattern + takePlaceholder(pattern, detail::kMaxStringLength, at, found), u'{');
     }
+    return static_cast<int32_t>(p - pattern);
 }
 
 // The first index that no placeholder carries: with k placeholders it is at

@@ -175,14 +175,19 @@ void LogEntry::setLastingField(const String& name, uint32_t hash, const Object* 
     put(name, hash, true, value ? const_cast<Object*>(value)->GetUnknown() : nullptr, value);
 }
 
-void LogEntry::addLastingField(const String& name, uint32_t hash, const Object* value)
+void LogEntry::addLastingField(const String& name, uint32_t hash, Reference<Object>&& value)
 {
     if (m_map || m_count >= INLINE_FIELDS) {
-        setLastingField(name, hash, value);
+        setLastingField(name, hash, value.get());
         return;
     }
-    IQVUnknown* const unknown = value ? const_cast<Object*>(value)->GetUnknown() : nullptr;
-    new (reinterpret_cast<Field*>(m_inline) + m_count) Field(name, true, hash, unknown, value);
+    // The field takes the caller's reference instead of one of its own: a
+    // logger's new value is counted once, not up twice and down once, and
+    // each count is an atomic operation on a box the worker will free.
+    Object* const object = value.detach();
+    IQVUnknown* const unknown = object ? object->GetUnknown() : nullptr;
+    Field* const field = new (reinterpret_cast<Field*>(m_inline) + m_count) Field(name, true, hash, nullptr, object);
+    field->value.attach(unknown);
     ++m_count;
 }
 

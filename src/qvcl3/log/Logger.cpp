@@ -112,34 +112,24 @@ void Logger::setProcessor(ILogProcessor* processor)
 Reference<ILogEntry> Logger::getLogEntry(int level, const String& text) const
 {
     Reference<LogEntry> entry = LogEntry::create();
-    const auto setStandardField = [&entry](int field, const Object* value) {
+    // Each value is owned by a Reference from the moment it is made: the
+    // field key a call looks up may be built on first use and fail.
+    const auto setStandardField = [&entry](int field, Reference<Object>&& value) {
         const FieldKey& key = fieldKey(field);
-        entry->addLastingField(key.name, key.hash, value);
+        entry->addLastingField(key.name, key.hash, std::move(value));
     };
-    if (m_fields[LEVEL]) {
-        Reference<Integer32> value(new Integer32(level));
-        setStandardField(LEVEL, value.get());
-    }
-    if (m_fields[TEXT]) {
-        Reference<String> value(new String(text));
-        setStandardField(TEXT, value.get());
-    }
-    if (m_fields[SEQUENCE]) {
-        Reference<Integer32> value(new Integer32(m_sequence.load(std::memory_order_relaxed)));
-        setStandardField(SEQUENCE, value.get());
-    }
-    if (m_fields[THREAD]) {
-        Reference<UInteger32> value(new UInteger32(exec::Thread::getCurrentID()));
-        setStandardField(THREAD, value.get());
-    }
-    if (m_fields[TIMESTAMP]) {
-        Reference<TimeStamp> value(new TimeStamp(true));
-        setStandardField(TIMESTAMP, value.get());
-    }
-    if (m_fields[NAME]) {
-        Reference<String> value(new String(m_name));
-        setStandardField(NAME, value.get());
-    }
+    if (m_fields[LEVEL])
+        setStandardField(LEVEL, Reference<Object>(new Integer32(level)));
+    if (m_fields[TEXT])
+        setStandardField(TEXT, Reference<Object>(new String(text)));
+    if (m_fields[SEQUENCE])
+        setStandardField(SEQUENCE, Reference<Object>(new Integer32(m_sequence.load(std::memory_order_relaxed))));
+    if (m_fields[THREAD])
+        setStandardField(THREAD, Reference<Object>(new UInteger32(exec::Thread::getCurrentID())));
+    if (m_fields[TIMESTAMP])
+        setStandardField(TIMESTAMP, Reference<Object>(new TimeStamp(true)));
+    if (m_fields[NAME])
+        setStandardField(NAME, Reference<Object>(new String(m_name)));
     // Handed over, not shared: the count of a new entry is not touched again.
     return Reference<ILogEntry>(std::move(entry));
 }

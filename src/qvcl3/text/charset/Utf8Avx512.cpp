@@ -398,49 +398,154 @@ void decodeBlocksAvx512(const uint8_t* in, int32_t& inPos, int32_t inEnd, char16
 
 namespace {
 
-// Thirty-two units at a time. Every unit becomes the UTF-8 bytes of its
-// character in a 32-bit lane (a high surrogate those of the pair, the low
-// surrogate none), and the bytes that count are packed together. A block
-// with a lone surrogate is left to the careful step; a pair cut by the end
-// of the block is left to the next block.
-//
-// With `fixedThree`, a half block of sixteen three-byte characters (most
-// halves of East Asian text) is stored in a fixed order instead: 48 bytes,
-// without the masks of the bytes each lane writes or packing by them.
-template <bool fixedThree>
-void encodeBlocks(const char16_t* in, int32_t& inPos, int32_t inEnd, uint8_t* out, int32_t& outPos, int32_t outEnd)
+// A 512-bit constant, kept in memory.
+struct alignas(64) Vector {
+    uint64_t quads[8];
+};
+
+constexpr Vector repeat64(uint64_t value)
+{
+    Vector v{};
+    for (uint64_t& quad : v.quads) {
+        quad = value;
+    }
+    return v;
+}
+
+constexpr Vector repeat32(uint32_t value)
+{
+    return repeat64(value | uint64_t{value} << 32);
+}
+constexpr Vector repeat16(uint16_t value)
+{
+    return repeat32(value | uint32_t{value} << 16);
+}
+
+// 16-bit lane i holds the index of lane i + step (the edge lane repeated).
+constexpr Vector laneShifted(int step)
+{
+    Vector v{};
+    for (int lane = 0; lane < 32; ++lane) {
+        const int from = lane + step < 0 ? 0 : lane + step > 31 ? 31 : lane + step;
+        v.quads[lane / 4] |= uint64_t(from) << (16 * (lane % 4));
+    }
+    return v;
+}
+
+// The encoding loop's constant vectors. It keeps more of them than the
+// compiler will hold in registers when it sees their values: it then builds
+// each one again from an immediate inside the loop at every use (two
+// instructions each), which cost text with emoji 40% and East Asian text a
+// tenth. Reached through a volatile pointer, their values are unknown to the
+// compiler, which then loads them once, before the loop.
+struct EncodeConstants {
+    Vector belowTwo = repeat16(0x80);
+    Vector belowThree = repeat16(0x800);
+    Vector surrogateTag = repeat16(0xFC00);
+    Vector highTag = repeat16(0xD800);
+    Vector lowTag = repeat16(0xDC00);
+    Vector lowSixBits = repeat16(0x3F);
+    Vector twoByteTags = repeat16(0x80C0);
+    // vpermw indices of the next and the previous unit.
+    Vector next = laneShifted(1);
+    Vector previous = laneShifted(-1);
+    // vpmultishiftqb bit offsets of the bytes of both 32-bit lanes of each
+    // quadword: the value bits from 18, 12, 6 and 0 up for the four-byte
+    // form, from 12, 6 and 0 up for the three-byte one; of the four 16-bit
+    // lanes, from 6 and 0 up for the two-byte form (a low surrogate's lane
+    // takes the same bits) and from 8 and 2 up for a high surrogate.
+    Vector fourStarts = repeat64(0x20262C3200060C12);
+    Vector threeStarts = repeat64(0x2020262C0000060C);
+    Vector twoStarts = repeat64(0x3036202610160006);
+    Vector highStarts = repeat64(0x3238222812180208);
+    Vector sixBitsPerByte = repeat16(0x3F3F);
+    Vector highTags = repeat16(0x80F0);
+    Vector lowTags = repeat16(0x8080);
+    Vector lowTenBits = repeat16(0x3FF);
+    Vector highBias = repeat16(0xD7C0);
+    // (0xD800 << 10) + 0xDC00 - 0x10000
+    Vector pairBias = repeat32(0x35FDC00);
+    Vector fourBits = repeat32(0x3F3F3F07);
+    Vector fourTags = repeat32(0x808080F0);
+    Vector threeBits = repeat32(0x003F3F0F);
+    Vector threeTags = repeat32(0x008080E0);
+    // Or-ed into a continuation-tagged byte (80 | x) that leads a shorter
+    // character: x is below 20 there, so it becomes C0 | x; in the four-byte
+    // form, with x below 10 in the second byte, E0 | x.
+    Vector twoLeadInSecond = repeat32(0x4000);
+    Vector twoLeadInThird = repeat32(0x400000);
+    Vector threeLeadInSecond = repeat32(0x6000);
+};
+
+constexpr EncodeConstants encodeConstants{};
+const EncodeConstants* volatile g_encodeConstants = &encodeConstants;
+
+} // namespace
+
+// Thirty-two units at a time. An all-ASCII block is narrowed, a block below
+// 0x800 packs each unit's one- or two-byte form from its 16-bit lane, and so
+// does a block of pairs among such characters (a pair's four bytes fill its
+// two lanes). Otherwise every unit is widened to a 32-bit lane that holds its
+// UTF-8 bytes: in a block without surrogates (East Asian text) the
+// three-byte form, of which a two-byte character keeps the last two bytes
+// and ASCII its own; in a block with pairs the four-byte form of every lane
+// (a high surrogate that of the pair, the low surrogate none), of which the
+// shorter characters keep the last three or two bytes. The bytes that count
+// are packed together (vpcompressb). A block with a lone surrogate is left
+// to the careful step; a pair cut by the end of the block is left to the
+// next block. Which bytes each lane writes comes from the masks alone
+// (pdep), so the stores of the next half and block need not wait for the
+// forms.
+void encodeBlocksAvx512(const char16_t* in, int32_t& inPos, int32_t inEnd, uint8_t* out, int32_t& outPos,
+                        int32_t outEnd)
 {
     // Positions in locals, as in decoding.
     int32_t ip = inPos;
     int32_t op = outPos;
-    const __m512i next = _mm512_set_epi16(31, 31, 30, 29, 28, 27, 26, 25, 24, 23, 22, 21, 20, 19, 18, 17, 16, 15, 14,
-                                          13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1);
-    // vpmultishiftqb bit offsets of the four bytes of both 32-bit lanes of
-    // each quadword.
-    const __m512i groupStarts = _mm512_set1_epi64(0x20262C3200060C12);
-    // vpermb indices that keep the first three bytes of each 32-bit lane.
-    alignas(64) static const uint8_t firstThreeOfFour[64] = {
-        0,  1,  2,  4,  5,  6,  8,  9,  10, 12, 13, 14, 16, 17, 18, 20, 21, 22, 24, 25, 26, 28,
-        29, 30, 32, 33, 34, 36, 37, 38, 40, 41, 42, 44, 45, 46, 48, 49, 50, 52, 53, 54, 56, 57,
-        58, 60, 61, 62, 0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0};
-    const __m512i threeOfEachFour = _mm512_load_si512(firstThreeOfFour);
+    const EncodeConstants& k = *g_encodeConstants;
+    auto load = [](const Vector& v) { return _mm512_load_si512(v.quads); };
+    const __m512i belowTwo = load(k.belowTwo);
+    const __m512i belowThree = load(k.belowThree);
+    const __m512i surrogateTag = load(k.surrogateTag);
+    const __m512i highTag = load(k.highTag);
+    const __m512i lowTag = load(k.lowTag);
+    const __m512i lowSixBits = load(k.lowSixBits);
+    const __m512i twoByteTags = load(k.twoByteTags);
+    const __m512i next = load(k.next);
+    const __m512i previous = load(k.previous);
+    const __m512i fourStarts = load(k.fourStarts);
+    const __m512i threeStarts = load(k.threeStarts);
+    const __m512i twoStarts = load(k.twoStarts);
+    const __m512i highStarts = load(k.highStarts);
+    const __m512i sixBitsPerByte = load(k.sixBitsPerByte);
+    const __m512i highTags = load(k.highTags);
+    const __m512i lowTags = load(k.lowTags);
+    const __m512i lowTenBits = load(k.lowTenBits);
+    const __m512i highBias = load(k.highBias);
+    const __m512i pairBias = load(k.pairBias);
+    const __m512i fourBits = load(k.fourBits);
+    const __m512i fourTags = load(k.fourTags);
+    const __m512i threeBits = load(k.threeBits);
+    const __m512i threeTags = load(k.threeTags);
+    const __m512i twoLeadInSecond = load(k.twoLeadInSecond);
+    const __m512i twoLeadInThird = load(k.twoLeadInThird);
+    const __m512i threeLeadInSecond = load(k.threeLeadInSecond);
     while (inEnd - ip >= 32 && outEnd - op >= 128) {
         const __m512i u = _mm512_loadu_si512(in + ip);
-        const uint32_t ascii = _mm512_cmplt_epu16_mask(u, _mm512_set1_epi16(0x80));
+        const uint32_t ascii = _mm512_cmplt_epu16_mask(u, belowTwo);
         if (ascii == ~0u) {
             _mm256_storeu_si256(reinterpret_cast<__m256i*>(out + op), _mm512_cvtepi16_epi8(u));
             ip += 32;
             op += 32;
             continue;
         }
-        const uint32_t below800 = _mm512_cmplt_epu16_mask(u, _mm512_set1_epi16(0x800));
+        const uint32_t below800 = _mm512_cmplt_epu16_mask(u, belowThree);
         if (below800 == ~0u) {
             // ASCII and two-byte characters (European text): each unit's
             // two-byte form, or itself where it is ASCII, in its own 16-bit
             // lane, and only the first byte of the ASCII lanes kept.
-            const __m512i two =
-                _mm512_or_si512(_mm512_or_si512(_mm512_set1_epi16(static_cast<short>(0x80C0)), _mm512_srli_epi16(u, 6)),
-                                _mm512_slli_epi16(_mm512_and_si512(u, _mm512_set1_epi16(0x3F)), 8));
+            const __m512i two = _mm512_or_si512(_mm512_or_si512(twoByteTags, _mm512_srli_epi16(u, 6)),
+                                                _mm512_slli_epi16(_mm512_and_si512(u, lowSixBits), 8));
             const __m512i forms = _mm512_mask_mov_epi16(two, ascii, u);
             const uint64_t usedBytes = _pdep_u64(~ascii, 0xAAAAAAAAAAAAAAAAull) | 0x5555555555555555ull;
             _mm512_storeu_si512(out + op, _mm512_maskz_compress_epi8(usedBytes, forms));
@@ -448,9 +553,36 @@ void encodeBlocks(const char16_t* in, int32_t& inPos, int32_t inEnd, uint8_t* ou
             ip += 32;
             continue;
         }
-        const __m512i tag = _mm512_and_si512(u, _mm512_set1_epi16(static_cast<short>(0xFC00)));
-        uint32_t highs = _mm512_cmpeq_epi16_mask(tag, _mm512_set1_epi16(static_cast<short>(0xD800)));
-        const uint32_t lows = _mm512_cmpeq_epi16_mask(tag, _mm512_set1_epi16(static_cast<short>(0xDC00)));
+        const __m512i tag = _mm512_and_si512(u, surrogateTag);
+        uint32_t highs = _mm512_cmpeq_epi16_mask(tag, highTag);
+        const uint32_t lows = _mm512_cmpeq_epi16_mask(tag, lowTag);
+        const uint32_t twoByte = below800 & ~ascii;
+        if ((highs | lows) == 0) {
+            // Characters of up to three bytes. No branch on whether a half
+            // is all three-byte characters (most halves of East Asian text,
+            // which could then be stored in a fixed order): with some ASCII
+            // in the text that branch is data no predictor learns, and once
+            // the input streamed from memory each miss cost more than the
+            // fixed order saved.
+            for (int half = 0; half < 2; ++half) {
+                const int shift = 16 * half;
+                const __m512i c =
+                    _mm512_cvtepu16_epi32(half == 0 ? _mm512_castsi512_si256(u) : _mm512_extracti64x4_epi64(u, 1));
+                const __mmask16 one = static_cast<__mmask16>(ascii >> shift);
+                const __mmask16 two = static_cast<__mmask16>(twoByte >> shift);
+                __m512i bytes =
+                    _mm512_ternarylogic_epi32(_mm512_multishift_epi64_epi8(threeStarts, c), threeBits, threeTags, 0xEA);
+                bytes = _mm512_mask_or_epi32(bytes, two, bytes, twoLeadInSecond);
+                bytes = _mm512_mask_mov_epi32(bytes, one, c);
+                // Byte 0: ASCII and the lead of three; bytes 1 and 2: all but ASCII.
+                const uint64_t second = _pdep_u64(~one & 0xFFFFu, 0x2222222222222222ull);
+                const uint64_t usedBytes = _pdep_u64(~two & 0xFFFFu, 0x1111111111111111ull) | second | (second << 1);
+                _mm512_storeu_si512(out + op, _mm512_maskz_compress_epi8(usedBytes, bytes));
+                op += static_cast<int32_t>(_mm_popcnt_u64(usedBytes));
+            }
+            ip += 32;
+            continue;
+        }
         if ((highs << 1) != lows) {
             break;
         }
@@ -465,53 +597,57 @@ void encodeBlocks(const char16_t* in, int32_t& inPos, int32_t inEnd, uint8_t* ou
             highs &= 0x7FFFFFFFu;
             silent |= 0x80000000u;
         }
-        const uint32_t twoByte = below800 & ~ascii;
-        const uint32_t threeByte = ~below800 & ~(highs | lows);
-        // Whether a block has pairs is steady in most text, whether each
-        // half has is not: the branch is taken per block.
-        const bool pairs = highs != 0;
-        const __m512i following = pairs ? _mm512_permutexvar_epi16(next, u) : u;
+        const uint32_t threeByte = ~below800 & ~(highs | silent);
+        if (threeByte == 0) {
+            // Pairs among ASCII and two-byte characters (text with emoji):
+            // every character's bytes fit the 16-bit lanes of its units, a
+            // pair's four in its two, so the block is built where it lies.
+            // A high surrogate's lane holds bits 18 and 12 up of the code
+            // point, which are those of high - 0xD7C0 from 8 and 2 up; a low
+            // surrogate's the two-byte form of its value bits below the two
+            // lowest bits of the high surrogate.
+            const __m512i before = _mm512_permutexvar_epi16(previous, u);
+            const __m512i lowWithHigh = _mm512_ternarylogic_epi32(u, lowTenBits, _mm512_slli_epi16(before, 10), 0xEA);
+            __m512i source = _mm512_mask_mov_epi16(u, lows, lowWithHigh);
+            source = _mm512_mask_sub_epi16(source, highs, u, highBias);
+            const __m512i starts = _mm512_mask_mov_epi16(twoStarts, highs, highStarts);
+            __m512i tags = _mm512_mask_mov_epi16(twoByteTags, highs, highTags);
+            tags = _mm512_mask_mov_epi16(tags, lows, lowTags);
+            __m512i forms =
+                _mm512_ternarylogic_epi32(_mm512_multishift_epi64_epi8(starts, source), sixBitsPerByte, tags, 0xEA);
+            forms = _mm512_mask_mov_epi16(forms, ascii, u);
+            const uint32_t spoken = ~(silent & ~lows);
+            const uint64_t usedBytes =
+                _pdep_u64(spoken, 0x5555555555555555ull) | _pdep_u64(spoken & ~ascii, 0xAAAAAAAAAAAAAAAAull);
+            _mm512_storeu_si512(out + op, _mm512_maskz_compress_epi8(usedBytes, forms));
+            op += static_cast<int32_t>(_mm_popcnt_u64(usedBytes));
+            ip += length;
+            continue;
+        }
+        const __m512i following = _mm512_permutexvar_epi16(next, u);
         for (int half = 0; half < 2; ++half) {
             const int shift = 16 * half;
             const __m512i c =
                 _mm512_cvtepu16_epi32(half == 0 ? _mm512_castsi512_si256(u) : _mm512_extracti64x4_epi64(u, 1));
+            const __m512i d = _mm512_cvtepu16_epi32(half == 0 ? _mm512_castsi512_si256(following)
+                                                              : _mm512_extracti64x4_epi64(following, 1));
             const __mmask16 h = static_cast<__mmask16>(highs >> shift);
             const __mmask16 one = static_cast<__mmask16>(ascii >> shift);
             const __mmask16 two = static_cast<__mmask16>(twoByte >> shift);
             const __mmask16 three = static_cast<__mmask16>(threeByte >> shift);
-            __m512i cp = c;
-            if (pairs) {
-                const __m512i d = _mm512_cvtepu16_epi32(half == 0 ? _mm512_castsi512_si256(following)
-                                                                  : _mm512_extracti64x4_epi64(following, 1));
-                // (high << 10) + low - (0xD800 << 10) - 0xDC00 + 0x10000
-                cp = _mm512_mask_add_epi32(c, h, _mm512_slli_epi32(c, 10),
-                                           _mm512_sub_epi32(d, _mm512_set1_epi32(0x35FDC00)));
-            }
-            // Every lane's four-byte form, first byte in the low byte: the
-            // value bits from 18, 12, 6 and 0 up (vpmultishiftqb), masked
-            // and tagged. The shorter forms are its last bytes with 60 or 40
-            // added to the first of them (80 | x becomes E0 | x or C0 | x).
-            const __m512i four =
-                _mm512_ternarylogic_epi32(_mm512_multishift_epi64_epi8(groupStarts, cp), _mm512_set1_epi32(0x3F3F3F07),
-                                          _mm512_set1_epi32(static_cast<int>(0x808080F0)), 0xEA);
-            // Only in blocks without pairs, which East Asian text is made of:
-            // the check cost text with emoji 3%. Not with the high surrogate
-            // of a cut pair either, which would be written as a character.
-            if (fixedThree && !pairs && static_cast<__mmask16>((threeByte & ~silent) >> shift) == 0xFFFF) {
-                const __m512i forms = _mm512_add_epi32(_mm512_srli_epi32(four, 8), _mm512_set1_epi32(0x60));
-                _mm512_storeu_si512(out + op, _mm512_permutexvar_epi8(threeOfEachFour, forms));
-                op += 48;
-                continue;
-            }
-            __m512i bytes = _mm512_mask_add_epi32(four, three, _mm512_srli_epi32(four, 8), _mm512_set1_epi32(0x60));
-            bytes = _mm512_mask_add_epi32(bytes, two, _mm512_srli_epi32(four, 16), _mm512_set1_epi32(0x40));
+            // (high << 10) + low - (0xD800 << 10) - 0xDC00 + 0x10000
+            const __m512i cp = _mm512_mask_add_epi32(c, h, _mm512_slli_epi32(c, 10), _mm512_sub_epi32(d, pairBias));
+            __m512i bytes =
+                _mm512_ternarylogic_epi32(_mm512_multishift_epi64_epi8(fourStarts, cp), fourBits, fourTags, 0xEA);
+            bytes = _mm512_mask_or_epi32(bytes, three, bytes, threeLeadInSecond);
+            bytes = _mm512_mask_or_epi32(bytes, two, bytes, twoLeadInThird);
             bytes = _mm512_mask_mov_epi32(bytes, one, c);
-            // The bytes each lane writes, from the masks alone: the stores
-            // of the next half and block need not wait for the forms.
-            const uint32_t spoken = ~(silent >> shift) & 0xFFFF;
-            const uint64_t usedBytes =
-                _pdep_u64(spoken, 0x1111111111111111ull) | _pdep_u64(spoken & ~one, 0x2222222222222222ull) |
-                _pdep_u64(spoken & ~(one | two), 0x4444444444444444ull) | _pdep_u64(h, 0x8888888888888888ull);
+            // Byte 0: the pairs and ASCII; byte 1: the pairs and the leads of
+            // three; bytes 2 and 3: every lane that writes, but ASCII.
+            const uint32_t spoken = ~(silent >> shift) & 0xFFFFu;
+            const uint64_t third = _pdep_u64(spoken & ~one, 0x4444444444444444ull);
+            const uint64_t usedBytes = _pdep_u64(h | one, 0x1111111111111111ull) |
+                                       _pdep_u64(h | three, 0x2222222222222222ull) | third | (third << 1);
             _mm512_storeu_si512(out + op, _mm512_maskz_compress_epi8(usedBytes, bytes));
             op += static_cast<int32_t>(_mm_popcnt_u64(usedBytes));
         }
@@ -519,42 +655,6 @@ void encodeBlocks(const char16_t* in, int32_t& inPos, int32_t inEnd, uint8_t* ou
     }
     inPos = ip;
     outPos = op;
-}
-
-// Input beyond this many units goes through the blocks without the fixed
-// order. That order saves a fifth of the time while the input comes from the
-// second-level cache, but whether a half qualifies is data the branch cannot
-// predict (one East Asian half in two, with 4% ASCII), and with the input
-// streaming from further out each miss cost so much more that East Asian
-// encoding of 16 MiB ran at half the speed. Measured on the development
-// machine (1 MiB of second-level cache per core): 1.25x with 0.7 MiB of
-// input, 0.69x with 1.4 MiB; the limit, 512 KiB, keeps clear of the edge.
-constexpr int32_t fixedThreeUnits = 256 * 1024;
-
-// Whether the text at `in` looks East Asian: at least half of its first
-// 32 units three-byte characters. Only such calls take the loop with the
-// fixed order; text that never uses the shortcut ran slower through it
-// (European encoding by up to 8%, text with emoji by up to 6%).
-bool startsEastAsian(const char16_t* in)
-{
-    const __m512i u = _mm512_loadu_si512(in);
-    const uint32_t belowThree = _mm512_cmplt_epu16_mask(u, _mm512_set1_epi16(0x800));
-    const uint32_t surrogates =
-        _mm512_cmpeq_epi16_mask(_mm512_and_si512(u, _mm512_set1_epi16(static_cast<short>(0xF800))),
-                                _mm512_set1_epi16(static_cast<short>(0xD800)));
-    return _mm_popcnt_u32(~(belowThree | surrogates)) >= 16;
-}
-
-} // namespace
-
-void encodeBlocksAvx512(const char16_t* in, int32_t& inPos, int32_t inEnd, uint8_t* out, int32_t& outPos,
-                        int32_t outEnd)
-{
-    if (inEnd - inPos >= 32 && inEnd - inPos <= fixedThreeUnits && startsEastAsian(in + inPos)) {
-        encodeBlocks<true>(in, inPos, inEnd, out, outPos, outEnd);
-    } else {
-        encodeBlocks<false>(in, inPos, inEnd, out, outPos, outEnd);
-    }
 }
 
 // The entry points. The block loops above have external linkage so that
