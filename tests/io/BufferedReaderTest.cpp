@@ -192,13 +192,10 @@ TEST(BufferedReaderTest, EveryOperationAfterCloseThrowsStreamClosed)
     reader->close();
     String line;
     char16_t unit;
-    EXPECT_EQ("stream closed", ioFailure([&] { reader->readLine(line); }));
-    EXPECT_EQ("stream closed", ioFailure([&] { reader->read(); }));
-    EXPECT_EQ("stream closed", ioFailure([&] { reader->read(&unit, 1); }));
-    EXPECT_EQ("stream closed", ioFailure([&] { reader->skip(1); }));
-    EXPECT_EQ("stream closed", ioFailure([&] { reader->ready(); }));
-    EXPECT_EQ("stream closed", ioFailure([&] { reader->mark(1); }));
-    EXPECT_EQ("stream closed", ioFailure([&] { reader->reset(); }));
+    iotest::expectEachFails("stream closed",
+                            {[&] { reader->readLine(line); }, [&] { reader->read(); }, [&] { reader->read(&unit, 1); },
+                             [&] { reader->skip(1); }, [&] { reader->ready(); }, [&] { reader->mark(1); },
+                             [&] { reader->reset(); }});
     // The wrapped reader was closed too.
     EXPECT_EQ("stream closed", ioFailure([&] { in->read(); }));
     EXPECT_EQ(static_cast<Result>(0x80070057), qvtest::resultOf([] { BufferedReader nothing(nullptr); }));

@@ -282,19 +282,15 @@ TEST(EncodingReaderWriterTest, EveryOperationAfterCloseThrowsStreamClosed)
     reader->close();
     reader->close();
     char16_t unit;
-    EXPECT_EQ("stream closed", ioFailure([&] { reader->read(); }));
-    EXPECT_EQ("stream closed", ioFailure([&] { reader->read(&unit, 1); }));
-    EXPECT_EQ("stream closed", ioFailure([&] { reader->skip(1); }));
-    EXPECT_EQ("stream closed", ioFailure([&] { reader->ready(); }));
+    iotest::expectEachFails("stream closed", {[&] { reader->read(); }, [&] { reader->read(&unit, 1); },
+                                              [&] { reader->skip(1); }, [&] { reader->ready(); }});
 
     auto sink = makeReference<ByteArrayOutputStream>();
     auto writer = makeReference<OutputStreamWriter>(sink.get());
     writer->close();
     writer->close();
-    EXPECT_EQ("stream closed", ioFailure([&] { writer->write(u"x", 1); }));
-    EXPECT_EQ("stream closed", ioFailure([&] { writer->write(QV_STR(u"x")); }));
-    EXPECT_EQ("stream closed", ioFailure([&] { writer->write(u'x'); }));
-    EXPECT_EQ("stream closed", ioFailure([&] { writer->flush(); }));
+    iotest::expectEachFails("stream closed", {[&] { writer->write(u"x", 1); }, [&] { writer->write(QV_STR(u"x")); },
+                                              [&] { writer->write(u'x'); }, [&] { writer->flush(); }});
 }
 
 TEST(EncodingReaderWriterTest, ConversionSurvivesEveryAllocationFailure)

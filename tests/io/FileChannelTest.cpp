@@ -150,21 +150,15 @@ TEST(FileChannelTest, EveryOperationOfAClosedChannelIsRefused)
     EXPECT_FALSE(lock->isValid()) << "closing the channel gives its locks up";
     lock->release();
     auto buffer = makeReference<RWByteBuffer>();
-    std::vector<std::function<void()>> operations = {
-        [&] { channel->read(buffer.get(), 1); },
-        [&] { channel->read(buffer.get(), 1, 0); },
-        [&] { channel->write(buffer.get()); },
-        [&] { channel->write(buffer.get(), 0); },
-        [&] { channel->position(); },
-        [&] { channel->position(1); },
-        [&] { channel->size(); },
-        [&] { channel->truncate(0); },
-        [&] { channel->force(true); },
-        [&] { channel->lock(); },
-        [&] { channel->tryLock(); },
-    };
-    for (auto& operation : operations)
-        EXPECT_EQ("channel not open", qvtest::messageOf<ResultException>(operation, kNotOpen));
+    int index = 0;
+    for (const auto& operation : std::initializer_list<std::function<void()>>{
+             [&] { channel->read(buffer.get(), 1); }, [&] { channel->read(buffer.get(), 1, 0); },
+             [&] { channel->write(buffer.get()); }, [&] { channel->write(buffer.get(), 0); },
+             [&] { channel->position(); }, [&] { channel->position(1); }, [&] { channel->size(); },
+             [&] { channel->truncate(0); }, [&] { channel->force(true); }, [&] { channel->lock(); },
+             [&] { channel->tryLock(); }})
+        EXPECT_EQ("channel not open", qvtest::messageOf<ResultException>(operation, kNotOpen))
+            << "operation " << index++;
 }
 
 TEST(FileChannelTest, ChannelsAnswerForBothInterfaces)

@@ -45,12 +45,9 @@ TEST(StringReaderTest, ReadsSkipsMarksAndEnds)
     EXPECT_EQ(-1, reader->read(units, 5));
     EXPECT_EQ(kInvalidArgument, resultOf([&] { StringReader(QV_STR(u"x")).read(static_cast<char16_t*>(nullptr), 1); }));
     reader->close();
-    EXPECT_EQ("stream closed", ioFailure([&] { reader->read(); }));
-    EXPECT_EQ("stream closed", ioFailure([&] { reader->read(units, 1); }));
-    EXPECT_EQ("stream closed", ioFailure([&] { reader->skip(1); }));
-    EXPECT_EQ("stream closed", ioFailure([&] { reader->ready(); }));
-    EXPECT_EQ("stream closed", ioFailure([&] { reader->mark(1); }));
-    EXPECT_EQ("stream closed", ioFailure([&] { reader->reset(); }));
+    iotest::expectEachFails("stream closed",
+                            {[&] { reader->read(); }, [&] { reader->read(units, 1); }, [&] { reader->skip(1); },
+                             [&] { reader->ready(); }, [&] { reader->mark(1); }, [&] { reader->reset(); }});
 }
 
 TEST(ReaderTest, BaseOperationsGoThroughTheBlockRead)
@@ -137,10 +134,8 @@ TEST(CharArrayWriterTest, ClosedWriterRefusesWritesButKeepsItsText)
     writer->write(QV_STR(u"kept"));
     writer->close();
     writer->close();
-    EXPECT_EQ("stream closed", ioFailure([&] { writer->write(u"x", 1); }));
-    EXPECT_EQ("stream closed", ioFailure([&] { writer->write(u'x'); }));
-    EXPECT_EQ("stream closed", ioFailure([&] { writer->write(QV_STR(u"x")); }));
-    EXPECT_EQ("stream closed", ioFailure([&] { writer->flush(); }));
+    iotest::expectEachFails("stream closed", {[&] { writer->write(u"x", 1); }, [&] { writer->write(u'x'); },
+                                              [&] { writer->write(QV_STR(u"x")); }, [&] { writer->flush(); }});
     EXPECT_EQ(u"kept", u16(writer->toString()));
 }
 
@@ -168,9 +163,8 @@ TEST(BufferedWriterTest, HoldsTextUntilFullFlushedOrClosed)
     writer->close();
     EXPECT_TRUE(u16(sink->toString()).size() == 77 && u16(sink->toString()).substr(74) == u"end");
     EXPECT_EQ("stream closed", ioFailure([&] { sink->write(u'x'); })) << "close closes the wrapped writer";
-    EXPECT_EQ("stream closed", ioFailure([&] { writer->write(u'x'); }));
-    EXPECT_EQ("stream closed", ioFailure([&] { writer->newLine(); }));
-    EXPECT_EQ("stream closed", ioFailure([&] { writer->flush(); }));
+    iotest::expectEachFails("stream closed",
+                            {[&] { writer->write(u'x'); }, [&] { writer->newLine(); }, [&] { writer->flush(); }});
 }
 
 TEST(BufferedWriterTest, AFailingSinkIsReportedByTheWriteOrFlushThatMeetsIt)
@@ -179,11 +173,10 @@ TEST(BufferedWriterTest, AFailingSinkIsReportedByTheWriteOrFlushThatMeetsIt)
     auto writer = makeReference<BufferedWriter>(sink.get(), 16);
     writer->write(u"held", 4);
     sink->close();
-    EXPECT_EQ("stream closed", ioFailure([&] { writer->flush(); }));
-    EXPECT_EQ("stream closed", ioFailure([&] { writer->write(std::u16string(20, u'x').data(), 20); }));
+    iotest::expectEachFails("stream closed",
+                            {[&] { writer->flush(); }, [&] { writer->write(std::u16string(20, u'x').data(), 20); }});
     // Closing still closes (the sink is closed already) and reports the loss.
-    EXPECT_EQ("stream closed", ioFailure([&] { writer->close(); }));
-    EXPECT_EQ("stream closed", ioFailure([&] { writer->write(u'x'); }));
+    iotest::expectEachFails("stream closed", {[&] { writer->close(); }, [&] { writer->write(u'x'); }});
     EXPECT_EQ(0, sink->size());
 }
 
@@ -229,9 +222,8 @@ TEST(PrintWriterTest, PrintsNumbersObjectsAndLines)
     EXPECT_EQ(u"s=true -42 4000000000 -9223372036854775808 18446744073709551615 -7 7 2.5 1e+07\nutf16\nushort\n12\nraw",
               u16(sink->toString()));
     out->close();
-    EXPECT_EQ("stream closed", ioFailure([&] { out->print(1); }));
-    EXPECT_EQ("stream closed", ioFailure([&] { out->println(); }));
-    EXPECT_EQ("stream closed", ioFailure([&] { sink->write(u'x'); }));
+    iotest::expectEachFails("stream closed",
+                            {[&] { out->print(1); }, [&] { out->println(); }, [&] { sink->write(u'x'); }});
 }
 
 TEST(PrintWriterTest, AutoFlushFlushesEveryLineAndFailuresPassThrough)
@@ -245,8 +237,7 @@ TEST(PrintWriterTest, AutoFlushFlushesEveryLineAndFailuresPassThrough)
     EXPECT_EQ(u"12\n", u16(sink->toString()));
     sink->close();
     out->print(3);
-    EXPECT_EQ("stream closed", ioFailure([&] { out->println(); }));
-    EXPECT_EQ("stream closed", ioFailure([&] { out->flush(); }));
+    iotest::expectEachFails("stream closed", {[&] { out->println(); }, [&] { out->flush(); }});
 }
 
 TEST(NullWriterTest, DiscardsUntilClosed)
@@ -258,10 +249,8 @@ TEST(NullWriterTest, DiscardsUntilClosed)
     writer->flush();
     EXPECT_EQ(kInvalidArgument, resultOf([&] { writer->write(static_cast<const char16_t*>(nullptr), 1); }));
     writer->close();
-    EXPECT_EQ("stream closed", ioFailure([&] { writer->write(u"abc", 3); }));
-    EXPECT_EQ("stream closed", ioFailure([&] { writer->write(QV_STR(u"abc")); }));
-    EXPECT_EQ("stream closed", ioFailure([&] { writer->write(u'a'); }));
-    EXPECT_EQ("stream closed", ioFailure([&] { writer->flush(); }));
+    iotest::expectEachFails("stream closed", {[&] { writer->write(u"abc", 3); }, [&] { writer->write(QV_STR(u"abc")); },
+                                              [&] { writer->write(u'a'); }, [&] { writer->flush(); }});
 }
 
 TEST(CharArrayWriterTest, WritesSurviveEveryAllocationFailure)

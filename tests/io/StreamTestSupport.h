@@ -4,12 +4,14 @@
 #include <qv/core/Exception.h>
 #include <qv/io/ByteArrayOutputStream.h>
 #include <qv/io/InputStream.h>
+#include <qv/io/IoException.h>
 #include <qv/io/OutputStream.h>
 
 #include <gtest/gtest.h>
 
 #include "Thrown.h"
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -34,6 +36,15 @@ inline std::vector<unsigned char> collected(const qv::io::ByteArrayOutputStream&
 
 using qvtest::messageOf;
 using qvtest::resultOf;
+
+// Every operation throws IoException with the same text; a failure names
+// the operation by its place in the list.
+inline void expectEachFails(const std::string& message, std::initializer_list<std::function<void()>> operations)
+{
+    int index = 0;
+    for (const auto& operation : operations)
+        EXPECT_EQ(messageOf<qv::io::IoException>(operation), message) << "operation " << index++;
+}
 
 // A client-written source that overrides only the one abstract read. It
 // hands out at most `chunk` bytes per call, may answer 0 every other call,
