@@ -139,15 +139,12 @@ TEST_F(FileStreams, ClosedStreamsSaySo)
 {
     Reference<FileOutputStream> out = makeReference<FileOutputStream>(wide(path("c")));
     out->close();
-    EXPECT_EQ(messageOf<IoException>([&] { out->write("x", 1); }), "stream closed");
-    EXPECT_EQ(messageOf<IoException>([&] { out->flush(); }), "stream closed");
+    iotest::expectEachFails("stream closed", {[&] { out->write("x", 1); }, [&] { out->flush(); }});
     Reference<FileInputStream> in = makeReference<FileInputStream>(wide(path("c")));
     in->close();
     signed char b[1];
-    EXPECT_EQ(messageOf<IoException>([&] { in->read(b, 1); }), "stream closed");
-    EXPECT_EQ(messageOf<IoException>([&] { in->read(); }), "stream closed");
-    EXPECT_EQ(messageOf<IoException>([&] { in->skip(1); }), "stream closed");
-    EXPECT_EQ(messageOf<IoException>([&] { in->available(); }), "stream closed");
+    iotest::expectEachFails("stream closed", {[&] { in->read(b, 1); }, [&] { in->read(); }, [&] { in->skip(1); },
+                                              [&] { in->available(); }});
 }
 
 TEST_F(FileStreams, HandlesAreClosedOnlyWhenOwned)
