@@ -156,9 +156,10 @@ TEST(FileChannelTest, EveryOperationOfAClosedChannelIsRefused)
              [&] { channel->write(buffer.get()); }, [&] { channel->write(buffer.get(), 0); },
              [&] { channel->position(); }, [&] { channel->position(1); }, [&] { channel->size(); },
              [&] { channel->truncate(0); }, [&] { channel->force(true); }, [&] { channel->lock(); },
-             [&] { channel->tryLock(); }})
-        EXPECT_EQ("channel not open", qvtest::messageOf<ResultException>(operation, kNotOpen))
-            << "operation " << index++;
+             [&] { channel->tryLock(); }}) {
+        EXPECT_EQ("channel not open", qvtest::messageOf<ResultException>(operation, kNotOpen)) << "operation " << index;
+        ++index;
+    }
 }
 
 TEST(FileChannelTest, ChannelsAnswerForBothInterfaces)

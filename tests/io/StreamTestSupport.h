@@ -42,8 +42,10 @@ using qvtest::resultOf;
 inline void expectEachFails(const std::string& message, std::initializer_list<std::function<void()>> operations)
 {
     int index = 0;
-    for (const auto& operation : operations)
-        EXPECT_EQ(messageOf<qv::io::IoException>(operation), message) << "operation " << index++;
+    for (const auto& operation : operations) {
+        EXPECT_EQ(messageOf<qv::io::IoException>(operation), message) << "operation " << index;
+        ++index;
+    }
 }
 
 // A client-written source that overrides only the one abstract read. It
