@@ -7,6 +7,7 @@
 
 #include "ChildProcess.h"
 
+#include <ostream>
 #include <string>
 
 namespace exectest {
@@ -16,7 +17,20 @@ struct Thrown {
     std::string type;
     qv::Result code = 0;
     std::string message;
+
+    // "Type: message", for checks that pin the type and the text.
+    std::string what() const { return type + ": " + message; }
+    bool operator==(const Thrown& other) const
+    {
+        return type == other.type && code == other.code && message == other.message;
+    }
 };
+
+inline std::ostream& operator<<(std::ostream& out, const Thrown& thrown)
+{
+    return out << thrown.type << " 0x" << std::hex << static_cast<uint32_t>(thrown.code) << std::dec << " \""
+               << thrown.message << '"';
+}
 
 template <class Operation>
 Thrown thrownBy(Operation&& operation)

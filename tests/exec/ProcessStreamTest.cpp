@@ -16,6 +16,7 @@ namespace {
 using exectest::childProgram;
 using exectest::code;
 using exectest::countOpenDescriptors;
+using exectest::Thrown;
 using exectest::thrownBy;
 using exectest::utf16;
 using qv::Reference;
@@ -133,9 +134,7 @@ TEST(ProcessStreams, MergedErrorComesInOrderOnTheOutput)
     auto flood = startChild("flood 300000", Process::PIPE_STDOUT | Process::MERGE_STDERR);
     EXPECT_EQ(readAll(flood->getInputStream().get()).size(), 600000u);
     EXPECT_EQ(flood->join(), 0);
-    auto write = thrownBy([&] { writeAll(flood->getOutputStream().get(), "x"); });
-    EXPECT_EQ(write.type, "IoException");
-    EXPECT_EQ(write.message, "stream closed");
+    EXPECT_EQ(thrownBy([&] { writeAll(flood->getOutputStream().get(), "x"); }).what(), "IoException: stream closed");
 }
 
 TEST(ProcessStreams, ReadArgumentsAvailableAndClose)
@@ -160,9 +159,8 @@ TEST(ProcessStreams, WritingToAChildThatEndedThrowsWriteError)
 {
     auto child = startChild("code 0");
     EXPECT_EQ(child->join(), 0);
-    auto gone = thrownBy([&] { writeAll(child->getOutputStream().get(), std::string(100, 'x')); });
-    EXPECT_EQ(gone.type, "IoException");
-    EXPECT_EQ(gone.message, "stream write error");
+    EXPECT_EQ(thrownBy([&] { writeAll(child->getOutputStream().get(), std::string(100, 'x')); }).what(),
+              "IoException: stream write error");
     child->getOutputStream()->close();
     EXPECT_EQ(thrownBy([&] { child->getOutputStream()->write(static_cast<signed char>(1)); }).message, "stream closed");
     EXPECT_EQ(thrownBy([&] { child->getOutputStream()->write("x", -1); }).code, code(0x80070057));

@@ -19,6 +19,7 @@ using exectest::childProgram;
 using exectest::code;
 using exectest::countChildren;
 using exectest::countOpenDescriptors;
+using exectest::Thrown;
 using exectest::thrownBy;
 using exectest::utf16;
 using qv::exec::Process;
@@ -42,14 +43,10 @@ bool childrenGone(int seconds)
 TEST(Process, JoinGivesTheExitCodeOnceAndGetExitCodeOnlyAfterIt)
 {
     auto child = startChild("exit 7");
-    auto early = thrownBy([&] { child->getExitCode(); });
-    EXPECT_EQ(early.type, "IllegalStateException");
-    EXPECT_EQ(early.message, "process has not been joined");
+    EXPECT_EQ(thrownBy([&] { child->getExitCode(); }).what(), "IllegalStateException: process has not been joined");
     EXPECT_EQ(child->join(), 7);
     EXPECT_EQ(child->getExitCode(), 7);
-    auto again = thrownBy([&] { child->join(); });
-    EXPECT_EQ(again.type, "IllegalStateException");
-    EXPECT_EQ(again.message, "process already joined");
+    EXPECT_EQ(thrownBy([&] { child->join(); }).what(), "IllegalStateException: process already joined");
     EXPECT_EQ(child->getExitCode(), 7);
 }
 
@@ -92,33 +89,24 @@ TEST(Process, CreationFailuresThrowThePlatformCodeAndLeaveNothingBehind)
     const uint32_t handles = QVHandleCountOpen();
     const int children = countChildren();
 
-    auto missing = thrownBy([] { Process process(u"/nonexistent/program"); });
-    EXPECT_EQ(missing.type, "ResultException");
-    EXPECT_EQ(missing.code, code(0x80070002));
-    EXPECT_EQ(missing.message, "");
+    EXPECT_EQ(thrownBy([] { Process process(u"/nonexistent/program"); }),
+              (Thrown{"ResultException", code(0x80070002), ""}));
 
-    auto notOnPath = thrownBy([] { Process process(u"qvcl3-no-such-program-anywhere"); });
-    EXPECT_EQ(notOnPath.code, code(0x80070002));
+    EXPECT_EQ(thrownBy([] { Process process(u"qvcl3-no-such-program-anywhere"); }).code, code(0x80070002));
 
-    auto directory = thrownBy([] { Process process(childProgram().c_str(), u"exit 0", u"/nonexistent/directory"); });
-    EXPECT_EQ(directory.type, "ResultException");
-    EXPECT_EQ(directory.code, code(0x80070002));
-
-    auto empty = thrownBy([] { Process process(u""); });
-    EXPECT_EQ(empty.code, code(0x80070057));
-    EXPECT_EQ(empty.message, "");
+    EXPECT_EQ(thrownBy([] { Process process(childProgram().c_str(), u"exit 0", u"/nonexistent/directory"); }),
+              (Thrown{"ResultException", code(0x80070002), ""}));
+    EXPECT_EQ(thrownBy([] { Process process(u""); }), (Thrown{"ResultException", code(0x80070057), ""}));
 
     const char16_t* badEnvironment[] = {u"NOEQUALSSIGN", nullptr};
-    auto environment = thrownBy([&] { Process process(childProgram().c_str(), u"exit 0", nullptr, badEnvironment); });
-    EXPECT_EQ(environment.code, code(0x80070057));
+    EXPECT_EQ(thrownBy([&] { Process process(childProgram().c_str(), u"exit 0", nullptr, badEnvironment); }).code,
+              code(0x80070057));
 
-    auto flags = thrownBy([] {
-        Process process(childProgram().c_str(), u"exit 0", nullptr, nullptr,
-                        Process::PIPE_STDERR | Process::MERGE_STDERR);
-    });
-    EXPECT_EQ(flags.code, code(0x80070057));
-    auto unknownFlag = thrownBy([] { Process process(childProgram().c_str(), u"exit 0", nullptr, nullptr, 0x100); });
-    EXPECT_EQ(unknownFlag.code, code(0x80070057));
+    for (unsigned flags : {unsigned(Process::PIPE_STDERR | Process::MERGE_STDERR), 0x100u}) {
+        EXPECT_EQ(thrownBy([&] { Process process(childProgram().c_str(), u"exit 0", nullptr, nullptr, flags); }).code,
+                  code(0x80070057))
+            << flags;
+    }
 
     EXPECT_EQ(countOpenDescriptors(), descriptors);
     EXPECT_EQ(QVHandleCountOpen(), handles);
@@ -131,11 +119,8 @@ TEST(Process, JoinFailureKeepsTheChildJoinable)
         GTEST_SKIP() << "built without fault injection";
     auto child = startChild("exit 3");
     ASSERT_EQ(QVFaultArm("QVProcessJoin", 1, code(0x80004005)), 0);
-    auto failed = thrownBy([&] { child->join(); });
+    EXPECT_EQ(thrownBy([&] { child->join(); }), (Thrown{"ResultException", code(0x80004005), "process join failed"}));
     QVFaultDisarmAll();
-    EXPECT_EQ(failed.type, "ResultException");
-    EXPECT_EQ(failed.code, code(0x80004005));
-    EXPECT_EQ(failed.message, "process join failed");
     EXPECT_EQ(thrownBy([&] { child->getExitCode(); }).message, "process has not been joined");
 
     ASSERT_EQ(QVFaultArm("QVProcessGetExitCode", 1, code(0x80004005)), 0);

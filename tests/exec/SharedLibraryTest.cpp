@@ -7,6 +7,7 @@
 namespace {
 
 using exectest::code;
+using exectest::Thrown;
 using exectest::thrownBy;
 using exectest::utf16;
 using qv::exec::SharedLibrary;
@@ -24,10 +25,8 @@ TEST(SharedLibrary, LoadsAnObjectAndFindsItsSymbols)
                                        'i', 'n', 'A', 'n', 's', 'w', 'e', 'r', 0};
         EXPECT_EQ(library.getSymbol(name), reinterpret_cast<void*>(answer));
 
-        auto missing = thrownBy([&] { library.getSymbol(u"qvNoSuchSymbol"); });
-        EXPECT_EQ(missing.type, "ResultException");
-        EXPECT_EQ(missing.code, code(0x8007007F));
-        EXPECT_EQ(missing.message, "Failed to get symbol.");
+        EXPECT_EQ(thrownBy([&] { library.getSymbol(u"qvNoSuchSymbol"); }),
+                  (Thrown{"ResultException", code(0x8007007F), "Failed to get symbol."}));
     }
     EXPECT_EQ(QVHandleCountOpen(), handles);
 }
@@ -35,18 +34,15 @@ TEST(SharedLibrary, LoadsAnObjectAndFindsItsSymbols)
 TEST(SharedLibrary, OpenFailuresCarryThePlatformCodeAndTheMessage)
 {
     const uint32_t handles = QVHandleCountOpen();
-    auto missing = thrownBy([] { SharedLibrary library(u"/nonexistent/libnothing.so"); });
-    EXPECT_EQ(missing.type, "ResultException");
-    EXPECT_EQ(missing.code, code(0x80070002));
-    EXPECT_EQ(missing.message, "Failed to open shared library.");
+    EXPECT_EQ(thrownBy([] { SharedLibrary library(u"/nonexistent/libnothing.so"); }),
+              (Thrown{"ResultException", code(0x80070002), "Failed to open shared library."}));
 
     auto notAnObject = thrownBy([] { SharedLibrary library(utf16(QVCL3_TEST_NOT_A_LIBRARY).c_str()); });
     EXPECT_EQ(notAnObject.code, code(0x800700C1));
     EXPECT_EQ(notAnObject.message, "Failed to open shared library.");
 
-    auto null = thrownBy([] { SharedLibrary library(static_cast<const char16_t*>(nullptr)); });
-    EXPECT_EQ(null.type, "ResultException");
-    EXPECT_EQ(null.message, "Failed to open shared library.");
+    EXPECT_EQ(thrownBy([] { SharedLibrary library(static_cast<const char16_t*>(nullptr)); }).what(),
+              "ResultException: Failed to open shared library.");
     EXPECT_EQ(QVHandleCountOpen(), handles);
 }
 

@@ -12,13 +12,16 @@
 
 #include <atomic>
 #include <chrono>
+#include <functional>
 #include <stdexcept>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace {
 
 using exectest::code;
+using exectest::Thrown;
 using exectest::thrownBy;
 using qv::Reference;
 using qv::exec::Runnable;
@@ -51,6 +54,10 @@ TEST(Thread, ThreadRunsTheRunnableOnItsOwnThreadWithTheKernelId)
     EXPECT_EQ(thread.getID(), 0u);
     EXPECT_TRUE(thread.getName().equals(u"worker"));
     EXPECT_EQ(Thread::getCurrentID(), static_cast<uint32_t>(gettid()));
+
+    Thread empty; // no runnable: starts and joins all the same
+    empty.start();
+    EXPECT_EQ(empty.join(), nullptr);
 }
 
 TEST(Thread, ThreadLifeCycleChecksThrowAndChangeNothing)
@@ -59,15 +66,11 @@ TEST(Thread, ThreadLifeCycleChecksThrowAndChangeNothing)
     Reference<Runnable> task = qv::makeReference<Runnable>([&] { ++runs; });
     Thread thread(task.get());
 
-    auto notStarted = thrownBy([&] { thread.join(); });
-    EXPECT_EQ(notStarted.type, "IllegalStateException");
-    EXPECT_EQ(notStarted.message, "thread not started");
+    EXPECT_EQ(thrownBy([&] { thread.join(); }).what(), "IllegalStateException: thread not started");
 
     thread.start();
     const uint32_t id = thread.getID();
-    auto twice = thrownBy([&] { thread.start(); });
-    EXPECT_EQ(twice.type, "IllegalStateException");
-    EXPECT_EQ(twice.message, "thread already started");
+    EXPECT_EQ(thrownBy([&] { thread.start(); }).what(), "IllegalStateException: thread already started");
     EXPECT_EQ(thread.getID(), id);
     thread.join();
 
@@ -78,43 +81,32 @@ TEST(Thread, ThreadLifeCycleChecksThrowAndChangeNothing)
     EXPECT_EQ(thrownBy([&] { thread.join(); }).message, "thread not started");
 }
 
-TEST(Thread, ThreadWithoutRunnableStartsAndJoins)
+// Runs body on a thread of its own; the code it joined with and what it
+// wrote to standard error.
+std::pair<qv::Result, std::string> joinedFailure(std::function<void()> body)
 {
-    Thread thread;
+    Reference<Runnable> task = qv::makeReference<Runnable>(std::move(body));
+    Thread thread(task.get());
+    testing::internal::CaptureStderr();
     thread.start();
-    EXPECT_EQ(thread.join(), nullptr);
+    void* result = thread.join();
+    return {Thread::resultCode(result), testing::internal::GetCapturedStderr()};
 }
 
 TEST(Thread, ThreadExceptionLeavingRunIsReportedAndJoinedAsItsCode)
 {
-    Reference<Runnable> failing =
-        qv::makeReference<Runnable>([] { throw qv::ResultException(code(0x80070057), QV_STR(u"bad input here")); });
-    Thread thread(failing.get());
-    testing::internal::CaptureStderr();
-    thread.start();
-    void* result = thread.join();
-    const std::string report = testing::internal::GetCapturedStderr();
-    EXPECT_EQ(Thread::resultCode(result), code(0x80070057));
-    EXPECT_NE(report.find("bad input here"), std::string::npos) << report;
-    EXPECT_NE(report.find("0x80070057"), std::string::npos) << report;
+    auto library = joinedFailure([] { throw qv::ResultException(code(0x80070057), QV_STR(u"bad input here")); });
+    EXPECT_EQ(library.first, code(0x80070057));
+    EXPECT_NE(library.second.find("bad input here"), std::string::npos) << library.second;
+    EXPECT_NE(library.second.find("0x80070057"), std::string::npos) << library.second;
 
     // Not a library exception: a general failure, with its what().
-    Reference<Runnable> foreign = qv::makeReference<Runnable>([] { throw std::runtime_error("plain failure"); });
-    Thread other(foreign.get());
-    testing::internal::CaptureStderr();
-    other.start();
-    result = other.join();
-    EXPECT_NE(testing::internal::GetCapturedStderr().find("plain failure"), std::string::npos);
-    EXPECT_EQ(Thread::resultCode(result), code(0x80004005));
+    auto foreign = joinedFailure([] { throw std::runtime_error("plain failure"); });
+    EXPECT_EQ(foreign.first, code(0x80004005));
+    EXPECT_NE(foreign.second.find("plain failure"), std::string::npos) << foreign.second;
 
     // Even a library exception with a success code joins as a failure.
-    Reference<Runnable> odd = qv::makeReference<Runnable>([] { throw qv::ResultException(0); });
-    Thread third(odd.get());
-    testing::internal::CaptureStderr();
-    third.start();
-    result = third.join();
-    testing::internal::GetCapturedStderr();
-    EXPECT_EQ(Thread::resultCode(result), code(0x80004005));
+    EXPECT_EQ(joinedFailure([] { throw qv::ResultException(0); }).first, code(0x80004005));
 }
 
 TEST(Thread, ThreadHoldsItsOwnReferenceUntilRunReturns)
@@ -233,11 +225,9 @@ TEST(Thread, ThreadPlatformFailuresCarryTheirMessagesAndChangeNothing)
     Thread thread(task.get());
 
     ASSERT_EQ(QVFaultArm("QVThreadCreate", 1, code(0x80070008)), 0);
-    auto created = thrownBy([&] { thread.start(); });
+    EXPECT_EQ(thrownBy([&] { thread.start(); }),
+              (Thrown{"ResultException", code(0x80070008), "thread creation failed"}));
     QVFaultDisarmAll();
-    EXPECT_EQ(created.type, "ResultException");
-    EXPECT_EQ(created.code, code(0x80070008));
-    EXPECT_EQ(created.message, "thread creation failed");
     EXPECT_EQ(thread.getID(), 0u);
     EXPECT_EQ(task->GetRefCount(), 2); // the new thread's reference was given back
 
@@ -248,11 +238,8 @@ TEST(Thread, ThreadPlatformFailuresCarryTheirMessagesAndChangeNothing)
     thread.start();
     const uint32_t id = thread.getID();
     ASSERT_EQ(QVFaultArm("QVThreadJoin", 1, code(0x80004005)), 0);
-    auto joined = thrownBy([&] { thread.join(); });
+    EXPECT_EQ(thrownBy([&] { thread.join(); }), (Thrown{"ResultException", code(0x80004005), "thread join failed"}));
     QVFaultDisarmAll();
-    EXPECT_EQ(joined.type, "ResultException");
-    EXPECT_EQ(joined.code, code(0x80004005));
-    EXPECT_EQ(joined.message, "thread join failed");
     EXPECT_EQ(thread.getID(), id);
     EXPECT_EQ(thread.join(), nullptr);
 }
