@@ -10,9 +10,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <fstream>
-#include <sstream>
 #include <unistd.h>
 
 using namespace qv;
@@ -21,12 +18,6 @@ using qvtest::ioFailure;
 using qvtest::u16;
 
 namespace {
-
-std::string temporaryPath(const char* name)
-{
-    const char* tmp = std::getenv("TMPDIR");
-    return std::string(tmp ? tmp : "/tmp") + "/qvtextio-" + std::to_string(getpid()) + "-" + name;
-}
 
 String pathOf(const std::string& path)
 {
@@ -37,7 +28,8 @@ String pathOf(const std::string& path)
 
 TEST(FileReaderWriterTest, WritesAppendsAndReadsLinesInAnEncoding)
 {
-    std::string path = temporaryPath("lines.txt");
+    const qvtest::TempDir dir("qvtextio");
+    const std::string path = dir.file("lines.txt");
     {
         auto writer = makeReference<FileWriter>(pathOf(path), false, u"UTF-16LE");
         writer->write(QV_STR(u"Grüße"));
@@ -65,21 +57,18 @@ TEST(FileReaderWriterTest, WritesAppendsAndReadsLinesInAnEncoding)
     // Without append the file starts again.
     FileWriter(pathOf(path), false, u"UTF-8").write(QV_STR(u"new"));
     EXPECT_EQ("new", qvtest::readFile(path));
-    std::remove(path.c_str());
 }
 
 TEST(FileReaderWriterTest, OpeningFailuresAndUnknownEncodings)
 {
-    std::string missing = temporaryPath("missing.txt");
-    std::string message = ioFailure([&] { FileReader reader(pathOf(missing)); });
-    EXPECT_NE(std::string::npos, message.find("cannot open file")) << message;
-    EXPECT_NE(std::string::npos, message.find(missing)) << message;
+    const qvtest::TempDir dir("qvtextio");
+    const std::string missing = dir.file("missing.txt");
+    EXPECT_EQ("cannot open file: " + missing + ": No such file or directory",
+              ioFailure([&] { FileReader reader(pathOf(missing)); }));
 
-    std::string kept = temporaryPath("kept.txt");
-    std::ofstream(kept) << "precious";
-    EXPECT_THROW(FileWriter(pathOf(kept), false, u"NO-SUCH"), text::charset::UnknownEncodingException);
-    EXPECT_EQ("precious", qvtest::readFile(kept)) << "an unknown encoding must not empty the file";
-    std::remove(kept.c_str());
+    dir.write("kept.txt", "precious");
+    EXPECT_THROW(FileWriter(pathOf(dir.file("kept.txt")), false, u"NO-SUCH"), text::charset::UnknownEncodingException);
+    EXPECT_EQ("precious", qvtest::readFile(dir.file("kept.txt"))) << "an unknown encoding must not empty the file";
 }
 
 TEST(FileReaderWriterTest, AFullDeviceIsReportedByTheFlushThatMeetsIt)
