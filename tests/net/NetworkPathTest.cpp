@@ -15,35 +15,33 @@ const String kMounts(u"sysfs /sys sysfs rw 0 0\n"
                      u"/dev/sdb1 /home/local ext4 rw 0 0\n"
                      u"broken line\n");
 
+// Every part of a path, then its text and UNC forms, in one line.
+std::string partsOf(const NetworkPath& path)
+{
+    const char* const kinds[] = {"LOCAL", "NFS", "SMB"};
+    return std::string(kinds[path.getKind()]) + " " + path.getServer().toUtf8() + " [" + path.getShare().toUtf8() +
+           "] [" + path.getRemainder().toUtf8() + "] " + path.getMountPoint().toUtf8() + " = " +
+           path.toString().toUtf8() + " = " + path.toUNC().toUtf8();
+}
+
 } // namespace
 
 TEST(NetworkPath, FindsTheMountOfALocalPath)
 {
-    const NetworkPath nfs = NetworkPath::forLocalPath(String(u"/home/ann//docs/./a.txt"), kMounts);
-    EXPECT_EQ(nfs.getKind(), NetworkPath::NFS);
-    EXPECT_EQ(nfs.getServer().toUtf8(), "fileserver");
-    EXPECT_EQ(nfs.getShare().toUtf8(), "/export/home");
-    EXPECT_EQ(nfs.getRemainder().toUtf8(), "/ann/docs/a.txt");
-    EXPECT_EQ(nfs.getMountPoint().toUtf8(), "/home");
-    EXPECT_EQ(nfs.toString().toUtf8(), "fileserver:/export/home/ann/docs/a.txt");
-    EXPECT_EQ(nfs.toUNC().toUtf8(), "\\\\fileserver\\export\\home\\ann\\docs\\a.txt");
-
-    const NetworkPath smb = NetworkPath::forLocalPath(String(u"/mnt/public docs/report.doc"), kMounts);
-    EXPECT_EQ(smb.getKind(), NetworkPath::SMB);
-    EXPECT_EQ(smb.getServer().toUtf8(), "winbox");
-    EXPECT_EQ(smb.getShare().toUtf8(), "Public Docs");
-    EXPECT_EQ(smb.toString().toUtf8(), "//winbox/Public Docs/report.doc");
-    EXPECT_EQ(smb.toUNC().toUtf8(), "\\\\winbox\\Public Docs\\report.doc");
+    EXPECT_EQ(partsOf(NetworkPath::forLocalPath(String(u"/home/ann//docs/./a.txt"), kMounts)),
+              "NFS fileserver [/export/home] [/ann/docs/a.txt] /home = fileserver:/export/home/ann/docs/a.txt = "
+              "\\\\fileserver\\export\\home\\ann\\docs\\a.txt");
+    EXPECT_EQ(partsOf(NetworkPath::forLocalPath(String(u"/mnt/public docs/report.doc"), kMounts)),
+              "SMB winbox [Public Docs] [/report.doc] /mnt/public docs = //winbox/Public Docs/report.doc = "
+              "\\\\winbox\\Public Docs\\report.doc");
 
     // A deeper local mount hides the network one; a sibling name is no prefix.
     EXPECT_FALSE(NetworkPath::forLocalPath(String(u"/home/local/x"), kMounts).isNetwork());
     EXPECT_FALSE(NetworkPath::forLocalPath(String(u"/homework"), kMounts).isNetwork());
     EXPECT_TRUE(NetworkPath::forLocalPath(String(u"/home"), kMounts).isNetwork());
     EXPECT_EQ(NetworkPath::forLocalPath(String(u"/home"), kMounts).getRemainder().getLength(), 0);
-    const NetworkPath local = NetworkPath::forLocalPath(String(u"/etc/hosts"), kMounts);
-    EXPECT_EQ(local.getKind(), NetworkPath::LOCAL);
-    EXPECT_EQ(local.toString().toUtf8(), "/etc/hosts");
-    EXPECT_EQ(local.getMountPoint().toUtf8(), "/");
+    EXPECT_EQ(partsOf(NetworkPath::forLocalPath(String(u"/etc/hosts"), kMounts)).substr(0, 37),
+              "LOCAL  [] [/etc/hosts] / = /etc/hosts");
     EXPECT_THROW(NetworkPath::forLocalPath(String(u"relative/path"), kMounts), qv::InvalidPathException);
     // This machine's own table reads without failing.
     EXPECT_NO_THROW(NetworkPath::forLocalPath(String(u"/tmp")));
@@ -52,18 +50,13 @@ TEST(NetworkPath, FindsTheMountOfALocalPath)
 TEST(NetworkPath, ParsesUncAndNfsText)
 {
     const NetworkPath unc = NetworkPath::parse(String(u"\\\\server\\share\\dir\\file.txt"));
-    EXPECT_EQ(unc.getKind(), NetworkPath::SMB);
-    EXPECT_EQ(unc.getServer().toUtf8(), "server");
-    EXPECT_EQ(unc.getShare().toUtf8(), "share");
-    EXPECT_EQ(unc.getRemainder().toUtf8(), "/dir/file.txt");
-    EXPECT_EQ(unc.toUNC().toUtf8(), "\\\\server\\share\\dir\\file.txt");
+    EXPECT_EQ(partsOf(unc), "SMB server [share] [/dir/file.txt]  = //server/share/dir/file.txt = "
+                            "\\\\server\\share\\dir\\file.txt");
     EXPECT_EQ(NetworkPath::parse(String(u"//server/share")).getRemainder().getLength(), 0);
     EXPECT_TRUE(unc.equals(NetworkPath::parse(String(u"//server/share/dir/file.txt"))));
     EXPECT_EQ(unc.hashCode(), NetworkPath::parse(String(u"//server/share/dir/file.txt")).hashCode());
 
-    const NetworkPath nfs = NetworkPath::parse(String(u"host:/export/a"));
-    EXPECT_EQ(nfs.getKind(), NetworkPath::NFS);
-    EXPECT_EQ(nfs.getShare().toUtf8(), "/export/a");
+    EXPECT_EQ(partsOf(NetworkPath::parse(String(u"host:/export/a"))).substr(0, 23), "NFS host [/export/a] []");
     for (const char16_t* bad :
          {u"\\\\server", u"\\\\server\\", u"\\\\\\share", u"/local/path", u":/x", u"a/b:/c", u""}) {
         EXPECT_THROW(NetworkPath::parse(String(bad)), qv::InvalidPathException) << String(bad).toUtf8();
