@@ -232,10 +232,6 @@ private:
     int m_slave = -1;
 };
 
-} // namespace
-
-namespace {
-
 // Reads on another thread and types only once echo is off, as a person
 // typing at a prompt would; the terminal would echo anything typed earlier.
 int32_t readWhileTyping(Terminal& terminal, MaskedConsoleInputStream& in, const std::string& text, signed char* buf,

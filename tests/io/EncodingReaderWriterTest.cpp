@@ -224,7 +224,6 @@ TEST(EncodingReaderWriterTest, WriterJoinsSurrogatesAcrossWritesAndFlushesTheEnc
     EXPECT_EQ("&AOk-", std::string(amp->getData(), amp->getData() + amp->size()));
 
     // A surrogate still waiting at close is malformed; the stream is closed anyway.
-    auto open = std::make_unique<qvtest::FillingOutputStream>(1000);
     auto stream = makeReference<qvtest::FillingOutputStream>(1000);
     auto halfPair = makeReference<OutputStreamWriter>(stream.get(), u"UTF-8");
     halfPair->write(u"x\xD83D", 2);
@@ -334,8 +333,6 @@ TEST(EncodingReaderWriterTest, SourcesThatAnswerNothingAreWaitedForButNotForever
     EXPECT_EQ("stream returned no data", ioFailure([&] { silent->read(); }));
 }
 
-namespace {
-
 // Converters never split a character over two calls; the reader and the
 // writer must still hand out a pair one unit at a time and fill their byte
 // buffer up to a character that straddles its end.
@@ -355,8 +352,6 @@ TEST(EncodingReaderWriterTest, PairsReadOneUnitAtATimeAndCharactersStraddlingThe
     ASSERT_EQ(written.size(), text.size() - 3 + 3 + 4);
     EXPECT_EQ(std::string(written.end() - 7, written.end()), "\xE2\x82\xAC\xF0\x9F\x8E\x89");
 }
-
-} // namespace
 
 namespace {
 
