@@ -220,27 +220,6 @@ TEST(BufferedInputStream, ResetNeedsAValidMark)
     in->reset();
 }
 
-TEST(BufferedInputStream, MarkKeepsBytesAcrossRefills)
-{
-    const std::vector<signed char> data = counting(200);
-    Reference<ScriptedInput> source = makeReference<ScriptedInput>(data, 7);
-    source->availableAnswer = -1;
-    Reference<BufferedInputStream> in = makeReference<BufferedInputStream>(source.get(), 16);
-    signed char buf[64];
-    ASSERT_EQ(in->read(buf, 5), 5);
-    in->mark(40);
-    int32_t got = 0;
-    while (got < 39)
-        got += in->read(buf + got, 39 - got);
-    in->reset();
-    signed char again[39];
-    got = 0;
-    while (got < 39)
-        got += in->read(again + got, 39 - got);
-    EXPECT_EQ(std::vector<signed char>(again, again + 39),
-              std::vector<signed char>(data.begin() + 5, data.begin() + 44));
-}
-
 TEST(BufferedInputStream, SkipAvailableAndClose)
 {
     Reference<ScriptedInput> source = makeReference<ScriptedInput>(counting(100));
