@@ -30,8 +30,6 @@ using namespace qv::io;
 using qv::util::ROByteBuffer;
 using qv::util::RWByteBuffer;
 
-extern char** environ;
-
 namespace {
 
 const Result kNotOpen = static_cast<Result>(0x80004007);
@@ -285,19 +283,14 @@ TEST(FileChannelTest, TwoProcessesAppendingUnderALockNeverInterleave)
     std::string path = dir.file("records");
     FileChannel::open(pathOf(path), FileChannel::WRITE | FileChannel::CREATE);
 
-    std::vector<std::string> variables = {"QVTEST_CHANNEL_FILE=" + path};
-    std::vector<std::u16string> environment;
-    for (char** entry = environ; *entry; ++entry)
-        environment.push_back(qvtest::u16(String(*entry, -1, u"UTF-8")));
-    for (const auto& variable : variables)
-        environment.push_back(qvtest::u16(String(variable.c_str(), -1, u"UTF-8")));
-    std::vector<const char16_t*> block;
-    for (const auto& entry : environment)
-        block.push_back(entry.c_str());
-    block.push_back(nullptr);
+    // The child inherits the variable that names the file.
+    setenv("QVTEST_CHANNEL_FILE", path.c_str(), 1);
     QVHANDLE child = QV_INVALID_HANDLE;
-    ASSERT_EQ(0, QVProcessCreate(u"/proc/self/exe", u"--gtest_filter=FileChannelChild.AppendRecordsUnderLock", nullptr,
-                                 block.data(), 0, nullptr, &child));
+    const QVRESULT created =
+        QVProcessCreate(u"/proc/self/exe", u"--gtest_filter=FileChannelChild.AppendRecordsUnderLock", nullptr, nullptr,
+                        0, nullptr, &child);
+    unsetenv("QVTEST_CHANNEL_FILE");
+    ASSERT_EQ(0, created);
     appendRecords(path.c_str(), "parent");
     int32_t exitCode = -1;
     ASSERT_EQ(0, QVProcessJoin(child, &exitCode));
