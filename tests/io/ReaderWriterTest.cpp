@@ -197,22 +197,19 @@ TEST(PrintWriterTest, PrintsNumbersObjectsAndLines)
     auto out = makeReference<PrintWriter>(sink.get());
     out->print(QV_STR(u"s="));
     out->print(true);
-    out->print(u' ');
-    out->print(-42);
-    out->print(u' ');
-    out->print(4000000000u);
-    out->print(u' ');
-    out->print(LLONG_MIN);
-    out->print(u' ');
-    out->print(18446744073709551615ull);
-    out->print(u' ');
-    out->print(-7L);
-    out->print(u' ');
-    out->print(7UL);
-    out->print(u' ');
-    out->print(2.5);
-    out->print(u' ');
-    out->print(1e7f);
+    // Each overload in turn, a space before each value.
+    const auto spaced = [&](auto value) {
+        out->print(u' ');
+        out->print(value);
+    };
+    spaced(-42);
+    spaced(4000000000u);
+    spaced(LLONG_MIN);
+    spaced(18446744073709551615ull);
+    spaced(-7L);
+    spaced(7UL);
+    spaced(2.5);
+    spaced(1e7f);
     out->println();
     out->println(u"utf16");
     out->println(reinterpret_cast<const unsigned short*>(u"ushort"));
