@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace clitest {
@@ -26,6 +27,13 @@ inline Result run(const std::vector<std::string>& argv, const std::string& stdin
                   const std::string& stdoutFile = "")
 {
     return qvtest::run(argv, stdinFile, stdoutFile);
+}
+
+// The exit status and what went to standard error, compared as one.
+using Failure = std::pair<int, std::string>;
+inline Failure failureOf(const Result& result)
+{
+    return {result.status, result.err};
 }
 
 // The tool with its arguments.

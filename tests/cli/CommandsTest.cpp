@@ -53,9 +53,7 @@ TEST(IniCommandTest, GetsSetsListsAndDeletesKeepingTheLayoutWhenAsked)
         {{"ini", "frob", ini}, 2, "qvcl ini: unknown operation 'frob' (see 'qvcl ini --help')\n"},
     };
     for (const Case& c : cases) {
-        const clitest::Result result = qvcl(c.arguments);
-        EXPECT_EQ(result.status, c.status) << c.message;
-        EXPECT_EQ(result.err, c.message);
+        EXPECT_EQ(failureOf(qvcl(c.arguments)), (Failure{c.status, c.message}));
     }
 }
 
@@ -67,9 +65,7 @@ TEST(SockerrCommandTest, NamesCodesGivenEitherWay)
     EXPECT_EQ(qvcl({"sockerr", "0x8be3274d"}).out, refused);
     EXPECT_EQ(qvcl({"sockerr", "11001"}).out,
               "QV_E_SOCKET_HOST_NOT_FOUND (0x8BE32AF9, 11001): No such host is known.\n");
-    const clitest::Result unknown = qvcl({"sockerr", "12345"});
-    EXPECT_EQ(unknown.status, 1);
-    EXPECT_EQ(unknown.err, "qvcl sockerr: unknown socket error code: 12345\n");
+    EXPECT_EQ(failureOf(qvcl({"sockerr", "12345"})), (Failure{1, "qvcl sockerr: unknown socket error code: 12345\n"}));
     EXPECT_EQ(qvcl({"sockerr", "0x80070005"}).status, 1);
     EXPECT_EQ(qvcl({"sockerr", "ten"}).status, 2);
     EXPECT_EQ(qvcl({"sockerr"}).status, 2);
@@ -84,9 +80,8 @@ TEST(RegsvrCommandTest, RegistersAndReportsWithTheToolsExitStatus)
     EXPECT_NE(registered.out.find("DllRegisterServer"), std::string::npos);
     EXPECT_EQ(qvcl({"regsvr", "-u", "-s", QVTEST_CP037_MODULE}).out, "");
     EXPECT_EQ(qvcl({"regsvr", "/nonexistent/module.so"}).status, 1);
-    const clitest::Result noEntry = qvcl({"regsvr", QVTEST_QVCORE3});
-    EXPECT_EQ(noEntry.status, 1);
-    EXPECT_EQ(noEntry.err, std::string("qvcl regsvr: ") + QVTEST_QVCORE3 + " has no DllRegisterServer\n");
+    EXPECT_EQ(failureOf(qvcl({"regsvr", QVTEST_QVCORE3})),
+              (Failure{1, std::string("qvcl regsvr: ") + QVTEST_QVCORE3 + " has no DllRegisterServer\n"}));
     EXPECT_EQ(qvcl({"regsvr"}).status, 2);
     unsetenv("QV_REGISTRY_DIR");
 }
@@ -101,9 +96,8 @@ TEST(QvclTest, EveryCommandHasHelpAndUnknownWordsAreUsageErrors)
     }
     EXPECT_EQ(qvcl({"--help"}).status, 0);
     EXPECT_EQ(qvcl({}).status, 2);
-    const clitest::Result unknown = qvcl({"frobnicate"});
-    EXPECT_EQ(unknown.status, 2);
-    EXPECT_EQ(unknown.err, "qvcl: unknown command 'frobnicate' (see 'qvcl --help')\n");
+    EXPECT_EQ(failureOf(qvcl({"frobnicate"})),
+              (Failure{2, "qvcl: unknown command 'frobnicate' (see 'qvcl --help')\n"}));
 }
 
 // What the tool writes to standard error when that is a terminal.

@@ -178,18 +178,15 @@ TEST_F(IconvTest, FailuresAreOneLineWithStatusAndNoPartialOutputFile)
     for (const Case& c : cases) {
         std::vector<std::string> arguments = c.arguments;
         arguments.insert(arguments.begin(), "iconv");
-        const clitest::Result result = qvcl(arguments);
-        EXPECT_EQ(result.status, c.status) << c.message;
-        EXPECT_EQ(result.err, c.message);
+        EXPECT_EQ(failureOf(qvcl(arguments)), (Failure{c.status, c.message}));
     }
     // The failed -o left the old file and no temporary one.
     EXPECT_EQ(readFile(target), "old contents");
     EXPECT_EQ(run({"sh", "-c", "ls -A " + s_dir->path() + " | grep -c '^\\.'"}).out, "0\n");
     // Standard output on a full disk.
-    const clitest::Result full = qvcl({"iconv", "-f", "UTF-8", "-t", "UTF-16LE", s_dir->file("a")}, "", "/dev/full");
-    EXPECT_EQ(full.status, 1);
-    EXPECT_EQ(full.err,
-              "qvcl iconv: conversion stopped due to problem in writing the output: No space left on device\n");
+    EXPECT_EQ(
+        failureOf(qvcl({"iconv", "-f", "UTF-8", "-t", "UTF-16LE", s_dir->file("a")}, "", "/dev/full")),
+        (Failure{1, "qvcl iconv: conversion stopped due to problem in writing the output: No space left on device\n"}));
     // A good run replaces the file whole, keeping its permissions.
     chmod(target.c_str(), 0640);
     EXPECT_EQ(qvcl({"iconv", "-f", "UTF-8", "-t", "UTF-16LE", "-o", target, s_dir->file("a")}).status, 0);
