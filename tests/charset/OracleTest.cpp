@@ -8,16 +8,6 @@
 namespace charset_test {
 namespace {
 
-std::string toUtf16le(const Text& text)
-{
-    std::string bytes;
-    for (char16_t u : text) {
-        bytes += static_cast<char>(u & 0xFF);
-        bytes += static_cast<char>(u >> 8);
-    }
-    return bytes;
-}
-
 Text fromUtf16le(const std::string& bytes)
 {
     Text text;
