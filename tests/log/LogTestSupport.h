@@ -7,7 +7,9 @@
 
 #include <chrono>
 #include <functional>
+#include <map>
 #include <mutex>
+#include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -28,10 +30,22 @@ public:
 };
 
 // The text of a field, or "<absent>".
-inline std::string field(const qv::log::ILogEntry* entry, const char16_t* name)
+inline std::string field(const qv::log::ILogEntry* entry, const qv::String& name)
 {
-    qv::Reference<const qv::Object> value = entry->getField(qv::String(name));
+    qv::Reference<const qv::Object> value = entry->getField(name);
     return value ? value->toString().toUtf8() : std::string("<absent>");
+}
+
+using Fields = std::map<std::string, std::string>;
+
+// Every field of the entry by name.
+inline Fields fields(const qv::log::ILogEntry* entry)
+{
+    Fields all;
+    const qv::Reference<const qv::collections::Set<qv::String>> names = entry->getFieldNames();
+    for (const qv::String& name : *names)
+        all[name.toUtf8()] = field(entry, name);
+    return all;
 }
 
 // Keeps every entry it receives (a reference each), in arrival order.
@@ -94,6 +108,31 @@ inline bool waitFor(const std::function<bool()>& done, int seconds = 10)
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
     return done();
+}
+
+// The text a BasicLogWriter puts after each entry.
+const std::string kRule = "-------------------------\n";
+
+// The entries of a BasicLogWriter text, each as its name=value lines; text
+// after the last rule, or a line without '=', fails the test.
+inline std::vector<std::map<std::string, std::string>> basicEntries(const std::string& text)
+{
+    std::vector<std::map<std::string, std::string>> entries;
+    size_t at = 0;
+    for (size_t end; (end = text.find(kRule, at)) != std::string::npos; at = end + kRule.size()) {
+        std::map<std::string, std::string>& entry = entries.emplace_back();
+        std::istringstream lines(text.substr(at, end - at));
+        for (std::string line; std::getline(lines, line);) {
+            const size_t equals = line.find('=');
+            if (equals == std::string::npos)
+                ADD_FAILURE() << "not a field: " << line;
+            else
+                entry[line.substr(0, equals)] = line.substr(equals + 1);
+        }
+    }
+    if (at != text.size())
+        ADD_FAILURE() << "partial entry: " << text.substr(at);
+    return entries;
 }
 
 // stem0, stem1, ... for the numbers from up to (not including) to.

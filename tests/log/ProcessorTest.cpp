@@ -389,36 +389,18 @@ TEST(AsyncProcessorTest, ConcurrentLoggersToFileThroughFourWorkers)
         ASSERT_TRUE(waitFor([&] {
             std::string text = readFile(path);
             size_t n = 0;
-            for (size_t at = text.find("-------------------------\n"); at != std::string::npos;
-                 at = text.find("-------------------------\n", at + 1))
+            for (size_t at = text.find(logtest::kRule); at != std::string::npos; at = text.find(logtest::kRule, at + 1))
                 ++n;
             return n == static_cast<size_t>(threads * perThread);
         }));
     }
-    std::istringstream in(readFile(path));
     std::set<int> sequences;
-    std::string line;
-    int level = -1, sequence = -1, entries = 0;
-    bool text = false;
-    while (std::getline(in, line)) {
-        if (line == "-------------------------") {
-            ASSERT_TRUE(text && level >= 0 && level < threads && sequence >= 0) << "entry " << entries;
-            EXPECT_TRUE(sequences.insert(sequence).second) << sequence;
-            ++entries;
-            level = sequence = -1;
-            text = false;
-        } else if (line.rfind("level=", 0) == 0) {
-            level = std::stoi(line.substr(6));
-        } else if (line.rfind("sequence=", 0) == 0) {
-            sequence = std::stoi(line.substr(9));
-        } else if (line == "text=entry text") {
-            text = true;
-        } else {
-            ADD_FAILURE() << "unexpected line " << line;
-            break;
-        }
+    for (auto& entry : logtest::basicEntries(readFile(path))) {
+        ASSERT_EQ(entry.size(), 3u);
+        const int level = std::stoi(entry["level"]), sequence = std::stoi(entry["sequence"]);
+        ASSERT_TRUE(entry["text"] == "entry text" && level >= 0 && level < threads && sequence >= 0);
+        ASSERT_TRUE(sequences.insert(sequence).second) << sequence;
     }
-    EXPECT_EQ(entries, threads * perThread);
     EXPECT_EQ(sequences.size(), static_cast<size_t>(threads * perThread));
     EXPECT_EQ(*sequences.rbegin(), threads * perThread - 1);
 }
