@@ -88,19 +88,10 @@ TEST(StringHashMapTest, KeysByValue)
     EXPECT_FALSE(map.containsKey(String(u"LEVEL")));
     EXPECT_EQ(idOf(map.put(QV_STR(u"level"), unk(key(4))).get()), 3);
     EXPECT_EQ(map.getSize(), 1);
+    // Lookups, removals and walks against a std::map are in KeyedMapViews.
     for (int32_t i = 0; i < 200; ++i)
         map.put(String::valueOf(i), unk(key(i)));
     EXPECT_EQ(map.getCapacity(), 407);
-    EXPECT_EQ(idOf(map.get(String(u"150")).get()), 150);
-    EXPECT_EQ(idOf(map.remove(String(u"150")).get()), 150);
-    EXPECT_FALSE(map.containsKey(String(u"150")));
-    StringHashMap::Iterator it = map.createIterator();
-    int32_t count = 0;
-    while (it.hasNext()) {
-        it.next();
-        ++count;
-    }
-    EXPECT_EQ(count, 200);
 }
 
 TEST(Str1HashMapTest, CaseSensitiveAndLowerCaseMaps)
