@@ -26,19 +26,14 @@ static_assert(Str1HashMap::DEFAULT_LOAD == 0.75f && StringHashMap::DEFAULT_LOAD 
 
 TEST(IntegerHashMapTest, SameTableRulesAsTheComponentMap)
 {
+    // Growth, order and lookups against the component map are in
+    // CollidingKeysTest; here, what that comparison leaves out.
     IntegerHashMap map;
-    for (int32_t k = 0; k < 75; ++k)
+    for (int32_t k = 0; k <= 75; ++k)
         map.put(k, unk(key(k)));
-    EXPECT_EQ(map.getCapacity(), 101);
-    map.put(0, unk(key(100)));
-    EXPECT_EQ(map.getCapacity(), 101);
-    map.put(75, nullptr);
-    EXPECT_EQ(map.getCapacity(), 203);
     EXPECT_EQ(map.getThreshold(), 152);
-    EXPECT_EQ(idOf(map.get(0).get()), 100);
-    EXPECT_TRUE(map.containsKey(75));
-    EXPECT_FALSE(map.get(-5));
     EXPECT_TRUE(map.containsValue(unk(key(74))));
+    EXPECT_FALSE(map.containsValue(unk(key(76))));
 
     IntegerHashMap copy(map);
     EXPECT_EQ(copy.getCapacity(), 152);
