@@ -195,8 +195,12 @@ TEST(EntryRecyclingTest, LoggerKeysAndOwnNamesSurviveTheMoveOutOfTheEntry)
     EXPECT_EQ(names, logtest::names(sink->entries()[0].get()));
     logtest::Fields all = logtest::fields(entry);
     EXPECT_EQ(all.erase("thread") + all.erase("timestamp"), 2u);
-    EXPECT_EQ(all, (logtest::Fields{{"host", "box1"}, {"level", "8"}, {"name", "app"}, {"pid", "4242"},
-                                    {"sequence", "1"}, {"text", "replaced"}}));
+    EXPECT_EQ(all, (logtest::Fields{{"host", "box1"},
+                                    {"level", "8"},
+                                    {"name", "app"},
+                                    {"pid", "4242"},
+                                    {"sequence", "1"},
+                                    {"text", "replaced"}}));
     EXPECT_TRUE(entry->hasField(u"thread"));
     EXPECT_FALSE(entry->hasField(u"Thread"));
     // The value handed out is the object that was set.

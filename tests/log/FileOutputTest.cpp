@@ -153,7 +153,8 @@ TEST(LogWriterTest, FullDiskSurfacesFromProcess)
         if (mounted) {
             // Every entry process() accepted is in the file, whole.
             const std::string text = readFile(path);
-            const std::vector<int> sequences = sequencesIn(text.substr(0, text.rfind(logtest::kRule) + logtest::kRule.size()));
+            const std::vector<int> sequences =
+                sequencesIn(text.substr(0, text.rfind(logtest::kRule) + logtest::kRule.size()));
             ASSERT_EQ(sequences.size(), static_cast<size_t>(logged));
         }
     }

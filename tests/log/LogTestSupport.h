@@ -111,16 +111,16 @@ inline bool waitFor(const std::function<bool()>& done, int seconds = 10)
 }
 
 // The text a BasicLogWriter puts after each entry.
-const std::string kRule = "-------------------------\n";
+inline const std::string kRule = "-------------------------\n";
 
 // The entries of a BasicLogWriter text, each as its name=value lines; text
 // after the last rule, or a line without '=', fails the test.
-inline std::vector<std::map<std::string, std::string>> basicEntries(const std::string& text)
+inline std::vector<Fields> basicEntries(const std::string& text)
 {
-    std::vector<std::map<std::string, std::string>> entries;
+    std::vector<Fields> entries;
     size_t at = 0;
     for (size_t end; (end = text.find(kRule, at)) != std::string::npos; at = end + kRule.size()) {
-        std::map<std::string, std::string>& entry = entries.emplace_back();
+        Fields& entry = entries.emplace_back();
         std::istringstream lines(text.substr(at, end - at));
         for (std::string line; std::getline(lines, line);) {
             const size_t equals = line.find('=');

@@ -118,7 +118,8 @@ TEST(LoggerTest, EnableFieldIgnoresCaseAndUnknownKeys)
     logger.enableField(u"severity", true);
     logger.enableField(u"", true);
     logger.log(0, u"a");
-    EXPECT_EQ(logtest::fields(sink->entries()[0].get()), (logtest::Fields{{"level", "0"}, {"name", "svc"}, {"text", "a"}}));
+    EXPECT_EQ(logtest::fields(sink->entries()[0].get()),
+              (logtest::Fields{{"level", "0"}, {"name", "svc"}, {"text", "a"}}));
 
     logger.enableField(u"TIMESTAMP", true);
     logger.enableField(u"Thread", true);
