@@ -117,9 +117,8 @@ TEST(AsyncBatchTest, ThreadDestructionDeliversWhatAWorkerTookButHasNotStarted)
     async.reset();
     // e1 to e9 were in the worker's hands, not in the queue, and still
     // reached the target before the destructor returned, in order.
-    std::vector<std::string> expected{"first"};
-    for (const std::string& text : numbered("e", 1, 10))
-        expected.push_back(text);
+    std::vector<std::string> expected = numbered("e", 1, 10);
+    expected.insert(expected.begin(), "first");
     EXPECT_EQ(sink->values(u"text"), expected);
     const auto threads = sink->threads();
     ASSERT_EQ(threads.size(), 10u);
@@ -181,9 +180,8 @@ TEST(AsyncBatchTest, ThreadThatThrowsHandsTheRestOfItsBatchToTheOthers)
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
     sink->open("gate1");
     ASSERT_TRUE(waitFor([&] { return sink->count() == 7u; })) << sink->count();
-    std::vector<std::string> expected{"gate2", "gate1"};
-    for (const std::string& text : numbered("f", 0, 5))
-        expected.push_back(text);
+    std::vector<std::string> expected = numbered("f", 0, 5);
+    expected.insert(expected.begin(), {"gate2", "gate1"});
     EXPECT_EQ(sink->values(u"text"), expected);
     async.reset();
     EXPECT_EQ(sink->count(), 7u);

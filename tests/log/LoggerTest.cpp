@@ -510,11 +510,9 @@ TEST(TimeStampTest, CompactFormAndConstructors)
     STRUCT_QV_TIME epoch{};
     ASSERT_EQ(QVTimeFromPosix(86400 * 365, 1, &epoch), 0);
     TimeStamp fromSeconds(86400L * 365);
-    EXPECT_EQ(fromSeconds.getTime().wYear, epoch.wYear);
+    EXPECT_EQ(fromSeconds.toLog().toUtf8(), TimeStamp(epoch).toLog().toUtf8());
     // A plain int literal counts seconds too, never picks the bool form.
     EXPECT_EQ(TimeStamp(86400 * 365).toLog().toUtf8(), fromSeconds.toLog().toUtf8());
-    EXPECT_EQ(fromSeconds.getTime().wDay, epoch.wDay);
-    EXPECT_EQ(fromSeconds.getTime().wHour, epoch.wHour);
 
     TimeStamp utc(false);
     TimeStamp local;
