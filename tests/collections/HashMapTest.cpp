@@ -5,7 +5,6 @@
 #include <qv/collections/qvcom/ArrayList.h>
 #include <qv/collections/qvcom/HashMap.h>
 #include <qv/collections/qvcom/HashSet.h>
-#include <qv/core/Class.h>
 #include <qv/core/Exception.h>
 
 #include <gtest/gtest.h>
@@ -390,15 +389,4 @@ TEST(HashSetTest, SetOperations)
     std::vector<int32_t> ids = drain(*keys);
     std::sort(ids.begin(), ids.end());
     EXPECT_EQ(ids, (std::vector<int32_t>{3, 4, 5, 9}));
-}
-
-TEST(CollectionClasses, RegisteredByName)
-{
-    // Every row's name and creator is walked by ClassTableTest; here, that
-    // the creator gives the default map and the object reports its class.
-    Reference<Object> made(Class::forName(u"qv::collections::qvcom::HashMap")->createInstance());
-    HashMap* map = dynamic_cast<HashMap*>(made.get());
-    ASSERT_NE(map, nullptr);
-    EXPECT_EQ(map->getCapacity(), 101);
-    EXPECT_EQ(String(map->getClass()->getName()), String(u"qv::collections::qvcom::HashMap"));
 }
