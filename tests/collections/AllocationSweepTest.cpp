@@ -22,14 +22,7 @@ using qvtest::unk;
 
 namespace {
 
-class CollectionsAllocationSweep : public ::testing::Test {
-protected:
-    void SetUp() override
-    {
-        if (!qvtest::allocationFaultsAvailable())
-            GTEST_SKIP() << "built without fault injection";
-    }
-};
+using CollectionsAllocationSweep = qvtest::AllocationFaultTest;
 
 template <class Map>
 std::vector<int32_t> walk(Map& map)

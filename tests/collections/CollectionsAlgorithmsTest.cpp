@@ -252,14 +252,7 @@ TEST(SelfContaining, IndirectCyclesTerminateWithFixedResults)
     twinMap->clear();
 }
 
-class ViewsAllocationSweep : public ::testing::Test {
-protected:
-    void SetUp() override
-    {
-        if (!qvtest::allocationFaultsAvailable())
-            GTEST_SKIP() << "built without fault injection";
-    }
-};
+using ViewsAllocationSweep = qvtest::AllocationFaultTest;
 
 TEST_F(ViewsAllocationSweep, SubListViewsAndSortLeaveEverythingAsItWas)
 {

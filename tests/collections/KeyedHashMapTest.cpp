@@ -1,3 +1,4 @@
+#include "AllocationSweep.h"
 #include "TestElements.h"
 
 #include <qv/collections/IntegerHashMap.h>
@@ -25,19 +26,14 @@ static_assert(Str1HashMap::DEFAULT_LOAD == 0.75f && StringHashMap::DEFAULT_LOAD 
 
 TEST(IntegerHashMapTest, SameTableRulesAsTheComponentMap)
 {
+    // Growth, order and lookups against the component map are in
+    // CollidingKeysTest; here, what that comparison leaves out.
     IntegerHashMap map;
-    for (int32_t k = 0; k < 75; ++k)
+    for (int32_t k = 0; k <= 75; ++k)
         map.put(k, unk(key(k)));
-    EXPECT_EQ(map.getCapacity(), 101);
-    map.put(0, unk(key(100)));
-    EXPECT_EQ(map.getCapacity(), 101);
-    map.put(75, nullptr);
-    EXPECT_EQ(map.getCapacity(), 203);
     EXPECT_EQ(map.getThreshold(), 152);
-    EXPECT_EQ(idOf(map.get(0).get()), 100);
-    EXPECT_TRUE(map.containsKey(75));
-    EXPECT_FALSE(map.get(-5));
     EXPECT_TRUE(map.containsValue(unk(key(74))));
+    EXPECT_FALSE(map.containsValue(unk(key(76))));
 
     IntegerHashMap copy(map);
     EXPECT_EQ(copy.getCapacity(), 152);
@@ -87,19 +83,10 @@ TEST(StringHashMapTest, KeysByValue)
     EXPECT_FALSE(map.containsKey(String(u"LEVEL")));
     EXPECT_EQ(idOf(map.put(QV_STR(u"level"), unk(key(4))).get()), 3);
     EXPECT_EQ(map.getSize(), 1);
+    // Lookups, removals and walks against a std::map are in KeyedMapViews.
     for (int32_t i = 0; i < 200; ++i)
         map.put(String::valueOf(i), unk(key(i)));
     EXPECT_EQ(map.getCapacity(), 407);
-    EXPECT_EQ(idOf(map.get(String(u"150")).get()), 150);
-    EXPECT_EQ(idOf(map.remove(String(u"150")).get()), 150);
-    EXPECT_FALSE(map.containsKey(String(u"150")));
-    StringHashMap::Iterator it = map.createIterator();
-    int32_t count = 0;
-    while (it.hasNext()) {
-        it.next();
-        ++count;
-    }
-    EXPECT_EQ(count, 200);
 }
 
 TEST(Str1HashMapTest, CaseSensitiveAndLowerCaseMaps)
@@ -136,26 +123,18 @@ TEST(Str1HashMapTest, CaseSensitiveAndLowerCaseMaps)
 
 TEST(Str1HashMapTest, FailedAllocationLeavesTheMapUnchanged)
 {
-    if (!qvtest::AllocationFault::available())
+    if (!qvtest::allocationFaultsAvailable())
         GTEST_SKIP() << "the platform layer was built without fault injection";
     Str1HashMapLC map;
     map.put(Str1(u"A"), nullptr);
     Str1 name(u"Some-Long-Encoding-Name");
-    int32_t failures = 0;
-    for (int32_t nth = 1; nth < 10; ++nth) {
-        try {
-            qvtest::AllocationFault fault(nth);
-            map.put(name, nullptr);
-        } catch (const std::bad_alloc&) {
-            ++failures;
-            EXPECT_EQ(map.getSize(), 1);
-            EXPECT_FALSE(map.containsKey(name));
-            continue;
-        }
-        break;
-    }
     // The lower-cased copy of the key and the entry.
-    EXPECT_GE(failures, 2);
+    EXPECT_GE(qvtest::sweepAllocations([&] { map.put(name, nullptr); },
+                                       [&] {
+                                           EXPECT_EQ(map.getSize(), 1);
+                                           EXPECT_FALSE(map.containsKey(name));
+                                       }),
+              2);
     EXPECT_TRUE(map.containsKey(Str1(u"some-long-encoding-name")));
 }
 

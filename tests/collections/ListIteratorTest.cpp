@@ -38,37 +38,13 @@ class ListIteration : public ::testing::Test {};
 using ListTypes = ::testing::Types<ArrayList, LinkedList>;
 TYPED_TEST_SUITE(ListIteration, ListTypes);
 
-TYPED_TEST(ListIteration, WalksBothWaysAndEditsAtTheCursor)
+// Moving and editing through list iterators and sublists, bounds included,
+// is checked against the model in RandomOperationsMatchTheVectorModel; these
+// cases add the texts of the range errors, what a stale iterator refuses
+// besides next(), read-only iterators, nested sublists and the interface.
+TYPED_TEST(ListIteration, RangeErrorsNameThePositionAndTheBounds)
 {
     Reference<TypeParam> list = listOf<TypeParam>({0, 1, 2, 3, 4});
-    Reference<AbstractListIterator> it = list->createListIterator(2);
-    EXPECT_EQ(it->nextIndex(), 2);
-    EXPECT_EQ(it->previousIndex(), 1);
-    EXPECT_EQ(idOf(it->previous().get()), 1);
-    EXPECT_EQ(idOf(it->previous().get()), 0);
-    EXPECT_FALSE(it->hasPrevious());
-    EXPECT_THROW(it->previous(), IllegalStateException);
-    EXPECT_EQ(idOf(it->next().get()), 0);
-    EXPECT_EQ(idOf(it->set(unk(key(10))).get()), 0);
-    it->add(unk(key(11))); // before the cursor: [10, 11 | 1, 2, 3, 4]
-    EXPECT_THROW(it->set(nullptr), IllegalStateException);
-    EXPECT_THROW(it->remove(), IllegalStateException);
-    EXPECT_EQ(idOf(it->next().get()), 1);
-    EXPECT_EQ(idOf(it->previous().get()), 1);
-    it->remove(); // after previous: the cursor keeps its place
-    EXPECT_EQ(it->nextIndex(), 2);
-    EXPECT_EQ(idOf(it->next().get()), 2);
-    it->remove(); // after next: the cursor steps back
-    EXPECT_EQ(it->nextIndex(), 2);
-    EXPECT_EQ(idsOf(*list), (std::vector<int32_t>{10, 11, 3, 4}));
-
-    Reference<AbstractListIterator> atEnd = list->createListIterator(4);
-    EXPECT_FALSE(atEnd->hasNext());
-    EXPECT_THROW(atEnd->next(), IllegalStateException);
-    atEnd->add(unk(key(5)));
-    EXPECT_EQ(idOf(list->get(4).get()), 5);
-
-    EXPECT_THROW(list->createListIterator(6), RangeErrorException);
     EXPECT_EQ(messageOf([&] { list->createListIterator(-1); }), "list position -1 outside [0, 5]");
     EXPECT_EQ(messageOf([&] { list->get(5); }), "list index 5 outside [0, 5)");
 }
@@ -115,14 +91,8 @@ TYPED_TEST(ListIteration, FailsFastAndReadOnlyIteratorsRefuseChanges)
 
 TYPED_TEST(ListIteration, SubListIsALiveViewThatFailsFast)
 {
-    Reference<TypeParam> list = listOf<TypeParam>({0, 1, 2, 3, 4, 5});
+    Reference<TypeParam> list = listOf<TypeParam>({0, 11, 3, 4, 15, 5});
     Reference<AbstractList> middle = list->subList(1, 5);
-    EXPECT_EQ(idsOf(*middle), (std::vector<int32_t>{1, 2, 3, 4}));
-    middle->set(0, unk(key(11)));
-    middle->removeAt(1);
-    middle->add(unk(key(15)));
-    EXPECT_EQ(idsOf(*list), (std::vector<int32_t>{0, 11, 3, 4, 15, 5}));
-
     Reference<AbstractList> inner = middle->subList(1, 3);
     Reference<AbstractListIterator> it = inner->createListIterator(2);
     EXPECT_EQ(idOf(it->previous().get()), 4);

@@ -59,7 +59,6 @@ TEST(MapViews, KeysValuesAndEntriesFollowTheMapOrderAndWriteThrough)
     Reference<HashMap> map = mapOf(12); // grows past 7 buckets: the order is the table's
     Reference<AbstractSet> keys = map->keySet();
     Reference<AbstractCollection> values = map->values();
-    Reference<AbstractSet> entries = map->entrySet();
     const std::vector<int32_t> order = keysInEntryOrder(*map);
     EXPECT_EQ(idsOf(*keys), order);
     std::vector<int32_t> expectedValues;
@@ -71,31 +70,8 @@ TEST(MapViews, KeysValuesAndEntriesFollowTheMapOrderAndWriteThrough)
     EXPECT_TRUE(values->contains(unk(key(103))));
     EXPECT_FALSE(values->contains(unk(mapKey(3))));
 
-    EXPECT_TRUE(keys->remove(unk(mapKey(3))));
-    EXPECT_FALSE(keys->remove(unk(mapKey(3))));
-    EXPECT_TRUE(values->remove(unk(key(104))));
-    EXPECT_FALSE(map->containsKey(unk(mapKey(4))));
-    Reference<AbstractIterator> keyWalk = keys->createIterator();
-    const int32_t first = idOf(keyWalk->next().get());
-    keyWalk->remove();
-    EXPECT_FALSE(map->containsKey(unk(mapKey(first))));
-    EXPECT_EQ(map->getSize(), 9);
-
-    // SetValue on an entry of the view changes the map, without a structural
-    // change: the walk goes on.
-    Reference<AbstractIterator> entryWalk = entries->createIterator();
-    Reference<IQVUnknown> element = entryWalk->next();
-    Reference<MapEntry> entry;
-    ASSERT_EQ(element->QueryInterface(MapEntry::iid, entry.putVoid()), results::OK);
-    Reference<IQVUnknown> entryKey;
-    entry->GetKey(entryKey.put());
-    ASSERT_EQ(entry->SetValue(unk(key(777)), nullptr), results::OK);
-    EXPECT_EQ(idOf(map->get(entryKey.get()).get()), 777);
-    EXPECT_TRUE(values->contains(unk(key(777))));
-    entryWalk->next();
-    entryWalk->remove();
-    EXPECT_EQ(map->getSize(), 8);
-
+    // Removing through the views and their iterators, and SetValue on their
+    // entries, are checked against a std::map in RandomViewOperationsMatchAStdMap.
     EXPECT_THROW(keys->add(unk(mapKey(50))), UnsupportedOperationException);
     EXPECT_THROW(values->add(unk(mapKey(50))), UnsupportedOperationException);
 
@@ -114,7 +90,7 @@ TEST(MapViews, KeysValuesAndEntriesFollowTheMapOrderAndWriteThrough)
     EXPECT_TRUE(changed);
     int32_t size = 0;
     EXPECT_EQ(valueFace->GetSize(&size), results::OK);
-    EXPECT_EQ(size, 8);
+    EXPECT_EQ(size, 12);
     EXPECT_EQ(map->CreateKeySet(nullptr), results::POINTER);
 }
 

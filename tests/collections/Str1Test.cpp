@@ -1,3 +1,4 @@
+#include "AllocationSweep.h"
 #include "TestElements.h"
 #include "Thrown.h"
 
@@ -107,16 +108,17 @@ TEST(StrBuf1Value, OverflowReportsBufferTooSmall)
 
 TEST(Str1Value, FailedAllocationLeavesTheStringUnchanged)
 {
-    if (!qvtest::AllocationFault::available())
+    if (!qvtest::allocationFaultsAvailable())
         GTEST_SKIP() << "the platform layer was built without fault injection";
     Str1 value(u"0123456789abcde");
-    Result result;
-    {
-        qvtest::AllocationFault fault(1);
-        result = value.append(u"overflowing the first sixteen");
-    }
-    EXPECT_EQ(result, results::OUTOFMEMORY);
-    EXPECT_EQ(text(value), u"0123456789abcde");
-    qvtest::AllocationFault fault(1);
-    EXPECT_THROW(Str1(u"copy"), std::bad_alloc);
+    EXPECT_GT(qvtest::sweepAllocations(
+                  [&] {
+                      const Result code = value.append(u"overflowing the first sixteen");
+                      if (code == results::OUTOFMEMORY)
+                          throw qv::OutOfMemoryException();
+                      EXPECT_EQ(code, results::OK);
+                  },
+                  [&] { EXPECT_EQ(text(value), u"0123456789abcde"); }),
+              0);
+    EXPECT_GT(qvtest::sweepAllocations([] { Str1 copy(u"copy"); }, [] {}), 0);
 }

@@ -108,16 +108,6 @@ public:
     }
 };
 
-// Arms the platform's allocation fault for the nth allocation from now and
-// disarms on scope exit. Allocations through operator new count too (the
-// test program installs a counting operator new).
-class AllocationFault {
-public:
-    explicit AllocationFault(int32_t nth);
-    ~AllocationFault();
-    static bool available();
-};
-
 } // namespace qvtest
 
 #endif

@@ -11,6 +11,7 @@
 #include <qv/util/RegistryKey.h>
 
 #include "AllocationSweep.h"
+#include "Thrown.h"
 
 #include <gtest/gtest.h>
 
@@ -31,24 +32,6 @@ using qv::i18n::ListStringBundle;
 using qv::i18n::Locale;
 using qv::i18n::MissingResourceException;
 using qv::i18n::StringBundle;
-
-namespace {
-
-// The result code of what operation throws, or 0 when it throws nothing.
-template <class Operation>
-Result codeThrownBy(Operation&& operation, std::string* description = nullptr)
-{
-    try {
-        operation();
-    } catch (const qv::Exception& e) {
-        if (description)
-            *description = utf8(e.getDescription());
-        return e.getResult();
-    }
-    return 0;
-}
-
-} // namespace
 
 TEST(StringBundleFaceTest, ANativeBundleAnswersAcrossTheBoundaryWithResultCodes)
 {
@@ -83,7 +66,7 @@ TEST(StringBundleFaceTest, ANativeBundleAnswersAcrossTheBoundaryWithResultCodes)
     } catch (const MissingResourceException& e) {
         EXPECT_EQ("received", utf8(e.getBundleName()));
     }
-    EXPECT_EQ(qv::results::POINTER, codeThrownBy([] { ComponentStringBundle(u"none", nullptr); }));
+    EXPECT_EQ(qv::results::POINTER, qvtest::resultOf([] { ComponentStringBundle(u"none", nullptr); }));
 }
 
 TEST(LocaleFaceTest, TextQueriesFillTheCallersBuffer)
@@ -165,9 +148,9 @@ TEST_F(ComponentBundleTest, FindsAComponentByProgIdAheadOfTheFileOfItsLevelAndFa
     EXPECT_EQ("root", text(austrian, u"root.only"));
     // The component stands for the whole "de" level: the file beside it is
     // not read.
-    std::string description;
-    EXPECT_EQ(IStringBundle::MISSING_KEY, codeThrownBy([&] { austrian->getString(u"de.file.only"); }, &description));
-    EXPECT_EQ("no text for key 'de.file.only' in bundle 'greetings_de_AT'", description);
+    EXPECT_EQ(
+        "no text for key 'de.file.only' in bundle 'greetings_de_AT'",
+        qvtest::messageOf<qv::Exception>([&] { austrian->getString(u"de.file.only"); }, IStringBundle::MISSING_KEY));
 
     Reference<const StringBundle> swiss = StringBundle::getBundle(u"greetings", Locale(u"de_CH"));
     EXPECT_EQ("greetings_de", utf8(swiss->getBundleName()));
@@ -177,7 +160,7 @@ TEST_F(ComponentBundleTest, FindsAComponentByProgIdAheadOfTheFileOfItsLevelAndFa
     EXPECT_EQ(0, swiss->GetString(u"farewell", &out));
     EXPECT_EQ(String(u"Tsch\u00FCss"), out);
     // A failure of the component is its own code, never a missing key.
-    EXPECT_EQ(qv::results::INVALID_DATA, codeThrownBy([&] { swiss->getString(u"broken"); }));
+    EXPECT_EQ(qv::results::INVALID_DATA, qvtest::resultOf([&] { swiss->getString(u"broken"); }));
     EXPECT_EQ(qv::results::INVALID_DATA, swiss->GetString(u"broken", &out));
     EXPECT_EQ("Hello", text(StringBundle::getBundle(u"greetings", Locale(u"fr")), u"greeting"));
 
@@ -191,19 +174,18 @@ TEST_F(ComponentBundleTest, FindsAComponentByProgIdAheadOfTheFileOfItsLevelAndFa
 
 TEST_F(ComponentBundleTest, ARegisteredComponentThatCannotBeCreatedIsReportedNotSkipped)
 {
-    std::string description;
-    EXPECT_EQ(qv::results::NOINTERFACE,
-              codeThrownBy([] { StringBundle::getBundle(u"broken", Locale(u"en_US")); }, &description));
-    EXPECT_EQ("cannot create string bundle component 'Velmara.StringBundle.broken'", description);
+    EXPECT_EQ("cannot create string bundle component 'Velmara.StringBundle.broken'",
+              qvtest::messageOf<qv::Exception>([] { StringBundle::getBundle(u"broken", Locale(u"en_US")); },
+                                               qv::results::NOINTERFACE));
 
     const qv::util::Guid clsid = qv::util::Guid::createRandom();
     qv::util::RegistryKey root = qv::util::RegistryKey::classesRoot();
     root.createKey(u"Velmara.StringBundle.greetings.fr\\CLSID").setValue(nullptr, clsid.toString());
     const String server = String(u"CLSID\\").append(clsid.toString()).append(u"\\InprocServer32");
     root.createKey(server.getData()).setValue(nullptr, String(u"/nonexistent/libgone.so"));
-    EXPECT_EQ(qv::results::FILE_NOT_FOUND,
-              codeThrownBy([] { StringBundle::getBundle(u"greetings", Locale(u"fr_FR")); }, &description));
-    EXPECT_EQ("cannot create string bundle component 'Velmara.StringBundle.greetings.fr'", description);
+    EXPECT_EQ("cannot create string bundle component 'Velmara.StringBundle.greetings.fr'",
+              qvtest::messageOf<qv::Exception>([] { StringBundle::getBundle(u"greetings", Locale(u"fr_FR")); },
+                                               qv::results::FILE_NOT_FOUND));
     // Failures are not cached: the next lookup tries again.
     root.deleteKey(u"Velmara.StringBundle.greetings.fr");
     EXPECT_EQ("Hello", text(StringBundle::getBundle(u"greetings", Locale(u"fr_FR")), u"greeting"));

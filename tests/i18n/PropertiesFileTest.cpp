@@ -39,33 +39,10 @@ BundleFormatException loadError(const BundleDirectory& dir, const std::string& b
 
 } // namespace
 
-TEST(PropertiesFileTest, ReadsTheDocumentedSeparatorsContinuationsAndEmptyValues)
-{
-    BundleDirectory dir;
-    Reference<const ListStringBundle> bundle = load(dir, "Truth = Beauty\n"
-                                                         " Truth2:Beauty\n"
-                                                         "Truth3                    :Beauty\n"
-                                                         "fruits                           apple, banana, pear, \\\n"
-                                                         "                                 cantaloupe, watermelon, \\\n"
-                                                         "                                 kiwi, mango\n"
-                                                         "cheeses\n"
-                                                         "spaced\\ key\\:\\= = x = y\n"
-                                                         "trailing = two backslashes \\\\\n"
-                                                         "crlf=a\r\nold.mac=b\rlast=c");
-    ASSERT_TRUE(bundle);
-    EXPECT_EQ("Beauty", utf8(bundle->getString(u"Truth")));
-    EXPECT_EQ("Beauty", utf8(bundle->getString(u"Truth2")));
-    EXPECT_EQ("Beauty", utf8(bundle->getString(u"Truth3")));
-    EXPECT_EQ("apple, banana, pear, cantaloupe, watermelon, kiwi, mango", utf8(bundle->getString(u"fruits")));
-    EXPECT_EQ("", utf8(bundle->getString(u"cheeses")));
-    EXPECT_EQ("x = y", utf8(bundle->getString(u"spaced key:=")));
-    EXPECT_EQ("two backslashes \\", utf8(bundle->getString(u"trailing")));
-    EXPECT_EQ("a", utf8(bundle->getString(u"crlf")));
-    EXPECT_EQ("b", utf8(bundle->getString(u"old.mac")));
-    EXPECT_EQ("c", utf8(bundle->getString(u"last")));
-    EXPECT_EQ(10, bundle->getSize());
-}
-
+// The line rules (separators, continuations, empty values, line ends) are
+// the util properties parser's and are tested with it; these cases cover
+// what the bundle loader adds: UTF-8 with its mark, and errors with the
+// file's path, line and byte offset.
 TEST(PropertiesFileTest, ResolvesEscapesCommentsAndUtf8)
 {
     BundleDirectory dir;

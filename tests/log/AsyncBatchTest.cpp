@@ -20,6 +20,7 @@
 using namespace qv;
 using namespace qv::log;
 using logtest::field;
+using logtest::numbered;
 using logtest::waitFor;
 
 namespace {
@@ -81,13 +82,6 @@ public:
         m_gates[text] = Gate::OPEN;
         m_gateChanged.notify_all();
     }
-    std::vector<std::string> texts()
-    {
-        std::vector<std::string> all;
-        for (const auto& entry : entries())
-            all.push_back(field(entry.get(), u"text"));
-        return all;
-    }
     std::vector<std::thread::id> threads()
     {
         std::lock_guard<std::mutex> hold(m_gateLock);
@@ -104,14 +98,6 @@ private:
     std::map<std::string, Gate> m_gates;
     std::vector<std::thread::id> m_threads;
 };
-
-std::vector<std::string> numbered(const char* stem, int from, int to)
-{
-    std::vector<std::string> texts;
-    for (int i = from; i < to; ++i)
-        texts.push_back(stem + std::to_string(i));
-    return texts;
-}
 
 } // namespace
 
@@ -131,10 +117,9 @@ TEST(AsyncBatchTest, ThreadDestructionDeliversWhatAWorkerTookButHasNotStarted)
     async.reset();
     // e1 to e9 were in the worker's hands, not in the queue, and still
     // reached the target before the destructor returned, in order.
-    std::vector<std::string> expected{"first"};
-    for (const std::string& text : numbered("e", 1, 10))
-        expected.push_back(text);
-    EXPECT_EQ(sink->texts(), expected);
+    std::vector<std::string> expected = numbered("e", 1, 10);
+    expected.insert(expected.begin(), "first");
+    EXPECT_EQ(sink->values(u"text"), expected);
     const auto threads = sink->threads();
     ASSERT_EQ(threads.size(), 10u);
     for (size_t i = 1; i < threads.size(); ++i)
@@ -143,7 +128,7 @@ TEST(AsyncBatchTest, ThreadDestructionDeliversWhatAWorkerTookButHasNotStarted)
     ASSERT_TRUE(waitFor([&] { return sink->count() == 11u; }));
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
     EXPECT_EQ(sink->count(), 11u);
-    EXPECT_EQ(sink->texts().back(), "e0");
+    EXPECT_EQ(sink->values(u"text").back(), "e0");
 }
 
 TEST(AsyncBatchTest, ThreadDestroyedByItsOwnWorkerMidBatchDeliversEachEntryOnce)
@@ -168,7 +153,7 @@ TEST(AsyncBatchTest, ThreadDestroyedByItsOwnWorkerMidBatchDeliversEachEntryOnce)
     sink->open("first");
     ASSERT_TRUE(waitFor([&] { return sink->count() >= expected.size(); }));
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    EXPECT_EQ(sink->texts(), expected);
+    EXPECT_EQ(sink->values(u"text"), expected);
     const auto threads = sink->threads();
     ASSERT_EQ(threads.size(), expected.size());
     for (size_t i = 1; i < threads.size(); ++i)
@@ -195,10 +180,9 @@ TEST(AsyncBatchTest, ThreadThatThrowsHandsTheRestOfItsBatchToTheOthers)
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
     sink->open("gate1");
     ASSERT_TRUE(waitFor([&] { return sink->count() == 7u; })) << sink->count();
-    std::vector<std::string> expected{"gate2", "gate1"};
-    for (const std::string& text : numbered("f", 0, 5))
-        expected.push_back(text);
-    EXPECT_EQ(sink->texts(), expected);
+    std::vector<std::string> expected = numbered("f", 0, 5);
+    expected.insert(expected.begin(), {"gate2", "gate1"});
+    EXPECT_EQ(sink->values(u"text"), expected);
     async.reset();
     EXPECT_EQ(sink->count(), 7u);
 }
@@ -247,7 +231,7 @@ TEST(AsyncBatchTest, HammerDestructionMidStreamDeliversEveryAcceptedEntryOnce)
     EXPECT_GE(*std::max_element(deliveredAfterRelease.begin(), deliveredAfterRelease.end()), total - kWorkers);
     ASSERT_TRUE(waitFor([&] { return sink->count() >= total; }));
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    const std::vector<std::string> texts = sink->texts();
+    const std::vector<std::string> texts = sink->values(u"text");
     EXPECT_EQ(texts.size(), total);
     const std::set<std::string> distinct(texts.begin(), texts.end());
     EXPECT_EQ(distinct.size(), total);

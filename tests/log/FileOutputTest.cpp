@@ -19,8 +19,6 @@ using logtest::readFile;
 
 namespace {
 
-const char* const kSeparator = "-------------------------\n";
-
 bool exists(const std::string& path)
 {
     struct stat status;
@@ -32,22 +30,11 @@ bool exists(const std::string& path)
 std::vector<int> sequencesIn(const std::string& text)
 {
     std::vector<int> result;
-    size_t at = 0;
-    while (at < text.size()) {
-        const size_t end = text.find(kSeparator, at);
-        if (end == std::string::npos) {
-            ADD_FAILURE() << "partial entry: " << text.substr(at);
-            break;
-        }
-        const std::string entry = text.substr(at, end - at);
-        const size_t sequence = entry.find("sequence=");
-        EXPECT_NE(entry.find("text=entry number "), std::string::npos) << entry;
-        EXPECT_NE(entry.find("level=3\n"), std::string::npos) << entry;
-        if (sequence == std::string::npos)
-            ADD_FAILURE() << "no sequence: " << entry;
-        else
-            result.push_back(std::stoi(entry.substr(sequence + 9)));
-        at = end + std::string(kSeparator).size();
+    for (auto& entry : logtest::basicEntries(text)) {
+        EXPECT_EQ(entry.size(), 3u);
+        EXPECT_EQ(entry["level"], "3");
+        EXPECT_EQ(entry["text"].rfind("entry number ", 0), 0u) << entry["text"];
+        result.push_back(std::stoi(entry["sequence"]));
     }
     return result;
 }
@@ -166,7 +153,8 @@ TEST(LogWriterTest, FullDiskSurfacesFromProcess)
         if (mounted) {
             // Every entry process() accepted is in the file, whole.
             const std::string text = readFile(path);
-            const std::vector<int> sequences = sequencesIn(text.substr(0, text.rfind(kSeparator) + 26));
+            const std::vector<int> sequences =
+                sequencesIn(text.substr(0, text.rfind(logtest::kRule) + logtest::kRule.size()));
             ASSERT_EQ(sequences.size(), static_cast<size_t>(logged));
         }
     }

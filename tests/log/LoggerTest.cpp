@@ -27,12 +27,6 @@ Reference<logtest::CollectingProcessor> attach(Logger& logger)
     return sink;
 }
 
-std::set<std::string> nameSet(const ILogEntry* entry)
-{
-    std::vector<std::string> all = names(entry);
-    return std::set<std::string>(all.begin(), all.end());
-}
-
 std::vector<std::string> keyOrder(collections::StringHashMap& map)
 {
     std::vector<std::string> order;
@@ -51,17 +45,14 @@ TEST(LoggerTest, DefaultFieldsOfBothConstructors)
     plain->log(3, u"hello");
     ASSERT_EQ(sink->count(), 1u);
     const ILogEntry* entry = sink->entries()[0].get();
-    EXPECT_EQ(nameSet(entry), (std::set<std::string>{"level", "text"}));
-    EXPECT_EQ(field(entry, u"level"), "3");
-    EXPECT_EQ(field(entry, u"text"), "hello");
+    EXPECT_EQ(logtest::fields(entry), (logtest::Fields{{"level", "3"}, {"text", "hello"}}));
     EXPECT_NE(dynamic_cast<const Integer32*>(entry->getField(u"level").get()), nullptr);
 
     Reference<Logger> named = Logger::create(u"net");
     auto namedSink = attach(*named);
     named->log(1, u"up");
-    const ILogEntry* namedEntry = namedSink->entries()[0].get();
-    EXPECT_EQ(nameSet(namedEntry), (std::set<std::string>{"level", "text", "name"}));
-    EXPECT_EQ(field(namedEntry, u"name"), "net");
+    EXPECT_EQ(logtest::fields(namedSink->entries()[0].get()),
+              (logtest::Fields{{"level", "1"}, {"name", "net"}, {"text", "up"}}));
 }
 
 // Each standard value is held once, by its entry: counted more, it would
@@ -75,11 +66,11 @@ TEST(LoggerTest, EveryStandardValueIsHeldByItsEntryAlone)
     logger->log(2, u"once");
     ASSERT_EQ(sink->count(), 1u);
     const ILogEntry* entry = sink->entries()[0].get();
-    ASSERT_EQ(nameSet(entry).size(), 6u);
+    ASSERT_EQ(names(entry).size(), 6u);
     for (const char16_t* key : {u"level", u"text", u"sequence", u"thread", u"timestamp", u"name"}) {
         Reference<const Object> value = entry->getField(key);
-        ASSERT_TRUE(value) << logtest::utf8(String(key));
-        EXPECT_EQ(value->GetRefCount(), 2) << logtest::utf8(String(key)) << ": the entry's and this one";
+        ASSERT_TRUE(value) << String(key).toUtf8();
+        EXPECT_EQ(value->GetRefCount(), 2) << String(key).toUtf8() << ": the entry's and this one";
     }
 }
 
@@ -92,15 +83,9 @@ TEST(LoggerTest, DefaultLevelAndNoFiltering)
     logger.log(u"x");
     logger.log(-5, u"low");
     logger.log(1000, u"high");
-    auto entries = sink->entries();
-    ASSERT_EQ(entries.size(), 4u);
-    EXPECT_EQ(field(entries[0].get(), u"level"), "0");
-    EXPECT_EQ(field(entries[1].get(), u"level"), "7");
-    EXPECT_EQ(field(entries[2].get(), u"level"), "-5");
-    EXPECT_EQ(field(entries[3].get(), u"level"), "1000");
-    // Through the ILogger face too.
+    // The last through the ILogger face.
     static_cast<ILogger&>(logger).log(u"face");
-    EXPECT_EQ(field(sink->entries()[4].get(), u"level"), "7");
+    EXPECT_EQ(sink->values(u"level"), (std::vector<std::string>{"0", "7", "-5", "1000", "7"}));
 }
 
 TEST(LoggerTest, SequenceCountsEveryBuiltEntryButNotDisabledCalls)
@@ -109,27 +94,21 @@ TEST(LoggerTest, SequenceCountsEveryBuiltEntryButNotDisabledCalls)
     auto sink = attach(logger);
     logger.log(0, u"a");
     logger.log(0, u"b");
-    EXPECT_EQ(field(sink->entries()[1].get(), u"sequence"), "<absent>");
     logger.enableField(u"sequence", true);
     logger.log(0, u"c");
-    EXPECT_EQ(field(sink->entries()[2].get(), u"sequence"), "2");
-
     logger.setEnabled(false);
     logger.log(0, u"dropped");
     logger.log(0, u"dropped too");
-    EXPECT_EQ(sink->count(), 3u);
     logger.setEnabled(true);
     logger.log(0, u"d");
-    ASSERT_EQ(sink->count(), 4u);
-    EXPECT_EQ(field(sink->entries()[3].get(), u"sequence"), "3");
+    EXPECT_EQ(sink->values(u"sequence"), (std::vector<std::string>{"<absent>", "<absent>", "2", "3"}));
 
     Logger fresh;
     auto freshSink = attach(fresh);
     fresh.enableField(u"sequence", true);
     for (int i = 0; i < 3; ++i)
         fresh.log(0, u"n");
-    for (int i = 0; i < 3; ++i)
-        EXPECT_EQ(field(freshSink->entries()[i].get(), u"sequence"), std::to_string(i));
+    EXPECT_EQ(freshSink->values(u"sequence"), logtest::numbered("", 0, 3));
 }
 
 TEST(LoggerTest, EnableFieldIgnoresCaseAndUnknownKeys)
@@ -139,7 +118,8 @@ TEST(LoggerTest, EnableFieldIgnoresCaseAndUnknownKeys)
     logger.enableField(u"severity", true);
     logger.enableField(u"", true);
     logger.log(0, u"a");
-    EXPECT_EQ(nameSet(sink->entries()[0].get()), (std::set<std::string>{"level", "text", "name"}));
+    EXPECT_EQ(logtest::fields(sink->entries()[0].get()),
+              (logtest::Fields{{"level", "0"}, {"name", "svc"}, {"text", "a"}}));
 
     logger.enableField(u"TIMESTAMP", true);
     logger.enableField(u"Thread", true);
@@ -147,9 +127,10 @@ TEST(LoggerTest, EnableFieldIgnoresCaseAndUnknownKeys)
     logger.enableField(u"Text", false);
     logger.log(0, u"b");
     const ILogEntry* entry = sink->entries()[1].get();
-    EXPECT_EQ(nameSet(entry), (std::set<std::string>{"level", "thread", "timestamp"}));
+    logtest::Fields all = logtest::fields(entry);
+    EXPECT_EQ(all.erase("timestamp"), 1u);
+    EXPECT_EQ(all, (logtest::Fields{{"level", "0"}, {"thread", std::to_string(exec::Thread::getCurrentID())}}));
     EXPECT_NE(dynamic_cast<const TimeStamp*>(entry->getField(u"timestamp").get()), nullptr);
-    EXPECT_EQ(field(entry, u"thread"), std::to_string(exec::Thread::getCurrentID()));
     EXPECT_NE(dynamic_cast<const UInteger32*>(entry->getField(u"thread").get()), nullptr);
 }
 
@@ -165,9 +146,8 @@ TEST(LoggerTest, ProcessorsInOrderSetProcessorReplacesAndFactoryIsEmpty)
     auto first = attach(logger);
     auto second = attach(logger);
     logger.log(0, u"both");
-    EXPECT_EQ(first->count(), 1u);
-    EXPECT_EQ(second->count(), 1u);
-    EXPECT_EQ(first->entries()[0].get(), second->entries()[0].get());
+    ASSERT_EQ(second->count(), 1u);
+    EXPECT_EQ(first->entries(), second->entries());
 
     Reference<logtest::CollectingProcessor> only(new logtest::CollectingProcessor());
     logger.setProcessor(only.get());
@@ -210,9 +190,8 @@ TEST(LoggerTest, CustomFieldsHookRunsForEveryEntry)
     logger.fail = false;
     logger.log(0, u"b");
     EXPECT_EQ(logger.calls, 3);
-    ASSERT_EQ(sink->count(), 2u);
-    EXPECT_EQ(field(sink->entries()[1].get(), u"host"), "box1");
-    EXPECT_EQ(field(sink->entries()[1].get(), u"sequence"), "1");
+    EXPECT_EQ(sink->values(u"host"), (std::vector<std::string>{"box1", "box1"}));
+    EXPECT_EQ(sink->values(u"sequence"), (std::vector<std::string>{"0", "1"}));
 }
 
 namespace {
@@ -268,8 +247,7 @@ TEST(LoggerTest, ClockFailurePropagatesFromLog)
     QVFaultDisarmAll();
     EXPECT_EQ(sink->count(), 0u);
     logger.log(0, u"y");
-    ASSERT_EQ(sink->count(), 1u);
-    EXPECT_EQ(field(sink->entries()[0].get(), u"sequence"), "0");
+    EXPECT_EQ(sink->values(u"sequence"), std::vector<std::string>{"0"});
 }
 
 TEST(LoggerTest, AllocationFailureInLogLeavesLoggerUsable)
@@ -524,19 +502,17 @@ std::string localeForm(const STRUCT_QV_TIME& t, const char* format)
 
 TEST(TimeStampTest, CompactFormAndConstructors)
 {
+    // Every field value against exact decimals is in WriterTextTest; these
+    // pin the form itself, the year unpadded.
     EXPECT_EQ(TimeStamp(logtest::timeOf(2014, 3, 5, 7, 8, 9, 10)).toLog().toUtf8(), "20140305070809.010");
-    EXPECT_EQ(TimeStamp(logtest::timeOf(1999, 12, 31, 23, 59, 59, 999)).toLog().toUtf8(), "19991231235959.999");
     EXPECT_EQ(TimeStamp(logtest::timeOf(999, 1, 2, 3, 4, 5, 6)).toLog().toUtf8(), "9990102030405.006");
-    EXPECT_EQ(TimeStamp(logtest::timeOf(2000, 1, 1, 0, 0, 0, 0)).toLog().toUtf8(), "20000101000000.000");
 
     STRUCT_QV_TIME epoch{};
     ASSERT_EQ(QVTimeFromPosix(86400 * 365, 1, &epoch), 0);
     TimeStamp fromSeconds(86400L * 365);
-    EXPECT_EQ(fromSeconds.getTime().wYear, epoch.wYear);
+    EXPECT_EQ(fromSeconds.toLog().toUtf8(), TimeStamp(epoch).toLog().toUtf8());
     // A plain int literal counts seconds too, never picks the bool form.
     EXPECT_EQ(TimeStamp(86400 * 365).toLog().toUtf8(), fromSeconds.toLog().toUtf8());
-    EXPECT_EQ(fromSeconds.getTime().wDay, epoch.wDay);
-    EXPECT_EQ(fromSeconds.getTime().wHour, epoch.wHour);
 
     TimeStamp utc(false);
     TimeStamp local;
@@ -580,11 +556,8 @@ TEST(TimeStampTest, FormattingAndClockFailuresThrowTheirCodes)
 
 namespace {
 
-class ThrowingLevelLogger : public Object, public ILevelLogger {
+class ThrowingLevelLogger : public logtest::ObjectWith<ILevelLogger> {
 public:
-    Result QueryInterface(const GUID& iid, void** ppv) override { return Object::QueryInterface(iid, ppv); }
-    uint32_t AddRef() const override { return ComObject::AddRef(); }
-    uint32_t Release() const override { return ComObject::Release(); }
     void log(int, const String&) override { throw ResultException(static_cast<Result>(0x80004005)); }
 };
 
@@ -644,10 +617,7 @@ TEST(SyncLoggerTest, ConcurrentCallersGetOneSequenceNumberEach)
         });
     for (auto& w : workers)
         w.join();
-    auto entries = sink->entries();
-    ASSERT_EQ(entries.size(), static_cast<size_t>(threads * perThread));
-    for (size_t i = 0; i < entries.size(); ++i)
-        EXPECT_EQ(field(entries[i].get(), u"sequence"), std::to_string(i));
+    EXPECT_EQ(sink->values(u"sequence"), logtest::numbered("", 0, threads * perThread));
 }
 
 TEST(StringBundleLoggerTest, ArgumentFilling)
@@ -683,14 +653,10 @@ TEST(StringBundleLoggerTest, LooksUpKeysAndPassesMissingKeysOn)
     args.add(Reference<Object>(new String(u"/var")));
     args.add(Reference<Object>(new Integer32(97)));
     messages->log(4, u"disk.full", args);
-    auto entries = sink->entries();
-    ASSERT_EQ(entries.size(), 2u);
-    EXPECT_EQ(field(entries[0].get(), u"text"), "hello");
-    EXPECT_EQ(field(entries[1].get(), u"text"), "disk /var is 97% full");
-    EXPECT_EQ(field(entries[1].get(), u"level"), "4");
     EXPECT_THROW(messages->log(1, u"absent"), i18n::MissingResourceException);
     EXPECT_THROW(messages->log(1, u"absent", args), i18n::MissingResourceException);
-    EXPECT_EQ(sink->count(), 2u);
+    EXPECT_EQ(sink->values(u"text"), (std::vector<std::string>{"hello", "disk /var is 97% full"}));
+    EXPECT_EQ(sink->values(u"level"), (std::vector<std::string>{"2", "4"}));
 }
 
 TEST(CollectionsValueTest, SetKeepsInsertionOrderAndListIndexes)

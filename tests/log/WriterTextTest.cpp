@@ -60,12 +60,9 @@ public:
 
 // An entry that shows only names and lookups, so that writers walk it
 // through ILogEntry's own visitFields().
-class LookupOnlyEntry : public Object, public ILogEntry {
+class LookupOnlyEntry : public logtest::ObjectWith<ILogEntry> {
 public:
     explicit LookupOnlyEntry(const ILogEntry* inner) : m_inner(inner) {}
-    Result QueryInterface(const GUID& iid, void** out) override { return Object::QueryInterface(iid, out); }
-    uint32_t AddRef() const override { return ComObject::AddRef(); }
-    uint32_t Release() const override { return ComObject::Release(); }
 
     void setField(const String&, const Object*) override { throw IllegalStateException(); }
     Reference<const Object> getField(const String& name) const override { return m_inner->getField(name); }

@@ -17,14 +17,7 @@ using namespace qv::util;
 namespace {
 
 template <class Buffer>
-class BufferAllocationSweep : public ::testing::Test {
-protected:
-    void SetUp() override
-    {
-        if (!qvtest::allocationFaultsAvailable())
-            GTEST_SKIP() << "built without fault injection";
-    }
-};
+class BufferAllocationSweep : public qvtest::AllocationFaultTest {};
 
 typedef ::testing::Types<RWByteBuffer, RWCharBuffer, MTByteBuffer, MTCharBuffer> Buffers;
 TYPED_TEST_SUITE(BufferAllocationSweep, Buffers);

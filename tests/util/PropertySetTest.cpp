@@ -10,6 +10,8 @@
 #include <gtest/gtest.h>
 
 #include "AllocationSweep.h"
+#include "ChildProcess.h"
+#include "QvTextPrinting.h"
 
 #include <stdlib.h>
 #include <unistd.h>
@@ -71,6 +73,7 @@ TEST(PropertiesFormat, JavaDocumentationExamples)
     // A continued line may start with '#': it is text, not a comment.
     EXPECT_EQ(parsed(u"k=a\\\n#b\n"), (Entries{{"k", "a#b"}}));
     EXPECT_EQ(parsed(u"k==v\nj:=w\n"), (Entries{{"k", "=v"}, {"j", "=w"}}));
+    EXPECT_EQ(parsed(u"k=x\\\\"), (Entries{{"k", "x\\"}}));
 }
 
 TEST(PropertiesFormat, BadInputNamesSourceAndLineAndFormatRoundTrips)
@@ -80,18 +83,13 @@ TEST(PropertiesFormat, BadInputNamesSourceAndLineAndFormatRoundTrips)
     EXPECT_EQ(failure(u"a=1\nlast=x\\"), "app.properties:2: line ends with a lone backslash");
     EXPECT_EQ(failure(u"a=1\nlast=x\\\\"), "accepted");
 
-    const String awkward[][2] = {{String(u" lead:ing=#!"), String(u"  value with\ttab\nand \\ slash ")},
-                                 {String(u"plain"), String(u"")},
-                                 {String(u"\u00e9t\u00e9"), String(u"\x01\u20ac")}};
+    const PropertiesFormat::Entries awkward = {{String(u" lead:ing=#!"), String(u"  value with\ttab\nand \\ slash ")},
+                                               {String(u"plain"), String(u"")},
+                                               {String(u"\u00e9t\u00e9"), String(u"\x01\u20ac")}};
     String text;
     for (const auto& pair : awkward)
-        text.append(PropertiesFormat::formatEntry(pair[0], pair[1])).append(u'\n');
-    const auto back = PropertiesFormat::parse(text, String(u"round"));
-    ASSERT_EQ(back.size(), 3u);
-    for (size_t i = 0; i < 3; ++i) {
-        EXPECT_EQ(back[i].first, awkward[i][0]) << i;
-        EXPECT_EQ(back[i].second, awkward[i][1]) << i;
-    }
+        text.append(PropertiesFormat::formatEntry(pair.first, pair.second)).append(u'\n');
+    EXPECT_EQ(PropertiesFormat::parse(text, String(u"round")), awkward);
 }
 
 TEST(PropertySet, TypedValuesOrderAndListeners)
@@ -131,9 +129,8 @@ TEST(PropertySet, TypedValuesOrderAndListeners)
 
 TEST(PropertySet, FilesInBothFormatsKeepWhatMatters)
 {
-    char folder[] = "/tmp/qvcl3-props-XXXXXX";
-    ASSERT_NE(mkdtemp(folder), nullptr);
-    const std::string base(folder);
+    const qvtest::TempDir folder("qvcl3-props");
+    const std::string& base = folder.path();
     PropertySet set;
     set.setString(String(u"greeting"), String(u"h\u00e9llo <&> \"world\"\n"));
     set.setInt(String(u"port"), -80);
@@ -175,7 +172,6 @@ TEST(PropertySet, FilesInBothFormatsKeepWhatMatters)
             << String(text).toUtf8();
     EXPECT_EQ(untouched.size(), 1);
     EXPECT_EQ(untouched.getString(String(u"keep")), String(u"me"));
-    std::system(("rm -rf '" + base + "'").c_str());
 }
 
 TEST(PropertySet, AllocationFailureLeavesTheSetAsItWas)
