@@ -17,18 +17,7 @@
 using namespace qv;
 using namespace qv::text::charset;
 
-namespace {
-
-class CharsetAllocationSweep : public ::testing::Test {
-protected:
-    void SetUp() override
-    {
-        if (!qvtest::allocationFaultsAvailable())
-            GTEST_SKIP() << "built without fault injection";
-    }
-};
-
-} // namespace
+using CharsetAllocationSweep = qvtest::AllocationFaultTest;
 
 TEST_F(CharsetAllocationSweep, ConvertersByNameAndTheRegistry)
 {

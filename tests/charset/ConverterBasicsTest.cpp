@@ -99,12 +99,6 @@ TEST(CharsetBasics, NamesAndSizesDescribeTheEncoding)
             EXPECT_LE(bytes.size(), static_cast<size_t>(encoder->getMaxBytesPerChar()) + mark);
         }
     }
-    BTCUTF16 utf16;
-    EXPECT_TRUE(Text(utf16.getEncodingName()) == u"UTF-16");
-    CTBAMP7 amp7;
-    EXPECT_TRUE(Text(amp7.getEncodingName()) == u"AMP-7");
-    BTCISO8859_1 latin1;
-    EXPECT_TRUE(Text(latin1.getEncodingName()) == u"ISO8859_1");
 }
 
 TEST(CharsetBasics, ConvertersAreRegisteredLibraryObjects)

@@ -101,6 +101,17 @@ inline Bytes encodeAll(CharToByteConverter& c, const Text& text, int inStep = IN
     return Bytes(out.begin(), out.end());
 }
 
+// UTF-16LE bytes of a text, as iconv takes them.
+inline std::string toUtf16le(const Text& text)
+{
+    std::string bytes;
+    for (char16_t u : text) {
+        bytes += static_cast<char>(u & 0xFF);
+        bytes += static_cast<char>(u >> 8);
+    }
+    return bytes;
+}
+
 // UTF-16 of a sequence of code points.
 inline Text utf16(std::initializer_list<char32_t> cps)
 {

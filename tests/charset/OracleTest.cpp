@@ -8,16 +8,6 @@
 namespace charset_test {
 namespace {
 
-std::string toUtf16le(const Text& text)
-{
-    std::string bytes;
-    for (char16_t u : text) {
-        bytes += static_cast<char>(u & 0xFF);
-        bytes += static_cast<char>(u >> 8);
-    }
-    return bytes;
-}
-
 Text fromUtf16le(const std::string& bytes)
 {
     Text text;
@@ -132,15 +122,9 @@ Text allScalarValues()
 {
     Text text;
     text.reserve(0x110000 * 2);
-    for (uint32_t cp = 0; cp <= 0x10FFFF; ++cp) {
-        if (cp >= 0xD800 && cp < 0xE000) {
-            continue;
-        }
-        if (cp >= 0x10000) {
-            text += static_cast<char16_t>(0xD7C0 + (cp >> 10));
-            text += static_cast<char16_t>(0xDC00 + (cp & 0x3FF));
-        } else {
-            text += static_cast<char16_t>(cp);
+    for (char32_t cp = 0; cp <= 0x10FFFF; ++cp) {
+        if (cp < 0xD800 || cp >= 0xE000) {
+            text += utf16({cp});
         }
     }
     return text;

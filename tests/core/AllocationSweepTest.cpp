@@ -23,14 +23,7 @@ Object* createSweepRegistered()
     return new SweepRegistered();
 }
 
-class CoreAllocationSweep : public ::testing::Test {
-protected:
-    void SetUp() override
-    {
-        if (!qvtest::allocationFaultsAvailable())
-            GTEST_SKIP() << "built without fault injection";
-    }
-};
+using CoreAllocationSweep = qvtest::AllocationFaultTest;
 
 } // namespace
 

@@ -16,18 +16,7 @@
 
 using namespace qv;
 
-namespace {
-
-class LangAllocationSweep : public ::testing::Test {
-protected:
-    void SetUp() override
-    {
-        if (!qvtest::allocationFaultsAvailable())
-            GTEST_SKIP() << "built without fault injection";
-    }
-};
-
-} // namespace
+using LangAllocationSweep = qvtest::AllocationFaultTest;
 
 TEST_F(LangAllocationSweep, FormatKeepsTheOldTextWhenItFails)
 {

@@ -3,6 +3,7 @@
 #include <qv/text/charset/CharsetExceptions.h>
 #include <qv/util/RWByteBuffer.h>
 
+#include <AllocationSweep.h>
 #include <LocaleScope.h>
 #include <QvTextPrinting.h>
 #include <gtest/gtest.h>
@@ -197,24 +198,13 @@ TEST(StringNarrow, DefaultEncodingIsTheLocaleCodeSet)
 
 TEST(StringNarrow, FailedAllocationKeepsTextAndCache)
 {
-    if (!QVFaultInjectionAvailable())
+    if (!qvtest::allocationFaultsAvailable())
         GTEST_SKIP() << "built without fault injection";
     String text(u"before");
     const char* cached = text.getBytes(u"UTF-8");
-    int32_t failures = 0;
-    for (int32_t nth = 1; nth < 20; ++nth) {
-        QVFaultArmAllocation(nth);
-        try {
-            text.getBytes(u"ISO8859_1");
-            QVFaultDisarmAll();
-            break;
-        } catch (const std::bad_alloc&) {
-            QVFaultDisarmAll();
-            ++failures;
-            EXPECT_EQ(text.getBytes(u"UTF-8"), cached);
-        }
-    }
-    EXPECT_GT(failures, 0);
+    EXPECT_GT(qvtest::sweepAllocations([&] { text.getBytes(u"ISO8859_1"); },
+                                       [&] { EXPECT_EQ(text.getBytes(u"UTF-8"), cached); }),
+              0);
     EXPECT_STREQ(text.getBytes(u"ISO8859_1"), "before");
 
     QVFaultArmAllocation(1);

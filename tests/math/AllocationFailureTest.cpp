@@ -26,6 +26,8 @@ using qv::math::BigInteger;
 
 namespace {
 
+using MathAllocationFailure = qvtest::AllocationFaultTest;
+
 int failEachAllocation(const std::function<void()>& op)
 {
     return qvtest::sweepAllocations(op);
@@ -33,10 +35,8 @@ int failEachAllocation(const std::function<void()>& op)
 
 } // namespace
 
-TEST(MathAllocationFailure, EveryFailedAllocationThrowsAndChangesNothing)
+TEST_F(MathAllocationFailure, EveryFailedAllocationThrowsAndChangesNothing)
 {
-    if (!QVFaultInjectionAvailable())
-        GTEST_SKIP() << "built without fault injection";
     // Big enough for Toom-3, the recursive division and the divide and
     // conquer radix conversion.
     const BigInteger a = BigInteger(7).pow(13000) + 12345;
@@ -70,10 +70,8 @@ TEST(MathAllocationFailure, EveryFailedAllocationThrowsAndChangesNothing)
     EXPECT_EQ(b.toStdString(), bText);
 }
 
-TEST(MathAllocationFailure, DecimalArithmeticAndEveryRadix)
+TEST_F(MathAllocationFailure, DecimalArithmeticAndEveryRadix)
 {
-    if (!qvtest::allocationFaultsAvailable())
-        GTEST_SKIP() << "built without fault injection";
     const BigDecimal x(std::string("-123456789012345678901234567890.123456789"));
     const BigDecimal y(std::string("98765432109876543210.00000000000000000001"));
     const std::string xText = x.toStdString();
@@ -100,10 +98,8 @@ TEST(MathAllocationFailure, DecimalArithmeticAndEveryRadix)
     EXPECT_EQ(big.toString(16).toUtf8(), hex);
 }
 
-TEST(MathAllocationFailure, ToomThreeAndFourProductsAndSquares)
+TEST_F(MathAllocationFailure, ToomThreeAndFourProductsAndSquares)
 {
-    if (!qvtest::allocationFaultsAvailable())
-        GTEST_SKIP() << "built without fault injection";
     using namespace qv::math::detail;
     // The engine compiled into this program (whose thresholds the test
     // lowers), not the shared library's copy behind BigInteger.
@@ -130,10 +126,8 @@ TEST(MathAllocationFailure, ToomThreeAndFourProductsAndSquares)
     EXPECT_EQ(a, aCopy);
 }
 
-TEST(MathAllocationFailure, TransformProductsDivisionAndText)
+TEST_F(MathAllocationFailure, TransformProductsDivisionAndText)
 {
-    if (!qvtest::allocationFaultsAvailable())
-        GTEST_SKIP() << "built without fault injection";
     using namespace qv::math::detail;
     // The lowered thresholds belong to the engine compiled into this
     // program, so the operations call it directly (the public classes use

@@ -55,6 +55,69 @@ Mag schoolbookProduct(const Mag& a, const Mag& b)
     return r;
 }
 
+Mag nttProduct(const Mag& a, const Mag& b)
+{
+    Mag r(a.size() + b.size());
+    nttMultiply(r.data(), a.data(), a.size(), b.data(), b.size());
+    trim(r);
+    return r;
+}
+
+Mag remainderOf(const Mag& a, const Mag& b)
+{
+    Mag r;
+    magDivMod(a, b, nullptr, &r);
+    return r;
+}
+
+// Divisors of n limbs: 0 random, 1 all ones (the largest), 2 B^(n-1) 2^63
+// (the smallest normalised), 3 random under a top limb of 1 (the largest
+// normalising shift).
+Mag divisorOfKind(size_t n, int kind, int shape)
+{
+    Mag d = randomMag(n, shape);
+    if (kind == 1)
+        d.assign(n, ~Limb(0));
+    if (kind == 2) {
+        d.assign(n, 0);
+        d.back() = Limb(1) << 63;
+    }
+    if (kind == 3)
+        d.back() = 1;
+    return d;
+}
+
+// A division routine's quotient and remainder against the classic algorithm.
+template <typename Divide>
+testing::AssertionResult dividesLikeClassic(const Mag& x, const Mag& b, Divide divide)
+{
+    Mag q0, r0, q, r;
+    magDivModClassic(x, b, &q0, &r0);
+    divide(x, &q, &r);
+    if (q == q0 && r == r0)
+        return testing::AssertionSuccess();
+    return testing::AssertionFailure() << (q == q0 ? "remainder" : "quotient") << " differs for " << x.size() << " / "
+                                       << b.size() << " limbs";
+}
+
+// Digits in lower case as magToString writes them, read back.
+Mag parseDigits(const std::string& text, int radix)
+{
+    std::vector<unsigned char> digits;
+    for (char c : text)
+        digits.push_back(static_cast<unsigned char>(c <= '9' ? c - '0' : c - 'a' + 10));
+    return magFromDigits(digits.data(), digits.size(), radix);
+}
+
+// Text of x one digit at a time, through nothing that conversions keep.
+std::string digitByDigit(Mag x, Limb radix)
+{
+    std::string text;
+    while (!x.empty())
+        text.insert(text.begin(), "0123456789abcdefghijklmnopqrstuvwxyz"[magDivModSmall(x, radix, &x)]);
+    return text;
+}
+
 class ThresholdGuard {
 public:
     ThresholdGuard() : m_saved(thresholds()) {}
@@ -368,14 +431,8 @@ TEST(Multiplication, TransformMatchesSchoolbook)
             Mag a = randomMag(size[0], shape), b = randomMag(size[1], shape + 1);
             if (round == 1)
                 a.assign(size[0], ~Limb(0)), b.assign(size[1], ~Limb(0));
-            Mag r(a.size() + b.size());
-            nttMultiply(r.data(), a.data(), a.size(), b.data(), b.size());
-            trim(r);
-            ASSERT_EQ(r, schoolbookProduct(a, b)) << size[0] << " x " << size[1] << " round " << round;
-            Mag s(2 * a.size());
-            nttMultiply(s.data(), a.data(), a.size(), a.data(), a.size());
-            trim(s);
-            ASSERT_EQ(s, schoolbookProduct(a, a)) << size[0] << " squared, round " << round;
+            ASSERT_EQ(nttProduct(a, b), schoolbookProduct(a, b)) << size[0] << " x " << size[1] << " round " << round;
+            ASSERT_EQ(nttProduct(a, a), schoolbookProduct(a, a)) << size[0] << " squared, round " << round;
             // b's transforms kept and used twice, as radix conversion does.
             const NttOperand fixed(b.data(), b.size(), a.size() + b.size());
             ASSERT_TRUE(fixed.fits(a.size()));
@@ -414,17 +471,12 @@ TEST(Multiplication, ConcurrentTransformsOfGrowingLengthsShareTheTwiddleTables)
     for (size_t n : wrappedLengths) {
         wrappedAs.push_back(randomMag(n, 2));
         wrappedBs.push_back(randomMag(n - 5, 3));
-        Mag residue;
-        magDivMod(magMul(wrappedAs.back(), wrappedBs.back()), Mag(n, ~Limb(0)), nullptr, &residue);
-        wrappedExpected.push_back(residue);
+        wrappedExpected.push_back(remainderOf(magMul(wrappedAs.back(), wrappedBs.back()), Mag(n, ~Limb(0))));
     }
     auto run = [&](bool ascending, int& failures) {
         for (size_t k = 0; k < as.size(); ++k) {
             const size_t i = ascending ? k : as.size() - 1 - k;
-            Mag r(as[i].size() + bs[i].size());
-            nttMultiply(r.data(), as[i].data(), as[i].size(), bs[i].data(), bs[i].size());
-            trim(r);
-            failures += r != expected[i];
+            failures += nttProduct(as[i], bs[i]) != expected[i];
         }
         for (size_t k = 0; k < 4; ++k) {
             const size_t i = ascending ? k : 3 - k, n = wrappedLengths[i];
@@ -488,10 +540,10 @@ TEST(Multiplication, WrappedTransformIsTheProductModuloBaseToTheLengthMinusOne)
             Mag wrapped(n);
             nttMultiplyWrapped(wrapped.data(), n, a.data(), a.size(), b.data(), b.size());
             trim(wrapped);
-            Mag modulus(n, ~Limb(0)), expected, actual;
-            magDivMod(n > 1000 ? magMul(a, b) : schoolbookProduct(a, b), modulus, nullptr, &expected);
-            magDivMod(wrapped, modulus, nullptr, &actual);
-            ASSERT_EQ(actual, expected) << n << ": " << size[1] << " x " << size[2] << " round " << round;
+            const Mag modulus(n, ~Limb(0));
+            ASSERT_EQ(remainderOf(wrapped, modulus),
+                      remainderOf(n > 1000 ? magMul(a, b) : schoolbookProduct(a, b), modulus))
+                << n << ": " << size[1] << " x " << size[2] << " round " << round;
             ASSERT_LE(magCompare(wrapped, modulus), 0);
 
             const NttOperand fixed(b.data(), b.size(), n, NttShape::Wrapped);
@@ -518,18 +570,14 @@ TEST(ModularPower, MontgomeryProductsAgreeWithDivision)
             m[0] |= 1;
             if (m.size() == 1 && m[0] == 1)
                 m[0] = 3;
-            Mag a, b;
-            magDivMod(randomMag(n + 1, shape + 1), m, nullptr, &a);
-            magDivMod(shape == 2 ? magSub(m, magFromU64(1)) : randomMag(n, shape), m, nullptr, &b);
+            const Mag a = remainderOf(randomMag(n + 1, shape + 1), m);
+            const Mag b = remainderOf(shape == 2 ? magSub(m, magFromU64(1)) : randomMag(n, shape), m);
             Montgomery ring(m);
             Mag x = ring.toForm(a), y = ring.toForm(b), product = x, square = x;
             ring.mul(product, x, y);
             ring.mul(square, square, square);
-            Mag expected, expectedSquare;
-            magDivMod(magMul(a, b), m, nullptr, &expected);
-            magDivMod(magMul(a, a), m, nullptr, &expectedSquare);
-            EXPECT_EQ(ring.fromForm(product), expected) << n << " limbs, shape " << shape;
-            EXPECT_EQ(ring.fromForm(square), expectedSquare) << n << " limbs, shape " << shape;
+            EXPECT_EQ(ring.fromForm(product), remainderOf(magMul(a, b), m)) << n << " limbs, shape " << shape;
+            EXPECT_EQ(ring.fromForm(square), remainderOf(magMul(a, a), m)) << n << " limbs, shape " << shape;
             EXPECT_EQ(ring.fromForm(ring.one()), magFromU64(1));
         }
     }
@@ -563,14 +611,8 @@ TEST(Division, NewtonReciprocalIsBelowTheTrueOneByAFewUnits)
     int shape = 0;
     for (size_t k : {size_t(1), size_t(8), size_t(9), size_t(10), size_t(33), size_t(64), size_t(257)}) {
         for (int kind = 0; kind < 4; ++kind, ++shape) {
-            Mag d = randomMag(k, shape);
-            if (kind == 1)
-                d.assign(k, ~Limb(0));
+            Mag d = divisorOfKind(k, kind % 3, shape);
             d.back() |= Limb(1) << 63;
-            if (kind == 2) {
-                d.assign(k, 0);
-                d.back() = Limb(1) << 63;
-            }
             Mag power(2 * k + 1);
             power.back() = 1;
             Mag exact;
@@ -599,29 +641,17 @@ TEST(Division, NewtonReciprocalAgreesWithClassicDivision)
             for (size_t an : {bn, bn + 1, bn + bn / 2, 2 * bn, 2 * bn + 1, 5 * bn + 3}) {
                 for (int kind = 0; kind < 4; ++kind, ++shape) {
                     thresholds().nttMul = thresholds().nttSqr = ntt;
-                    Mag b = randomMag(bn, shape);
-                    if (kind == 1)
-                        b.assign(bn, ~Limb(0));
-                    if (kind == 2) {
-                        b.assign(bn, 0);
-                        b.back() = Limb(1) << 63;
-                    }
-                    if (kind == 3)
-                        b.back() = 1;
+                    const Mag b = divisorOfKind(bn, kind, shape);
                     Mag a = randomMag(an, shape + 1);
                     // Exact multiples and one below them put the remainder at
                     // both of its ends.
                     Mag exact = magMul(b, randomMag(an - bn + 1, shape + 2));
                     for (const Mag& x : {a, exact, magSubSmall(exact, 1)}) {
-                        Mag q0, r0;
-                        magDivModClassic(x, b, &q0, &r0);
                         for (size_t precision : {size_t(2), an - bn + 2, bn}) {
-                            Mag q, r;
-                            NewtonDivider(b, precision).divMod(x, &q, &r);
-                            ASSERT_EQ(q, q0)
-                                << x.size() << " / " << bn << " kind " << kind << " precision " << precision;
-                            ASSERT_EQ(r, r0)
-                                << x.size() << " / " << bn << " kind " << kind << " precision " << precision;
+                            const NewtonDivider divider(b, precision);
+                            ASSERT_TRUE(dividesLikeClassic(
+                                x, b, [&](const Mag& y, Mag* q, Mag* r) { divider.divMod(y, q, r); }))
+                                << "kind " << kind << " precision " << precision;
                         }
                     }
                 }
@@ -656,24 +686,17 @@ TEST(Division, NewtonDividerWithKeptTransformsServesManyDividends)
     for (size_t bn : {size_t(9), size_t(40), size_t(130)}) {
         for (size_t precision : {size_t(5), bn / 3 + 2, bn}) {
             for (int kind = 0; kind < 3; ++kind, ++shape) {
-                Mag b = randomMag(bn, shape);
-                if (kind == 1)
-                    b.assign(bn, ~Limb(0));
-                if (kind == 2)
-                    b.back() = 1;
+                const Mag b = divisorOfKind(bn, kind == 2 ? 3 : kind, shape);
                 NewtonDivider divider(b, precision);
                 divider.keepTransforms(4);
                 divider.keepTransforms(4); // a second call keeps what is there
                 for (size_t an : {size_t(0), bn - 1, bn, bn + 1, bn + divider.blockLimbs(), 2 * bn, 4 * bn + 7}) {
                     Mag a = randomMag(an, shape + 1);
                     Mag exact = magMul(b, randomMag(an > bn ? an - bn : 1, shape + 2));
-                    for (const Mag& x : {a, exact, magSubSmall(exact, 1)}) {
-                        Mag q0, r0, q, r;
-                        magDivModClassic(x, b, &q0, &r0);
-                        divider.divMod(x, &q, &r);
-                        ASSERT_EQ(q, q0) << x.size() << " / " << bn << " kind " << kind << " precision " << precision;
-                        ASSERT_EQ(r, r0) << x.size() << " / " << bn << " kind " << kind << " precision " << precision;
-                    }
+                    for (const Mag& x : {a, exact, magSubSmall(exact, 1)})
+                        ASSERT_TRUE(
+                            dividesLikeClassic(x, b, [&](const Mag& y, Mag* q, Mag* r) { divider.divMod(y, q, r); }))
+                            << "kind " << kind << " precision " << precision;
                 }
             }
         }
@@ -686,13 +709,8 @@ TEST(Division, NewtonDividerWithKeptTransformsServesManyDividends)
     NewtonDivider divider(b, 2000);
     divider.keepTransforms(4);
     const Mag exact = magMul(b, randomMag(2 * divider.blockLimbs() + 5, 4));
-    for (const Mag& x : {exact, magSubSmall(exact, 1), randomMag(16500 + 2 * divider.blockLimbs() + 5, 5)}) {
-        Mag q0, r0, q, r;
-        magDivModClassic(x, b, &q0, &r0);
-        divider.divMod(x, &q, &r);
-        ASSERT_EQ(q, q0) << x.size() << " / 16500";
-        ASSERT_EQ(r, r0) << x.size() << " / 16500";
-    }
+    for (const Mag& x : {exact, magSubSmall(exact, 1), randomMag(16500 + 2 * divider.blockLimbs() + 5, 5)})
+        ASSERT_TRUE(dividesLikeClassic(x, b, [&](const Mag& y, Mag* q, Mag* r) { divider.divMod(y, q, r); }));
 }
 
 TEST(Division, TwoNewtonBlocksAroundTheSwitchAgreeWithBurnikelZiegler)
@@ -716,11 +734,7 @@ TEST(Division, TwoNewtonBlocksAroundTheSwitchAgreeWithBurnikelZiegler)
                     b.assign(bn, ~Limb(0));
                 Mag a =
                     kind >= 2 ? magSubSmall(magMul(b, randomMag(qn, shape + 1)), 1) : randomMag(bn + qn - 1, shape + 1);
-                Mag q0, r0, q, r;
-                magDivModClassic(a, b, &q0, &r0);
-                magDivMod(a, b, &q, &r);
-                ASSERT_EQ(q, q0) << a.size() << " / " << bn;
-                ASSERT_EQ(r, r0) << a.size() << " / " << bn;
+                ASSERT_TRUE(dividesLikeClassic(a, b, [&](const Mag& y, Mag* q, Mag* r) { magDivMod(y, b, q, r); }));
             }
         }
     }
@@ -754,10 +768,7 @@ TEST(RadixConversion, RoundTripsInEveryRadixAndSize)
             Mag a = randomMag(limbs, static_cast<int>(limbs) + radix);
             std::string text = magToString(a, radix);
             ASSERT_NE(text[0], '0');
-            std::vector<unsigned char> digits;
-            for (char c : text)
-                digits.push_back(static_cast<unsigned char>(c <= '9' ? c - '0' : c - 'a' + 10));
-            ASSERT_EQ(magFromDigits(digits.data(), digits.size(), radix), a) << "radix " << radix << ", " << limbs;
+            ASSERT_EQ(parseDigits(text, radix), a) << "radix " << radix << ", " << limbs;
         }
     }
 }
@@ -793,12 +804,6 @@ TEST(RadixConversion, LevelReciprocalsAndKeptPowersMatchThePlainPath)
     withTransform.newtonDivision = 24;
     const std::pair<Thresholds, ConversionThresholds> fast[] = {{withTransform, ConversionThresholds{24, 24}},
                                                                 {plain, ConversionThresholds{3, 8}}};
-    auto digitValues = [](const std::string& text) {
-        std::vector<unsigned char> digits;
-        for (char c : text)
-            digits.push_back(static_cast<unsigned char>(c <= '9' ? c - '0' : c - 'a' + 10));
-        return digits;
-    };
     int shape = 0;
     for (int radix : {10, 7, 36}) {
         for (size_t limbs : {size_t(60), size_t(97), size_t(300)}) {
@@ -811,15 +816,13 @@ TEST(RadixConversion, LevelReciprocalsAndKeptPowersMatchThePlainPath)
                 thresholds() = plain;
                 conversionThresholds() = ConversionThresholds{~size_t(0), ~size_t(0)};
                 const std::string expected = magToString(x, radix);
-                const std::vector<unsigned char> digits = digitValues(expected);
-                const Mag parsed = magFromDigits(digits.data(), digits.size(), radix);
-                ASSERT_EQ(parsed, x) << "radix " << radix;
+                ASSERT_EQ(parseDigits(expected, radix), x) << "radix " << radix;
                 for (const auto& setting : fast) {
                     thresholds() = setting.first;
                     conversionThresholds() = setting.second;
                     ASSERT_EQ(magToString(x, radix), expected)
                         << "radix " << radix << ", " << x.size() << " limbs, from " << setting.second.levelDivider;
-                    ASSERT_EQ(magFromDigits(digits.data(), digits.size(), radix), x)
+                    ASSERT_EQ(parseDigits(expected, radix), x)
                         << "radix " << radix << ", from " << setting.second.keptTransform;
                 }
             }
@@ -870,14 +873,9 @@ TEST(RadixConversion, KeptPowersAreTheSquaresAndStayBounded)
     EXPECT_NE(radixPowerTransform(5, 12, *power, 2 * power->size()).get(),
               radixPowerTransform(5, 12, *power, 2 * power->size()).get());
     const Mag x = randomMag(1200, 0);
-    std::string digitByDigit;
-    for (Mag rest = x; !rest.empty();)
-        digitByDigit.insert(digitByDigit.begin(), static_cast<char>('0' + magDivModSmall(rest, 5, &rest)));
-    EXPECT_EQ(magToString(x, 5), digitByDigit);
-    std::vector<unsigned char> digits;
-    for (char c : digitByDigit)
-        digits.push_back(static_cast<unsigned char>(c - '0'));
-    EXPECT_EQ(magFromDigits(digits.data(), digits.size(), 5), x);
+    const std::string text = digitByDigit(x, 5);
+    EXPECT_EQ(magToString(x, 5), text);
+    EXPECT_EQ(parseDigits(text, 5), x);
 }
 
 TEST(RadixConversion, KeptPowerTransformsServeEachLengthTheyAreAskedFor)
@@ -919,20 +917,14 @@ TEST(RadixConversion, ConcurrentConversionsShareThePowersSafely)
     thresholds().nttMul = thresholds().nttSqr = 24;
     conversionThresholds() = ConversionThresholds{24, 24};
     const Mag x = randomMag(700, 0);
-    // Digit by digit, through nothing the threads share.
-    std::string expected;
-    for (Mag rest = x; !rest.empty();)
-        expected.insert(expected.begin(), "0123456789abcdefghijklmnopqrstuvw"[magDivModSmall(rest, 33, &rest)]);
+    const std::string expected = digitByDigit(x, 33);
     std::vector<std::string> texts(4);
     std::vector<Mag> parsed(4);
     std::vector<std::thread> threads;
     for (size_t i = 0; i < texts.size(); ++i)
         threads.emplace_back([&, i] {
             texts[i] = magToString(x, 33);
-            std::vector<unsigned char> digits;
-            for (char c : texts[i])
-                digits.push_back(static_cast<unsigned char>(c <= '9' ? c - '0' : c - 'a' + 10));
-            parsed[i] = magFromDigits(digits.data(), digits.size(), 33);
+            parsed[i] = parseDigits(texts[i], 33);
         });
     for (std::thread& t : threads)
         t.join();
@@ -949,13 +941,9 @@ TEST(Gcd, LehmerStepsAgreeWithTheEuclideanDefinition)
         Mag a = magMul(g, randomMag(1 + rng() % 40, i + 1));
         Mag b = magMul(g, randomMag(1 + rng() % 40, i + 2));
         Mag d = magGcd(a, b);
-        Mag r;
-        magDivMod(a, d, nullptr, &r);
-        ASSERT_TRUE(r.empty());
-        magDivMod(b, d, nullptr, &r);
-        ASSERT_TRUE(r.empty());
-        magDivMod(d, g, nullptr, &r);
-        ASSERT_TRUE(r.empty());
+        ASSERT_TRUE(remainderOf(a, d).empty());
+        ASSERT_TRUE(remainderOf(b, d).empty());
+        ASSERT_TRUE(remainderOf(d, g).empty());
         // Nothing above d divides both: their cofactors are coprime.
         Mag qa, qb;
         magDivMod(a, d, &qa, nullptr);

@@ -1,9 +1,9 @@
 #ifndef QVCL3_TESTS_MATH_ORACLESUPPORT_H
 #define QVCL3_TESTS_MATH_ORACLESUPPORT_H
 
+#include <ChildProcess.h>
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <string>
 
 namespace oracle {
@@ -12,19 +12,11 @@ namespace oracle {
 // an empty string when it could not be run.
 inline std::string run(const char* script, const char* seed, const char* scale, const char* more)
 {
-    std::string command =
-        std::string(QVCL3_PYTHON) + " " + QVCL3_MATH_TEST_DIR + "/" + script + " " + seed + " " + scale + " " + more;
-    FILE* pipe = popen(command.c_str(), "r");
-    if (!pipe)
-        return std::string();
-    std::string data;
-    char buffer[1 << 16];
-    size_t n;
-    while ((n = fread(buffer, 1, sizeof buffer, pipe)) > 0)
-        data.append(buffer, n);
-    if (pclose(pipe) != 0)
-        data.clear();
-    return data;
+    int status = -1;
+    const std::string data = qvtest::runCommand(std::string(QVCL3_PYTHON) + " " + QVCL3_MATH_TEST_DIR + "/" + script +
+                                                    " " + seed + " " + scale + " " + more,
+                                                &status);
+    return status == 0 ? data : std::string();
 }
 
 // Counts disagreements, reporting the first few in full.

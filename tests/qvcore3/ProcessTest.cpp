@@ -89,28 +89,27 @@ TEST(Process, StdinIsPipedToTheChild)
     CloseAll(pipes);
 }
 
-TEST(Process, ArgumentsEnvironmentAndDirectoryReachTheChild)
+// What a child run with these arguments writes to its standard output.
+std::string OutputOf(const std::u16string& arguments, const char16_t* const* environment = nullptr,
+                     const char16_t* directory = nullptr)
 {
     STRUCT_QV_PROCESS_PIPES pipes{};
     QVHANDLE child = QV_INVALID_HANDLE;
-    ASSERT_EQ(RunChild(uR"(args plain "two words" a\"b c:\dir\ "" "x""y" )"
-                       u"\u00fc",
-                       QV_PROCESS_PIPE_STDOUT, &pipes, &child),
-              QV_S_OK);
-    EXPECT_EQ(ReadAll(pipes.stdoutRead), "[plain]\n[two words]\n[a\"b]\n[c:\\dir\\]\n[]\n[x\"y]\n[\xC3\xBC]\n");
-    ASSERT_EQ(QVProcessJoin(child, nullptr), QV_S_OK);
+    EXPECT_EQ(RunChild(arguments, QV_PROCESS_PIPE_STDOUT, &pipes, &child, environment, directory), QV_S_OK);
+    const std::string output = ReadAll(pipes.stdoutRead);
+    EXPECT_EQ(QVProcessJoin(child, nullptr), QV_S_OK);
     CloseAll(pipes);
+    return output;
+}
 
+TEST(Process, ArgumentsEnvironmentAndDirectoryReachTheChild)
+{
+    EXPECT_EQ(OutputOf(uR"(args plain "two words" a\"b c:\dir\ "" "x""y" )"
+                       u"\u00fc"),
+              "[plain]\n[two words]\n[a\"b]\n[c:\\dir\\]\n[]\n[x\"y]\n[\xC3\xBC]\n");
     const char16_t* environment[] = {u"QV_PROBE=v\u00e9rt", u"OTHER=1", nullptr};
-    ASSERT_EQ(RunChild("env QV_PROBE", QV_PROCESS_PIPE_STDOUT, &pipes, &child, environment), QV_S_OK);
-    EXPECT_EQ(ReadAll(pipes.stdoutRead), "v\xC3\xA9rt\n");
-    ASSERT_EQ(QVProcessJoin(child, nullptr), QV_S_OK);
-    CloseAll(pipes);
-
-    ASSERT_EQ(RunChild("cwd", QV_PROCESS_PIPE_STDOUT, &pipes, &child, nullptr, u"/proc"), QV_S_OK);
-    EXPECT_EQ(ReadAll(pipes.stdoutRead), "/proc\n");
-    ASSERT_EQ(QVProcessJoin(child, nullptr), QV_S_OK);
-    CloseAll(pipes);
+    EXPECT_EQ(OutputOf(u"env QV_PROBE", environment), "v\xC3\xA9rt\n");
+    EXPECT_EQ(OutputOf(u"cwd", nullptr, u"/proc"), "/proc\n");
 }
 
 // A second child must not inherit the first one's pipe ends.

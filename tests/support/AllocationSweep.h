@@ -37,6 +37,17 @@ inline bool allocationFaultsAvailable()
     return QVFaultInjectionAvailable() != 0;
 }
 
+// A fixture for tests that sweep allocations: skipped in builds without
+// fault injection.
+class AllocationFaultTest : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        if (!allocationFaultsAvailable())
+            GTEST_SKIP() << "built without fault injection";
+    }
+};
+
 // True (and a test failure) when LeakSanitizer finds unreachable blocks now;
 // always false without it.
 inline bool leaksFound()
