@@ -228,6 +228,46 @@ TEST(HashMapComparators, FailureLeavesTheMapUnchanged)
     EXPECT_EQ(map->getSize(), 1);
 }
 
+namespace {
+
+// A key whose own HashCode fails with a chosen code.
+class UnhashableKey : public Object {
+public:
+    explicit UnhashableKey(Result code) : m_code(code) {}
+    Result HashCode(uint32_t*) const override { return m_code; }
+
+private:
+    Result m_code;
+};
+
+} // namespace
+
+// containsKey hashes and walks the chain in a frame of its own; a failing
+// HashCode, the key's or a comparator's, must surface from it as from get,
+// and a custom comparator must still decide equality.
+TEST(HashMapComparators, LookupsHashAndCompareAsTheOtherOperations)
+{
+    Reference<qvtest::FailingComparator> failing = makeReference<qvtest::FailingComparator>();
+    Reference<HashMap> custom = makeReference<HashMap>(failing.get(), nullptr);
+    custom->put(unk(key(1)), unk(key(10)));
+    EXPECT_TRUE(custom->containsKey(unk(key(1))));
+    EXPECT_FALSE(custom->containsKey(unk(key(2))));
+    EXPECT_EQ(qvtest::resultOf([&] { custom->containsKey(unk(key(13))); }), qvtest::FailingComparator::FAILURE);
+    EXPECT_EQ(qvtest::resultOf([&] { custom->get(unk(key(13))); }), qvtest::FailingComparator::FAILURE);
+
+    Reference<HashMap> map = newMap();
+    map->put(unk(key(1)), unk(key(10)));
+    const Result failure = static_cast<Result>(0x80004005u);
+    Reference<UnhashableKey> broken = makeReference<UnhashableKey>(failure);
+    bool found = true;
+    EXPECT_EQ(map->ContainsKey(unk(broken), &found), failure);
+    EXPECT_EQ(qvtest::resultOf<ResultException>([&] { map->get(unk(broken)); }), failure);
+    EXPECT_THROW(map->containsKey(unk(makeReference<UnhashableKey>(results::OUTOFMEMORY))), OutOfMemoryException);
+    EXPECT_TRUE(map->containsKey(unk(key(1))));
+    // A null key hashes to 0 and is simply absent.
+    EXPECT_FALSE(map->containsKey(nullptr));
+}
+
 TEST(HashMapComparators, StringKeysWithAndWithoutCase)
 {
     HashMap exact(GetStringComparator(false), nullptr);

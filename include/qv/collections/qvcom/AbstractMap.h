@@ -93,6 +93,9 @@ protected:
     AbstractMap& operator=(const AbstractMap&) = delete;
 
     uint32_t getKeyHashCode(const IQVUnknown* key) const;
+    // True when the keys hash and compare as the default comparator does,
+    // which the map then does itself.
+    bool hasDefaultKeys() const noexcept { return m_defaultKeys; }
     uint32_t getValueHashCode(const IQVUnknown* value) const;
     // One object is its own equal under the default comparator, which then
     // calls nothing: a lookup with the very key stored answers without a call.

@@ -38,16 +38,12 @@ AbstractMap::~AbstractMap() = default;
 
 uint32_t AbstractMap::getKeyHashCode(const IQVUnknown* key) const
 {
-    uint32_t hash = 0;
-    throwIfFailed(m_defaultKeys ? defaultHashCode(key, &hash) : m_keyComparator->HashCode(key, &hash));
-    return hash;
+    return hashUnder(m_keyComparator.get(), m_defaultKeys, key);
 }
 
 uint32_t AbstractMap::getValueHashCode(const IQVUnknown* value) const
 {
-    uint32_t hash = 0;
-    throwIfFailed(m_defaultValues ? defaultHashCode(value, &hash) : m_valueComparator->HashCode(value, &hash));
-    return hash;
+    return hashUnder(m_valueComparator.get(), m_defaultValues, value);
 }
 
 bool AbstractMap::compareKeys(const IQVUnknown* a, const IQVUnknown* b) const

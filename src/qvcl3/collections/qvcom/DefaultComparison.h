@@ -3,6 +3,8 @@
 
 #include "core/ObjectCast.h"
 
+#include <qv/collections/qvcom/IQVComparator.h>
+#include <qv/core/Boundary.h>
 #include <qv/core/IQVUnknown.h>
 #include <qv/core/Result.h>
 
@@ -51,6 +53,15 @@ inline Result defaultEquals(const IQVUnknown* a, const IQVUnknown* b, bool* resu
     }
     *result = identityOf(a) == identityOf(b);
     return results::OK;
+}
+
+// An element's hash under a collection's comparator, the default one done
+// inline; a failure is thrown as the collections throw it.
+inline uint32_t hashUnder(const IQVComparator* comparator, bool isDefault, const IQVUnknown* element)
+{
+    uint32_t hash = 0;
+    ::qv::qvcom::throwIfFailed(isDefault ? defaultHashCode(element, &hash) : comparator->HashCode(element, &hash));
+    return hash;
 }
 
 } // namespace qvcom
