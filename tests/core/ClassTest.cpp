@@ -66,9 +66,12 @@ TEST(Class, ByTypeAndFirstRegistrationWins)
 
     qv::ClassManagerBase* registry = qv::ClassManager::getInstance();
     size_t before = registry->getClassCount();
+    const unsigned short wideName[] = {'t', 'e', 's', 't', ':', ':', 'R', 'e', 'g',
+                                       'i', 's', 't', 'e', 'r', 'e', 'd', 0};
     registry->registerClass(u"test::Registered", &typeid(qv::Object), &makeObject);
-    registry->registerClass(u"test::Registered", &typeid(qv::Exception), &makeException);
+    registry->registerClass(wideName, &typeid(qv::Exception), &makeException);
     EXPECT_EQ(registry->getClassCount(), before + 1);
+    EXPECT_EQ(registry->lookupName(wideName), qv::Class::forName(u"test::Registered"));
     qv::Reference<qv::Object> made(qv::Class::forName(u"test::Registered")->createInstance());
     EXPECT_EQ(dynamic_cast<qv::Exception*>(made.get()), nullptr);
     // The type index keeps the class that registered the type first.

@@ -191,7 +191,8 @@ TEST_F(ModuleTest, ConcurrentFirstRequestsMakeOneFactory)
 TEST_F(ModuleTest, RegistrationWritesTheKeyLayoutAndUnregistrationRemovesIt)
 {
     qv::qvcom::DllModule module(m_table);
-    ASSERT_EQ(module.RegisterServer(u"/opt/test/libwidget.so"), 0);
+    const std::u16string path = u"/opt/test/libwidget.so";
+    ASSERT_EQ(module.RegisterServer(reinterpret_cast<const unsigned short*>(path.c_str())), 0);
     const std::u16string widget = classKey(Widget::clsid);
     const std::u16string widgetText = text(qv::util::Guid(Widget::clsid).toString());
     EXPECT_EQ(defaultOf(u"Test.Widget.2\\CLSID"), widgetText);

@@ -37,6 +37,17 @@ void ClassManagerBase::registerClass(const char16_t* name, const std::type_info*
     }
 }
 
+void ClassManagerBase::registerClass(const unsigned short* name, const std::type_info* type,
+                                     Class::CreateFunction creator, Class::InstanceTest instanceTest)
+{
+    registerClass(reinterpret_cast<const char16_t*>(name), type, creator, instanceTest);
+}
+
+const Class* ClassManagerBase::lookupName(const unsigned short* name) const
+{
+    return lookupName(reinterpret_cast<const char16_t*>(name));
+}
+
 const Class* ClassManagerBase::lookupName(const char16_t* name) const
 {
     if (!name)
