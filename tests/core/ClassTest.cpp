@@ -29,7 +29,8 @@ qv::Object* makeException()
 
 TEST(Class, LookupByNameAndCreate)
 {
-    const qv::Class* cls = qv::Class::forName(u"qv::Exception");
+    // The registry's Class objects are component objects a caller may hold.
+    qv::Reference<qv::Class> cls(qv::Class::forName(u"qv::Exception"));
     ASSERT_NE(cls, nullptr);
     EXPECT_TRUE(qv::String(cls->getName()).equals(u"qv::Exception"));
     qv::Reference<qv::Object> made(cls->createInstance());

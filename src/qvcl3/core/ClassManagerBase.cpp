@@ -43,12 +43,12 @@ void ClassManagerBase::registerClass(const unsigned short* name, const std::type
     registerClass(reinterpret_cast<const char16_t*>(name), type, creator, instanceTest);
 }
 
-const Class* ClassManagerBase::lookupName(const unsigned short* name) const
+Class* ClassManagerBase::lookupName(const unsigned short* name) const
 {
     return lookupName(reinterpret_cast<const char16_t*>(name));
 }
 
-const Class* ClassManagerBase::lookupName(const char16_t* name) const
+Class* ClassManagerBase::lookupName(const char16_t* name) const
 {
     if (!name)
         throw ClassNotFoundException();
@@ -58,7 +58,7 @@ const Class* ClassManagerBase::lookupName(const char16_t* name) const
     return it->second.get();
 }
 
-const Class* ClassManagerBase::lookupType(const std::type_info* type) const
+Class* ClassManagerBase::lookupType(const std::type_info* type) const
 {
     if (!type)
         throw ClassNotFoundException();
