@@ -92,6 +92,8 @@ public:
     }
     std::string reset()
     {
+        if (m_markPos >= 0 && m_pos - m_markPos > m_markLimit)
+            m_markPos = -2;
         if (m_markPos == -2)
             return "mark invalid";
         if (m_markPos < 0)
@@ -218,6 +220,16 @@ TEST(BufferedInputStream, ResetNeedsAValidMark)
     EXPECT_EQ(messageOf<IoException>([&] { in->reset(); }), "mark invalid");
     in->mark(0);
     in->reset();
+
+    // Within one fill: the first read brings in all 16 bytes, and the mark
+    // still goes once five bytes past mark(4) were handed out.
+    Reference<BufferedInputStream> whole =
+        makeReference<BufferedInputStream>(makeReference<ScriptedInput>(counting(16)).get(), 16);
+    whole->mark(4);
+    ASSERT_EQ(whole->read(buf, 4), 4);
+    whole->reset();
+    ASSERT_EQ(whole->read(buf, 5), 5);
+    EXPECT_EQ(messageOf<IoException>([&] { whole->reset(); }), "mark invalid");
 }
 
 TEST(BufferedInputStream, SkipAvailableAndClose)

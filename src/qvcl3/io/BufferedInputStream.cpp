@@ -151,6 +151,11 @@ void BufferedInputStream::mark(int32_t readLimit)
 void BufferedInputStream::reset()
 {
     ensureOpen();
+    // More than the limit read past the mark drops it even when no refill
+    // came in between: reading five bytes past mark(4) must not depend on
+    // how much one fill happened to bring in.
+    if (m_markPos >= 0 && m_pos - m_markPos > m_markLimit)
+        m_markPos = -2;
     if (m_markPos < 0)
         detail::throwNoMark(m_markPos);
     m_pos = m_markPos;
