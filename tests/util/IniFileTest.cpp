@@ -158,6 +158,14 @@ TEST_F(IniFileTest, RepeatedSetsMergeInTheMiddleAndTheLastOneReplaces)
     IniFile replaced(path());
     EXPECT_EQ(valueOf(replaced, u"a", u"k"), "2");
     EXPECT_EQ(valueOf(replaced, u"a", u"j"), kMissing);
+
+    // A set without a name is kept when another header follows it, not at
+    // the end of the file.
+    write("[]\nk=1\n[b]\nx=1\n[]\nj=2\n");
+    touchLater();
+    IniFile unnamed(path());
+    EXPECT_EQ(valueOf(unnamed, u"", u"k"), "1");
+    EXPECT_EQ(valueOf(unnamed, u"", u"j"), kMissing);
 }
 
 TEST_F(IniFileTest, Utf8MarkSwitchesTheRestOfTheFile)
