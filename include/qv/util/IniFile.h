@@ -32,7 +32,7 @@ public:
     // order, as the format always has.
     // KEEP_LAYOUT: a rewrite keeps the file as it was (comments, blank and
     // indented lines, order, line ends) and changes only the lines it must.
-    static const short KEEP_LAYOUT = 0x0001;
+    static constexpr short KEEP_LAYOUT = 0x0001;
 
     // path: the file (null: none). lockName: a named semaphore (count 1)
     // held by each operation for its whole length; null for no lock.
