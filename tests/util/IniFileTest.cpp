@@ -108,7 +108,9 @@ TEST_F(IniFileTest, LoadFollowsTheFormatsRules)
     // The last character of a key line goes, whether or not it is a line feed.
     EXPECT_EQ(valueOf(file, u"b", u"last"), "");
     EXPECT_EQ(names(IniFileSetIterator(file, u"")), (std::vector<std::string>{"a]x", "b"}));
+    EXPECT_EQ(names(IniFileSetIterator(file, nullptr)), (std::vector<std::string>{"a]x", "b"}));
     EXPECT_EQ(names(IniFileKeyIterator(file, u"a]x")), (std::vector<std::string>{"dup", "key"}));
+    EXPECT_TRUE(names(IniFileKeyIterator(file, nullptr)).empty());
 }
 
 TEST_F(IniFileTest, BrokenLinesEndTheLoadSilently)
@@ -158,6 +160,14 @@ TEST_F(IniFileTest, RepeatedSetsMergeInTheMiddleAndTheLastOneReplaces)
     IniFile replaced(path());
     EXPECT_EQ(valueOf(replaced, u"a", u"k"), "2");
     EXPECT_EQ(valueOf(replaced, u"a", u"j"), kMissing);
+
+    // A set without a name is kept when another header follows it, not at
+    // the end of the file.
+    write("[]\nk=1\n[b]\nx=1\n[]\nj=2\n");
+    touchLater();
+    IniFile unnamed(path());
+    EXPECT_EQ(valueOf(unnamed, u"", u"k"), "1");
+    EXPECT_EQ(valueOf(unnamed, u"", u"j"), kMissing);
 }
 
 TEST_F(IniFileTest, Utf8MarkSwitchesTheRestOfTheFile)
@@ -233,6 +243,10 @@ TEST_F(IniFileTest, GetValueCodesAndBufferRule)
 
     IniFile missing(String((m_dir + "/absent.ini").c_str()).getData());
     EXPECT_EQ(missing.GetValue(u"s", u"k", buffer, 8), static_cast<qv::Result>(0x80070002u));
+    // A null path names no file: nothing to read, nowhere to write.
+    IniFile unnamed(nullptr, nullptr, 0);
+    EXPECT_EQ(unnamed.GetValue(u"s", u"k", buffer, 8), static_cast<qv::Result>(0x80070002u));
+    EXPECT_EQ(unnamed.AddKey(u"s", u"k", u"v", true), 1);
 }
 
 TEST_F(IniFileTest, ChangesAreWrittenBackInSortedOrderWithoutComments)

@@ -6,6 +6,7 @@
 #include <qv/core/Result.h>
 #include <qv/lang/String.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <memory>
@@ -31,12 +32,16 @@ public:
     // order, as the format always has.
     // KEEP_LAYOUT: a rewrite keeps the file as it was (comments, blank and
     // indented lines, order, line ends) and changes only the lines it must.
-    static const short KEEP_LAYOUT = 0x0001;
+    static constexpr short KEEP_LAYOUT = 0x0001;
 
     // path: the file (null: none). lockName: a named semaphore (count 1)
     // held by each operation for its whole length; null for no lock.
     IniFile(const char16_t* path, const char* lockName = nullptr, short flags = 0);
     IniFile(const unsigned short* path, const char* lockName = nullptr, short flags = 0);
+    // A literal nullptr would fit both spellings above.
+    IniFile(std::nullptr_t, const char* lockName = nullptr, short flags = 0)
+        : IniFile(static_cast<const char16_t*>(nullptr), lockName, flags)
+    {}
     IniFile(const IniFile&) = delete;
     IniFile& operator=(const IniFile&) = delete;
     ~IniFile() override;

@@ -37,6 +37,8 @@ class QV_EXPORT IniFileSetIterator : public IniFileIteratorBase {
 public:
     IniFileSetIterator(IniFile& file, const char16_t* setName);
     IniFileSetIterator(IniFile& file, const unsigned short* setName);
+    IniFileSetIterator(IniFile& file, std::nullptr_t) : IniFileSetIterator(file, static_cast<const char16_t*>(nullptr))
+    {}
     ~IniFileSetIterator() override;
 };
 
@@ -45,6 +47,8 @@ class QV_EXPORT IniFileKeyIterator : public IniFileIteratorBase {
 public:
     IniFileKeyIterator(IniFile& file, const char16_t* setName);
     IniFileKeyIterator(IniFile& file, const unsigned short* setName);
+    IniFileKeyIterator(IniFile& file, std::nullptr_t) : IniFileKeyIterator(file, static_cast<const char16_t*>(nullptr))
+    {}
     ~IniFileKeyIterator() override;
 };
 

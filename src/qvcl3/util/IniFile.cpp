@@ -409,9 +409,11 @@ int IniFile::load()
         } else {
             String lineText = decode(m_utf8 ? *utf8Decoder : *narrowDecoder, line, length);
             if (first == '[') {
+                // A set named "[]" is stored here like any other; only the
+                // last section of the file needs a name to be kept.
                 if (!headerSeen)
                     headerSeen = true;
-                else if (current.getLength() > 0)
+                else
                     gather(current, keys);
                 keys.clear();
                 const int32_t close = lineText.lastIndexOf(u']');
