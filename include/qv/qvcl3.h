@@ -49,6 +49,7 @@
 #include <qv/core/RecycledAllocation.h>
 #include <qv/core/Reference.h>
 #include <qv/core/Result.h>
+#include <qv/core/TextSpelling.h>
 #include <qv/core/Version.h>
 #include <qv/crypto/Blowfish.h>
 #include <qv/crypto/BlowfishCipher.h>

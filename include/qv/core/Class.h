@@ -2,6 +2,7 @@
 #define QV_CORE_CLASS_H
 
 #include <qv/core/Object.h>
+#include <qv/core/TextSpelling.h>
 
 #include <type_traits>
 #include <typeinfo>
@@ -39,7 +40,11 @@ public:
 
     // ClassNotFoundException when unknown.
     static Class* forName(const char16_t* name);
-    static Class* forName(const unsigned short* name);
+    template <class T, IfUShortText<T> = 0>
+    static Class* forName(const T* name)
+    {
+        return forName(reinterpret_cast<const char16_t*>(name));
+    }
     static Class* forType(const std::type_info* type);
 
     ~Class() override;

@@ -22,11 +22,19 @@ public:
     // The first registration of a name wins; later ones are ignored.
     void registerClass(const char16_t* name, const std::type_info* type, Class::CreateFunction creator,
                        Class::InstanceTest instanceTest = nullptr);
-    void registerClass(const unsigned short* name, const std::type_info* type, Class::CreateFunction creator,
-                       Class::InstanceTest instanceTest = nullptr);
+    template <class T, IfUShortText<T> = 0>
+    void registerClass(const T* name, const std::type_info* type, Class::CreateFunction creator,
+                       Class::InstanceTest instanceTest = nullptr)
+    {
+        registerClass(reinterpret_cast<const char16_t*>(name), type, creator, instanceTest);
+    }
     // ClassNotFoundException with the name as message when unknown.
     Class* lookupName(const char16_t* name) const;
-    Class* lookupName(const unsigned short* name) const;
+    template <class T, IfUShortText<T> = 0>
+    Class* lookupName(const T* name) const
+    {
+        return lookupName(reinterpret_cast<const char16_t*>(name));
+    }
     // ClassNotFoundException with the type's name as message when unknown.
     Class* lookupType(const std::type_info* type) const;
     size_t getClassCount() const noexcept { return m_byName.size(); }

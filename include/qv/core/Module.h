@@ -3,6 +3,7 @@
 
 #include <qv/core/Export.h>
 #include <qv/core/IQVUnknown.h>
+#include <qv/core/TextSpelling.h>
 #include <qv/sync/Mutex.h>
 
 #include <atomic>
@@ -78,7 +79,11 @@ public:
     // 0 (may unload) exactly when the lock count is 0, otherwise 1.
     virtual Result CanUnloadNow() const;
 
-    Result RegisterServer(const unsigned short* modulePath);
+    template <class T, IfUShortText<T> = 0>
+    Result RegisterServer(const T* modulePath)
+    {
+        return RegisterServer(reinterpret_cast<const char16_t*>(modulePath));
+    }
     // Registers with the file of a module handle (from QVModuleGetHandle).
     Result RegisterServer(QVHANDLE moduleHandle);
 

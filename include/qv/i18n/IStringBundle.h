@@ -2,6 +2,7 @@
 #define QV_I18N_ISTRINGBUNDLE_H
 
 #include <qv/core/IQVUnknown.h>
+#include <qv/core/TextSpelling.h>
 #include <qv/util/ICharBuffer.h>
 
 namespace qv {
@@ -33,7 +34,8 @@ public:
     // The name messages give the bundle ("msg_de_AT").
     virtual Result GetBundleName(util::ICharBuffer* out) const = 0;
 
-    Result GetString(const unsigned short* key, util::ICharBuffer* out) const
+    template <class T, IfUShortText<T> = 0>
+    Result GetString(const T* key, util::ICharBuffer* out) const
     {
         return GetString(reinterpret_cast<const char16_t*>(key), out);
     }

@@ -1,6 +1,7 @@
 #ifndef QV_IO_ALPHANUMINPUTSTREAM_H
 #define QV_IO_ALPHANUMINPUTSTREAM_H
 
+#include <qv/core/TextSpelling.h>
 #include <qv/io/FilterInputStream.h>
 
 #include <cstddef>
@@ -19,8 +20,10 @@ public:
     // A null alphabet selects the default one; the alphabet rules are those
     // of AlphaNumOutputStream.
     explicit AlphaNumInputStream(InputStream* in, const char16_t* alphabet = nullptr);
-    AlphaNumInputStream(InputStream* in, const unsigned short* alphabet);
-    AlphaNumInputStream(InputStream* in, std::nullptr_t);
+    template <class T, IfUShortText<T> = 0>
+    AlphaNumInputStream(InputStream* in, const T* alphabet)
+        : AlphaNumInputStream(in, reinterpret_cast<const char16_t*>(alphabet))
+    {}
     ~AlphaNumInputStream() override;
 
     using FilterInputStream::read;

@@ -1,6 +1,7 @@
 #ifndef QV_IO_ALPHANUMOUTPUTSTREAM_H
 #define QV_IO_ALPHANUMOUTPUTSTREAM_H
 
+#include <qv/core/TextSpelling.h>
 #include <qv/io/FilterOutputStream.h>
 
 #include <cstddef>
@@ -21,8 +22,10 @@ public:
     // characters from U+0001 to U+00FF (each is written as one byte) throws
     // ResultException(0x80070057).
     explicit AlphaNumOutputStream(OutputStream* out, const char16_t* alphabet = nullptr);
-    AlphaNumOutputStream(OutputStream* out, const unsigned short* alphabet);
-    AlphaNumOutputStream(OutputStream* out, std::nullptr_t);
+    template <class T, IfUShortText<T> = 0>
+    AlphaNumOutputStream(OutputStream* out, const T* alphabet)
+        : AlphaNumOutputStream(out, reinterpret_cast<const char16_t*>(alphabet))
+    {}
     ~AlphaNumOutputStream() override;
 
     using FilterOutputStream::write;

@@ -2,6 +2,7 @@
 #define QV_IO_PRINTWRITER_H
 
 #include <qv/core/Reference.h>
+#include <qv/core/TextSpelling.h>
 #include <qv/io/Writer.h>
 
 namespace qv {
@@ -27,7 +28,11 @@ public:
     void print(const String& text);
     // NUL-terminated; null prints nothing.
     void print(const char16_t* text);
-    void print(const unsigned short* text);
+    template <class T, IfUShortText<T> = 0>
+    void print(const T* text)
+    {
+        print(reinterpret_cast<const char16_t*>(text));
+    }
     // Narrow text would otherwise print as a bool.
     void print(const char* text) = delete;
     // The object's toString().
@@ -56,7 +61,8 @@ public:
         print(text);
         println();
     }
-    void println(const unsigned short* text)
+    template <class T, IfUShortText<T> = 0>
+    void println(const T* text)
     {
         print(text);
         println();

@@ -3,6 +3,7 @@
 
 #include <qv/core/Export.h>
 #include <qv/core/Object.h>
+#include <qv/core/TextSpelling.h>
 
 #include <cstdint>
 
@@ -23,7 +24,11 @@ public:
     // Up to count units into buffer: the number read, 0 when count < 1, -1 at
     // the end. Blocks until at least one unit is in hand.
     virtual int32_t read(char16_t* buffer, int32_t count) = 0;
-    int32_t read(unsigned short* buffer, int32_t count) { return read(reinterpret_cast<char16_t*>(buffer), count); }
+    template <class T, IfUShortText<T> = 0>
+    int32_t read(T* buffer, int32_t count)
+    {
+        return read(reinterpret_cast<char16_t*>(buffer), count);
+    }
     // One unit as 0..0xFFFF, or -1 at the end.
     virtual int32_t read();
     // Reads and drops up to count units; returns how many were dropped (0 for

@@ -3,6 +3,7 @@
 
 #include <qv/core/Export.h>
 #include <qv/core/Object.h>
+#include <qv/core/TextSpelling.h>
 
 #include <cstdint>
 
@@ -26,7 +27,11 @@ public:
     // count units of text; a negative count writes up to the text's NUL. A
     // null text with a positive count throws ResultException(0x80070057).
     virtual void write(const char16_t* text, int32_t count) = 0;
-    void write(const unsigned short* text, int32_t count) { write(reinterpret_cast<const char16_t*>(text), count); }
+    template <class T, IfUShortText<T> = 0>
+    void write(const T* text, int32_t count)
+    {
+        write(reinterpret_cast<const char16_t*>(text), count);
+    }
     // All units of text, NULs included. The base calls the form above.
     virtual void write(const String& text);
     // The base calls write(&unit, 1).

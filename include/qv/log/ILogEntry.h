@@ -5,6 +5,7 @@
 #include <qv/core/IQVUnknown.h>
 #include <qv/core/Object.h>
 #include <qv/core/Reference.h>
+#include <qv/core/TextSpelling.h>
 #include <qv/lang/String.h>
 
 namespace qv {
@@ -81,15 +82,21 @@ public:
     virtual Result HasField(const char16_t* name) const = 0;
     virtual Result GetFieldIterator(IFieldIterator** out) const = 0;
 
-    Result SetField(const unsigned short* name, IQVUnknown* value)
+    template <class T, IfUShortText<T> = 0>
+    Result SetField(const T* name, IQVUnknown* value)
     {
         return SetField(reinterpret_cast<const char16_t*>(name), value);
     }
-    Result GetField(const unsigned short* name, const GUID& iid, void** out) const
+    template <class T, IfUShortText<T> = 0>
+    Result GetField(const T* name, const GUID& iid, void** out) const
     {
         return GetField(reinterpret_cast<const char16_t*>(name), iid, out);
     }
-    Result HasField(const unsigned short* name) const { return HasField(reinterpret_cast<const char16_t*>(name)); }
+    template <class T, IfUShortText<T> = 0>
+    Result HasField(const T* name) const
+    {
+        return HasField(reinterpret_cast<const char16_t*>(name));
+    }
 
 protected:
     ~ILogEntry() = default;

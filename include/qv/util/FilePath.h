@@ -2,6 +2,7 @@
 #define QV_UTIL_FILEPATH_H
 
 #include <qv/core/Object.h>
+#include <qv/core/TextSpelling.h>
 #include <qv/lang/String.h>
 
 #include <cstddef>
@@ -24,7 +25,9 @@ public:
     FilePath() noexcept;
     explicit FilePath(const String& path);
     explicit FilePath(const char16_t* path);
-    explicit FilePath(const unsigned short* path);
+    template <class T, IfUShortText<T> = 0>
+    explicit FilePath(const T* path) : FilePath(reinterpret_cast<const char16_t*>(path))
+    {}
     FilePath(const FilePath& other);
     FilePath(FilePath&& other) noexcept;
     FilePath& operator=(const FilePath& other);

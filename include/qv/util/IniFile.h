@@ -4,6 +4,7 @@
 #include <qv/core/Object.h>
 #include <qv/core/Reference.h>
 #include <qv/core/Result.h>
+#include <qv/core/TextSpelling.h>
 #include <qv/lang/String.h>
 
 #include <cstddef>
@@ -37,10 +38,9 @@ public:
     // path: the file (null: none). lockName: a named semaphore (count 1)
     // held by each operation for its whole length; null for no lock.
     IniFile(const char16_t* path, const char* lockName = nullptr, short flags = 0);
-    IniFile(const unsigned short* path, const char* lockName = nullptr, short flags = 0);
-    // A literal nullptr would fit both spellings above.
-    IniFile(std::nullptr_t, const char* lockName = nullptr, short flags = 0)
-        : IniFile(static_cast<const char16_t*>(nullptr), lockName, flags)
+    template <class T, IfUShortText<T> = 0>
+    IniFile(const T* path, const char* lockName = nullptr, short flags = 0)
+        : IniFile(reinterpret_cast<const char16_t*>(path), lockName, flags)
     {}
     IniFile(const IniFile&) = delete;
     IniFile& operator=(const IniFile&) = delete;
@@ -49,20 +49,38 @@ public:
     // 0x80070002 when the set has no such key; 0x80004009 when the value and
     // its NUL do not fit in size units (nothing is copied).
     Result GetValue(const char16_t* set, const char16_t* key, char16_t* buffer, unsigned int size);
-    Result GetValue(const unsigned short* set, const unsigned short* key, unsigned short* buffer, unsigned int size);
+    template <class T, IfUShortText<T> = 0>
+    Result GetValue(const T* set, const T* key, T* buffer, unsigned int size)
+    {
+        return GetValue(reinterpret_cast<const char16_t*>(set), reinterpret_cast<const char16_t*>(key),
+                        reinterpret_cast<char16_t*>(buffer), size);
+    }
     // replace: true lets the value replace an existing one; false makes an
     // existing key 0x800700B7. A missing set is created. Returns what the
     // rewrite returns: 0, or 1 when the file can't be written (the copy in
     // memory keeps the change until the next reload).
     Result AddKey(const char16_t* set, const char16_t* key, const char16_t* value, bool replace);
-    Result AddKey(const unsigned short* set, const unsigned short* key, const unsigned short* value, bool replace);
+    template <class T, IfUShortText<T> = 0>
+    Result AddKey(const T* set, const T* key, const T* value, bool replace)
+    {
+        return AddKey(reinterpret_cast<const char16_t*>(set), reinterpret_cast<const char16_t*>(key),
+                      reinterpret_cast<const char16_t*>(value), replace);
+    }
     // 0x80070002 when there is no such key. A set left empty stays.
     Result DeleteKey(const char16_t* set, const char16_t* key);
-    Result DeleteKey(const unsigned short* set, const unsigned short* key);
+    template <class T, IfUShortText<T> = 0>
+    Result DeleteKey(const T* set, const T* key)
+    {
+        return DeleteKey(reinterpret_cast<const char16_t*>(set), reinterpret_cast<const char16_t*>(key));
+    }
     // Removes the set and its subsets (see ListSubsets); a missing set is no
     // error. Returns what the rewrite returns.
     Result DeleteSet(const char16_t* set);
-    Result DeleteSet(const unsigned short* set);
+    template <class T, IfUShortText<T> = 0>
+    Result DeleteSet(const T* set)
+    {
+        return DeleteSet(reinterpret_cast<const char16_t*>(set));
+    }
 
 private:
     friend class IniFileSetIterator;

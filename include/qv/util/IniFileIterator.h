@@ -2,6 +2,7 @@
 #define QV_UTIL_INIFILEITERATOR_H
 
 #include <qv/core/Object.h>
+#include <qv/core/TextSpelling.h>
 #include <qv/lang/String.h>
 
 #include <cstddef>
@@ -36,8 +37,9 @@ protected:
 class QV_EXPORT IniFileSetIterator : public IniFileIteratorBase {
 public:
     IniFileSetIterator(IniFile& file, const char16_t* setName);
-    IniFileSetIterator(IniFile& file, const unsigned short* setName);
-    IniFileSetIterator(IniFile& file, std::nullptr_t) : IniFileSetIterator(file, static_cast<const char16_t*>(nullptr))
+    template <class T, IfUShortText<T> = 0>
+    IniFileSetIterator(IniFile& file, const T* setName)
+        : IniFileSetIterator(file, reinterpret_cast<const char16_t*>(setName))
     {}
     ~IniFileSetIterator() override;
 };
@@ -46,8 +48,9 @@ public:
 class QV_EXPORT IniFileKeyIterator : public IniFileIteratorBase {
 public:
     IniFileKeyIterator(IniFile& file, const char16_t* setName);
-    IniFileKeyIterator(IniFile& file, const unsigned short* setName);
-    IniFileKeyIterator(IniFile& file, std::nullptr_t) : IniFileKeyIterator(file, static_cast<const char16_t*>(nullptr))
+    template <class T, IfUShortText<T> = 0>
+    IniFileKeyIterator(IniFile& file, const T* setName)
+        : IniFileKeyIterator(file, reinterpret_cast<const char16_t*>(setName))
     {}
     ~IniFileKeyIterator() override;
 };

@@ -30,11 +30,6 @@ Class* Class::forName(const char16_t* name)
     return ClassManager::getInstance()->lookupName(name);
 }
 
-Class* Class::forName(const unsigned short* name)
-{
-    return forName(reinterpret_cast<const char16_t*>(name));
-}
-
 Class* Class::forType(const std::type_info* type)
 {
     return ClassManager::getInstance()->lookupType(type);

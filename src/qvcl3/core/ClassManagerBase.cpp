@@ -37,17 +37,6 @@ void ClassManagerBase::registerClass(const char16_t* name, const std::type_info*
     }
 }
 
-void ClassManagerBase::registerClass(const unsigned short* name, const std::type_info* type,
-                                     Class::CreateFunction creator, Class::InstanceTest instanceTest)
-{
-    registerClass(reinterpret_cast<const char16_t*>(name), type, creator, instanceTest);
-}
-
-Class* ClassManagerBase::lookupName(const unsigned short* name) const
-{
-    return lookupName(reinterpret_cast<const char16_t*>(name));
-}
-
 Class* ClassManagerBase::lookupName(const char16_t* name) const
 {
     if (!name)

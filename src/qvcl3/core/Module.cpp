@@ -176,11 +176,6 @@ Result Module::CanUnloadNow() const
     return GetLockCount() == 0 ? 0 : 1;
 }
 
-Result Module::RegisterServer(const unsigned short* modulePath)
-{
-    return RegisterServer(reinterpret_cast<const char16_t*>(modulePath));
-}
-
 Result Module::RegisterServer(QVHANDLE moduleHandle)
 {
     int32_t length = 0;

@@ -47,14 +47,6 @@ AlphaNumInputStream::AlphaNumInputStream(InputStream* in, const char16_t* alphab
         m_values[static_cast<unsigned char>(characters[i])] = static_cast<signed char>(i);
 }
 
-AlphaNumInputStream::AlphaNumInputStream(InputStream* in, const unsigned short* alphabet)
-    : AlphaNumInputStream(in, reinterpret_cast<const char16_t*>(alphabet))
-{}
-
-AlphaNumInputStream::AlphaNumInputStream(InputStream* in, std::nullptr_t)
-    : AlphaNumInputStream(in, static_cast<const char16_t*>(nullptr))
-{}
-
 AlphaNumInputStream::~AlphaNumInputStream() = default;
 
 bool AlphaNumInputStream::nextCharacter(unsigned char& character)

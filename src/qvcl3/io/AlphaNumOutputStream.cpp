@@ -13,14 +13,6 @@ AlphaNumOutputStream::AlphaNumOutputStream(OutputStream* out, const char16_t* al
     detail::loadAlphabet(alphabet, m_alphabet);
 }
 
-AlphaNumOutputStream::AlphaNumOutputStream(OutputStream* out, const unsigned short* alphabet)
-    : AlphaNumOutputStream(out, reinterpret_cast<const char16_t*>(alphabet))
-{}
-
-AlphaNumOutputStream::AlphaNumOutputStream(OutputStream* out, std::nullptr_t)
-    : AlphaNumOutputStream(out, static_cast<const char16_t*>(nullptr))
-{}
-
 AlphaNumOutputStream::~AlphaNumOutputStream() = default;
 
 // The characters of a whole request are collected and passed on in blocks,

@@ -59,11 +59,6 @@ void PrintWriter::print(const char16_t* text)
     write(text, -1);
 }
 
-void PrintWriter::print(const unsigned short* text)
-{
-    write(reinterpret_cast<const char16_t*>(text), -1);
-}
-
 void PrintWriter::print(const Object& object)
 {
     write(object.toString());

@@ -61,8 +61,6 @@ FilePath::FilePath(const String& path) : m_path(normalise(path.toU16String())) {
 
 FilePath::FilePath(const char16_t* path) : FilePath(String(path ? path : u"")) {}
 
-FilePath::FilePath(const unsigned short* path) : FilePath(reinterpret_cast<const char16_t*>(path)) {}
-
 // The reference count stays with the object; only the text is copied.
 FilePath::FilePath(const FilePath& other) : Object(), m_path(other.m_path) {}
 

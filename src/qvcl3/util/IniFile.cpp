@@ -38,11 +38,6 @@ bool toNarrowPath(const String& path, char (&narrow)[kNarrowPathBytes])
            QVUnicodeToAnsi(path.getData(), path.getLength(), narrow, kNarrowPathBytes, nullptr) == 0;
 }
 
-const char16_t* text(const unsigned short* units)
-{
-    return reinterpret_cast<const char16_t*>(units);
-}
-
 String decodeStrictly(ByteToCharConverter& decoder, const char* bytes, size_t length)
 {
     std::u16string units(length * static_cast<size_t>(decoder.getMaxCharsPerByte()) + 8, u'\0');
@@ -215,9 +210,6 @@ IniFile::IniFile(const char16_t* path, const char* lockName, short flags)
         m_layout.reset(new IniFileLayout());
 }
 
-IniFile::IniFile(const unsigned short* path, const char* lockName, short flags) : IniFile(text(path), lockName, flags)
-{}
-
 IniFile::~IniFile() = default;
 
 Result IniFile::GetValue(const char16_t* set, const char16_t* key, char16_t* buffer, unsigned int size)
@@ -234,12 +226,6 @@ Result IniFile::GetValue(const char16_t* set, const char16_t* key, char16_t* buf
             return results::FILE_NOT_FOUND;
         return detail::copyText(value->second, buffer, size);
     });
-}
-
-Result IniFile::GetValue(const unsigned short* set, const unsigned short* key, unsigned short* buffer,
-                         unsigned int size)
-{
-    return GetValue(text(set), text(key), reinterpret_cast<char16_t*>(buffer), size);
 }
 
 Result IniFile::AddKey(const char16_t* set, const char16_t* key, const char16_t* value, bool replace)
@@ -259,11 +245,6 @@ Result IniFile::AddKey(const char16_t* set, const char16_t* key, const char16_t*
     });
 }
 
-Result IniFile::AddKey(const unsigned short* set, const unsigned short* key, const unsigned short* value, bool replace)
-{
-    return AddKey(text(set), text(key), text(value), replace);
-}
-
 Result IniFile::DeleteKey(const char16_t* set, const char16_t* key)
 {
     if (!set || !key)
@@ -281,11 +262,6 @@ Result IniFile::DeleteKey(const char16_t* set, const char16_t* key)
     });
 }
 
-Result IniFile::DeleteKey(const unsigned short* set, const unsigned short* key)
-{
-    return DeleteKey(text(set), text(key));
-}
-
 Result IniFile::DeleteSet(const char16_t* set)
 {
     if (!set)
@@ -295,11 +271,6 @@ Result IniFile::DeleteSet(const char16_t* set)
         internalDeleteSet(String(set));
         return WriteToFile(nullptr);
     });
-}
-
-Result IniFile::DeleteSet(const unsigned short* set)
-{
-    return DeleteSet(text(set));
 }
 
 void IniFile::checkAndUpdate()

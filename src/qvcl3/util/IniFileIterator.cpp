@@ -8,15 +8,6 @@
 namespace qv {
 namespace util {
 
-namespace {
-
-const char16_t* text(const unsigned short* units)
-{
-    return reinterpret_cast<const char16_t*>(units);
-}
-
-} // namespace
-
 IniFileIteratorBase::IniFileIteratorBase(const String& setName) : m_setName(setName), m_position(0) {}
 
 IniFileIteratorBase::~IniFileIteratorBase() = default;
@@ -46,10 +37,6 @@ IniFileSetIterator::IniFileSetIterator(IniFile& file, const char16_t* setName)
     m_names = m_setName.getLength() == 0 ? file.ListSets() : file.ListSubsets(m_setName);
 }
 
-IniFileSetIterator::IniFileSetIterator(IniFile& file, const unsigned short* setName)
-    : IniFileSetIterator(file, text(setName))
-{}
-
 IniFileSetIterator::~IniFileSetIterator() = default;
 
 IniFileKeyIterator::IniFileKeyIterator(IniFile& file, const char16_t* setName)
@@ -59,10 +46,6 @@ IniFileKeyIterator::IniFileKeyIterator(IniFile& file, const char16_t* setName)
     file.checkAndUpdate();
     m_names = file.ListKeys(m_setName);
 }
-
-IniFileKeyIterator::IniFileKeyIterator(IniFile& file, const unsigned short* setName)
-    : IniFileKeyIterator(file, text(setName))
-{}
 
 IniFileKeyIterator::~IniFileKeyIterator() = default;
 
