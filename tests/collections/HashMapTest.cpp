@@ -149,7 +149,17 @@ TEST(HashMapIteration, StructuralChangesMakeNextThrow)
 
     Reference<HashMapIterator> adding = map->createValueIterator();
     map->put(unk(key(7)), nullptr);
+    EXPECT_TRUE(adding->hasNext());
     EXPECT_THROW(adding->next(), Exception);
+
+    // hasNext answers from the scan alone: a walk that has passed every
+    // bucket has nothing left, whatever changed behind it.
+    Reference<HashMapIterator> done = map->createKeyIterator();
+    while (done->hasNext())
+        done->next();
+    map->put(unk(key(8)), nullptr);
+    EXPECT_FALSE(done->hasNext());
+    EXPECT_THROW(done->next(), Exception);
 
     // Absent keys change nothing.
     Reference<HashMapIterator> quiet = map->createEntryIterator();
