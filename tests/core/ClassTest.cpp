@@ -29,7 +29,8 @@ qv::Object* makeException()
 
 TEST(Class, LookupByNameAndCreate)
 {
-    const qv::Class* cls = qv::Class::forName(u"qv::Exception");
+    // The registry's Class objects are component objects a caller may hold.
+    qv::Reference<qv::Class> cls(qv::Class::forName(u"qv::Exception"));
     ASSERT_NE(cls, nullptr);
     EXPECT_TRUE(qv::String(cls->getName()).equals(u"qv::Exception"));
     qv::Reference<qv::Object> made(cls->createInstance());
@@ -66,9 +67,12 @@ TEST(Class, ByTypeAndFirstRegistrationWins)
 
     qv::ClassManagerBase* registry = qv::ClassManager::getInstance();
     size_t before = registry->getClassCount();
+    const unsigned short wideName[] = {'t', 'e', 's', 't', ':', ':', 'R', 'e', 'g',
+                                       'i', 's', 't', 'e', 'r', 'e', 'd', 0};
     registry->registerClass(u"test::Registered", &typeid(qv::Object), &makeObject);
-    registry->registerClass(u"test::Registered", &typeid(qv::Exception), &makeException);
+    registry->registerClass(wideName, &typeid(qv::Exception), &makeException);
     EXPECT_EQ(registry->getClassCount(), before + 1);
+    EXPECT_EQ(registry->lookupName(wideName), qv::Class::forName(u"test::Registered"));
     qv::Reference<qv::Object> made(qv::Class::forName(u"test::Registered")->createInstance());
     EXPECT_EQ(dynamic_cast<qv::Exception*>(made.get()), nullptr);
     // The type index keeps the class that registered the type first.

@@ -1,6 +1,8 @@
 #include <qv/core/Boundary.h>
+#include <qv/core/Class.h>
 #include <qv/core/Exception.h>
 #include <qv/core/ExternalException.h>
+#include <qv/core/Reference.h>
 #include <qv/io/IoException.h>
 #include <qv/text/charset/CharsetExceptions.h>
 
@@ -102,4 +104,23 @@ TEST(Exception, TreeIsCaughtThroughEachBase)
     } catch (const qv::Object& o) {
         EXPECT_NE(dynamic_cast<const qv::ReadOnlyException*>(&o), nullptr);
     }
+}
+
+TEST(Exception, RegisteredByQualifiedNameCreatableOnlyWhereDocumented)
+{
+    for (const char16_t* name :
+         {u"qv::Exception", u"qv::CastFailedException", u"qv::IllegalStateException", u"qv::IntDivByZeroException",
+          u"qv::IntErrorException", u"qv::IntOverflowException", u"qv::OutOfMemoryException", u"qv::io::IoException",
+          u"qv::io::TimeoutException", u"qv::io::UnexpectedEOFException",
+          u"qv::text::charset::InvalidCharacterException", u"qv::text::charset::UnknownEncodingException"}) {
+        qv::Reference<qv::Object> made(qv::Class::forName(name)->createInstance());
+        EXPECT_TRUE(qv::String(made->getClass()->getName()).equals(name)) << qv::String(name).toUtf8();
+    }
+    for (const char16_t* name : {u"qv::ExternalException", u"qv::AccessViolationException", u"qv::UserAbortException",
+                                 u"qv::MathErrorException", u"qv::MathUnderflowException"}) {
+        EXPECT_THROW(qv::Class::forName(name)->createInstance(), qv::IllegalAccessException)
+            << qv::String(name).toUtf8();
+    }
+    EXPECT_THROW(qv::Class::forName(u"qv::ResultException"), qv::ClassNotFoundException);
+    EXPECT_THROW(qv::Class::forName(u"qv::util::IniFileException"), qv::ClassNotFoundException);
 }

@@ -44,6 +44,7 @@ TEST(DataOutputStream, WritesEveryTypeBigEndian)
     out->writeBool(true);
     out->writeBool(false);
     out->writeByte(-2);
+    out->writeUnsignedByte(0xC8);
     out->writeInt16(0x0102);
     out->writeUnsignedShort(0xFFFE);
     out->writeChar16(u'\u20AC');
@@ -54,9 +55,9 @@ TEST(DataOutputStream, WritesEveryTypeBigEndian)
     out->writeFloat(1.0f);
     out->writeDouble(-2.0);
     out->writeString(String(u"ignored")); // strings have no wire form
-    const std::vector<unsigned char> expected = {1,    0,    0xFE, 1,    2,    0xFF, 0xFE, 0x20, 0xAC, 1, 2, 3, 4, 0xFF,
-                                                 0xFF, 0xFF, 0xFF, 0x00, 0x01, 0xF6, 0x00, 1,    2,    3, 4, 5, 6, 7,
-                                                 8,    0x3F, 0x80, 0,    0,    0xC0, 0x00, 0,    0,    0, 0, 0, 0};
+    const std::vector<unsigned char> expected = {
+        1,    0, 0xFE, 0xC8, 1, 2, 0xFF, 0xFE, 0x20, 0xAC, 1,    2, 3, 4,    0xFF, 0xFF, 0xFF, 0xFF, 0x00, 0x01, 0xF6,
+        0x00, 1, 2,    3,    4, 5, 6,    7,    8,    0x3F, 0x80, 0, 0, 0xC0, 0x00, 0,    0,    0,    0,    0,    0};
     EXPECT_EQ(collected(*bytes), expected);
 }
 

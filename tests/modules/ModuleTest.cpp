@@ -191,7 +191,8 @@ TEST_F(ModuleTest, ConcurrentFirstRequestsMakeOneFactory)
 TEST_F(ModuleTest, RegistrationWritesTheKeyLayoutAndUnregistrationRemovesIt)
 {
     qv::qvcom::DllModule module(m_table);
-    ASSERT_EQ(module.RegisterServer(u"/opt/test/libwidget.so"), 0);
+    const std::u16string path = u"/opt/test/libwidget.so";
+    ASSERT_EQ(module.RegisterServer(reinterpret_cast<const unsigned short*>(path.c_str())), 0);
     const std::u16string widget = classKey(Widget::clsid);
     const std::u16string widgetText = text(qv::util::Guid(Widget::clsid).toString());
     EXPECT_EQ(defaultOf(u"Test.Widget.2\\CLSID"), widgetText);
@@ -203,12 +204,17 @@ TEST_F(ModuleTest, RegistrationWritesTheKeyLayoutAndUnregistrationRemovesIt)
     EXPECT_EQ(defaultOf(widget + u"\\InprocServer32"), u"/opt/test/libwidget.so");
     EXPECT_EQ(defaultOf(u"Test.Widget\\CLSID"), widgetText);
     EXPECT_EQ(defaultOf(u"Test.Widget\\CurVer"), u"Test.Widget.2");
-    // Gadget has no texts: only its class key and its module.
+    // Gadget has no texts: its class key, empty ProgIDs and its module.
     const RegistryKey gadget = RegistryKey::classesRoot().openKey(classKey(Gadget::clsid).c_str());
     String name;
-    EXPECT_TRUE(gadget.enumSubKey(0, name));
-    EXPECT_EQ(text(name), u"InprocServer32");
-    EXPECT_FALSE(gadget.enumSubKey(1, name));
+    const char16_t* const gadgetKeys[] = {u"InprocServer32", u"ProgID", u"VersionIndependentProgID"};
+    for (uint32_t i = 0; i < 3; ++i) {
+        ASSERT_TRUE(gadget.enumSubKey(i, name));
+        EXPECT_EQ(text(name), gadgetKeys[i]);
+    }
+    EXPECT_FALSE(gadget.enumSubKey(3, name));
+    EXPECT_EQ(defaultOf(classKey(Gadget::clsid) + u"\\ProgID"), u"");
+    EXPECT_EQ(defaultOf(classKey(Gadget::clsid) + u"\\VersionIndependentProgID"), u"");
     EXPECT_FALSE(gadget.hasValue(nullptr));
 
     GUID resolved{};

@@ -38,9 +38,9 @@ public:
     Object* createInstance() const;
 
     // ClassNotFoundException when unknown.
-    static const Class* forName(const char16_t* name);
-    static const Class* forName(const unsigned short* name);
-    static const Class* forType(const std::type_info* type);
+    static Class* forName(const char16_t* name);
+    static Class* forName(const unsigned short* name);
+    static Class* forType(const std::type_info* type);
 
     ~Class() override;
 

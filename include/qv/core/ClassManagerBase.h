@@ -22,10 +22,13 @@ public:
     // The first registration of a name wins; later ones are ignored.
     void registerClass(const char16_t* name, const std::type_info* type, Class::CreateFunction creator,
                        Class::InstanceTest instanceTest = nullptr);
+    void registerClass(const unsigned short* name, const std::type_info* type, Class::CreateFunction creator,
+                       Class::InstanceTest instanceTest = nullptr);
     // ClassNotFoundException with the name as message when unknown.
-    const Class* lookupName(const char16_t* name) const;
+    Class* lookupName(const char16_t* name) const;
+    Class* lookupName(const unsigned short* name) const;
     // ClassNotFoundException with the type's name as message when unknown.
-    const Class* lookupType(const std::type_info* type) const;
+    Class* lookupType(const std::type_info* type) const;
     size_t getClassCount() const noexcept { return m_byName.size(); }
 
 private:

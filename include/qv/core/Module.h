@@ -78,6 +78,7 @@ public:
     // 0 (may unload) exactly when the lock count is 0, otherwise 1.
     virtual Result CanUnloadNow() const;
 
+    Result RegisterServer(const unsigned short* modulePath);
     // Registers with the file of a module handle (from QVModuleGetHandle).
     Result RegisterServer(QVHANDLE moduleHandle);
 

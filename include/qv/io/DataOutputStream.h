@@ -17,6 +17,7 @@ public:
     // 1 or 0.
     void writeBool(bool value);
     void writeByte(signed char value);
+    void writeUnsignedByte(unsigned char value) { writeByte(static_cast<signed char>(value)); }
     void writeInt16(int16_t value);
     void writeShort(int16_t value) { writeInt16(value); }
     void writeUnsignedInt16(uint16_t value) { writeInt16(static_cast<int16_t>(value)); }

@@ -6,16 +6,16 @@
 namespace qv {
 namespace util {
 
-// What the INI-file iterators throw. Its result code follows its type, so a
-// component boundary reports the same failure a lookup would.
+// What the INI-file iterators throw. Its result code is the general failure
+// whatever its type: callers that need to tell the cases apart read GetType().
 class QV_EXPORT IniFileException : public Exception {
 public:
     enum TYPE {
         UNKNOWN = 0,
-        SET_NOT_FOUND = 1,    // 0x80070002
-        KEY_NOT_FOUND = 2,    // 0x80070002
-        NO_MORE_ELEMENTS = 3, // 0x80070026, end of data
-        IO_ERROR = 4,         // 0x80004005
+        SET_NOT_FOUND = 1,
+        KEY_NOT_FOUND = 2,
+        NO_MORE_ELEMENTS = 3,
+        IO_ERROR = 4,
     };
 
     IniFileException();
@@ -26,7 +26,6 @@ public:
     ~IniFileException() override;
 
     TYPE GetType() const;
-    Result getResult() const override;
 
 private:
     TYPE m_type;

@@ -25,17 +25,17 @@ Object* Class::createInstance() const
     return m_creator();
 }
 
-const Class* Class::forName(const char16_t* name)
+Class* Class::forName(const char16_t* name)
 {
     return ClassManager::getInstance()->lookupName(name);
 }
 
-const Class* Class::forName(const unsigned short* name)
+Class* Class::forName(const unsigned short* name)
 {
     return forName(reinterpret_cast<const char16_t*>(name));
 }
 
-const Class* Class::forType(const std::type_info* type)
+Class* Class::forType(const std::type_info* type)
 {
     return ClassManager::getInstance()->lookupType(type);
 }

@@ -37,7 +37,18 @@ void ClassManagerBase::registerClass(const char16_t* name, const std::type_info*
     }
 }
 
-const Class* ClassManagerBase::lookupName(const char16_t* name) const
+void ClassManagerBase::registerClass(const unsigned short* name, const std::type_info* type,
+                                     Class::CreateFunction creator, Class::InstanceTest instanceTest)
+{
+    registerClass(reinterpret_cast<const char16_t*>(name), type, creator, instanceTest);
+}
+
+Class* ClassManagerBase::lookupName(const unsigned short* name) const
+{
+    return lookupName(reinterpret_cast<const char16_t*>(name));
+}
+
+Class* ClassManagerBase::lookupName(const char16_t* name) const
 {
     if (!name)
         throw ClassNotFoundException();
@@ -47,7 +58,7 @@ const Class* ClassManagerBase::lookupName(const char16_t* name) const
     return it->second.get();
 }
 
-const Class* ClassManagerBase::lookupType(const std::type_info* type) const
+Class* ClassManagerBase::lookupType(const std::type_info* type) const
 {
     if (!type)
         throw ClassNotFoundException();

@@ -121,10 +121,10 @@ Result Module::RegisterClassEntry(ClassData* row, const char16_t*)
         const util::RegistryKey key = root.createKey(classKey.c_str());
         if (hasText(description))
             key.setValue(nullptr, String(description));
-        if (hasText(progId))
-            setDefault(root, classKey + u"\\ProgID", progId);
-        if (hasText(independent))
-            setDefault(root, classKey + u"\\VersionIndependentProgID", independent);
+        // The class key names both ProgIDs even when they are empty, so that a
+        // reader finds the same layout for every registered class.
+        setDefault(root, classKey + u"\\ProgID", hasText(progId) ? progId : u"");
+        setDefault(root, classKey + u"\\VersionIndependentProgID", hasText(independent) ? independent : u"");
         if (hasText(version))
             setDefault(root, classKey + u"\\Version", version);
         if (hasText(independent)) {
@@ -174,6 +174,11 @@ Result Module::UnregisterServer()
 Result Module::CanUnloadNow() const
 {
     return GetLockCount() == 0 ? 0 : 1;
+}
+
+Result Module::RegisterServer(const unsigned short* modulePath)
+{
+    return RegisterServer(reinterpret_cast<const char16_t*>(modulePath));
 }
 
 Result Module::RegisterServer(QVHANDLE moduleHandle)

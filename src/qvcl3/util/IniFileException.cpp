@@ -20,15 +20,5 @@ IniFileException::TYPE IniFileException::GetType() const
     return m_type;
 }
 
-Result IniFileException::getResult() const
-{
-    switch (m_type) {
-    case SET_NOT_FOUND:
-    case KEY_NOT_FOUND: return results::FILE_NOT_FOUND;
-    case NO_MORE_ELEMENTS: return results::HANDLE_EOF;
-    default: return results::FAIL;
-    }
-}
-
 } // namespace util
 } // namespace qv

@@ -5,7 +5,6 @@
 #include <qv/util/CmdLineParser.h>
 #include <qv/util/FilePath.h>
 #include <qv/util/IniFile.h>
-#include <qv/util/IniFileException.h>
 #include <qv/util/IniFileIterator.h>
 #include <qv/util/PropertiesFormat.h>
 #include <qv/util/Property.h>
@@ -24,7 +23,6 @@ const ClassTableRow g_utilClassRows[] = {
     QV_CLASS_ROW(util::CmdLineParser),
     QV_CLASS_ROW(util::FilePath),
     QV_CLASS_ROW_NO_CREATOR(util::IniFile),
-    QV_CLASS_ROW(util::IniFileException),
     QV_CLASS_ROW_NO_CREATOR(util::IniFileIteratorBase),
     QV_CLASS_ROW_NO_CREATOR(util::IniFileKeyIterator),
     QV_CLASS_ROW_NO_CREATOR(util::IniFileSetIterator),
