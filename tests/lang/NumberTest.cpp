@@ -101,3 +101,40 @@ TEST(Number, TextForms)
     EXPECT_TRUE(copy->equals(Integer16(12)));
     EXPECT_TRUE(copy->getClass()->isInstance(Integer16(0)));
 }
+
+namespace {
+
+// A number class of the caller's own: only the two primary conversions are
+// required of it, and they disagree on purpose so that each default accessor
+// shows which one it went through.
+class MeasuredNumber : public Number {
+public:
+    int64_t toInt64() const override { return 0x123456789ABCDEF0LL; }
+    double toDouble() const override { return -2.75; }
+};
+
+} // namespace
+
+TEST(Number, DefaultsOfACallersOwnNumberClass)
+{
+    MeasuredNumber n;
+    EXPECT_EQ(n.toByte(), static_cast<signed char>(0xF0));
+    EXPECT_EQ(n.toShort(), static_cast<short>(0xDEF0));
+    EXPECT_EQ(n.toInt(), static_cast<int>(0x9ABCDEF0u));
+    EXPECT_EQ(n.toLong(), static_cast<int32_t>(0x9ABCDEF0u));
+    EXPECT_EQ(n.toUByte(), 0xF0u);
+    EXPECT_EQ(n.toUShort(), 0xDEF0u);
+    EXPECT_EQ(n.toULong(), 0x9ABCDEF0u);
+    EXPECT_EQ(n.toUInt64(), 0x123456789ABCDEF0ull);
+    EXPECT_EQ(n.hashCode(), 0x9ABCDEF0u);
+    EXPECT_EQ(n.toFloat(), -2.75f);
+    EXPECT_EQ(n.toBigInteger().toInt64(), 0x123456789ABCDEF0LL);
+    EXPECT_TRUE(n.toBigDecimal().toString().equals(u"-2.75"));
+    // Without a rule of its own it orders as any object: by address.
+    MeasuredNumber other;
+    EXPECT_TRUE(n.equals(n));
+    EXPECT_FALSE(n.equals(other));
+    EXPECT_EQ(n.compareTo(other), -other.compareTo(n));
+    // Concrete classes still read it through their own width.
+    EXPECT_EQ(Integer16(3).compareTo(static_cast<const Number&>(n)), 3 - static_cast<short>(0xDEF0));
+}

@@ -229,8 +229,8 @@ class QV_EXPORT HashCursor {
 public:
     explicit HashCursor(const HashTable& table) noexcept;
 
-    // True while entries are left; also true when the table has changed
-    // structurally, so that the caller's next() reports it.
+    // True while the scan has entries left, whether or not the table has
+    // changed behind the cursor's back (next() reports that).
     bool hasNext() noexcept;
     HashNode* next();
     // Removes the entry next() returned last. IllegalStateException when

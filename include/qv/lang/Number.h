@@ -49,7 +49,9 @@ public:
     // 0 for the same object; CastFailedException for anything but a Number;
     // otherwise the class's own rule against the other number.
     int compareTo(const Object& other) const override;
-    virtual int compareTo(const Number& other) const = 0;
+    // Only toInt64 and toDouble are required of a number class; one without
+    // a compare rule of its own orders by address, as any Object does.
+    virtual int compareTo(const Number& other) const;
     // compareTo(other) == 0, so numbers of different classes can be equal.
     bool equals(const Object& other) const override;
     // The low 32 bits of the value (floating values converted toward zero).

@@ -387,7 +387,11 @@ bool HashCursor::hasNext() noexcept
 {
     if (stale())
         return false;
-    if (m_expectedModCount != m_table->m_modCount)
+    // After a change behind the cursor's back m_current may name a freed
+    // entry: it is only tested, never read. The scan itself reads the live
+    // bucket heads (the capacity never shrinks below m_index), and next()
+    // reports the change.
+    if (m_current)
         return true;
     while (!m_current && m_index > 0)
         m_current = m_table->m_table[--m_index];

@@ -92,6 +92,11 @@ int Number::compareTo(const Object& other) const
     return compareTo(*number);
 }
 
+int Number::compareTo(const Number& other) const
+{
+    return Object::compareTo(other);
+}
+
 bool Number::equals(const Object& other) const
 {
     return compareTo(other) == 0;

@@ -52,8 +52,8 @@ public:
     HashMapIterator(HashMap* map, int32_t kind, bool readOnly = false);
     ~HashMapIterator() override;
 
-    // Also true once the map has changed behind the iterator's back, so that
-    // the following next() reports it.
+    // Whether the scan has entries left; a change behind the iterator's
+    // back is reported by next(), not here.
     bool hasNext() override;
     Reference<IQVUnknown> next() override;
     void remove() override;
