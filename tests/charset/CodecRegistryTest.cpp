@@ -163,7 +163,7 @@ TEST(EncodingInfo, LooksUpByCodePageAndName)
     EXPECT_EQ(QVGetEncInfoByName(u"WINDOWS-1252", &info), kFail);
     EXPECT_EQ(QVGetEncInfoByName(u"UTF-16LE", &info), kFail);
 
-    EXPECT_EQ(QVGetEncInfoByName(static_cast<const char16_t*>(nullptr), &info), kInvalidArg);
+    EXPECT_EQ(QVGetEncInfoByName(nullptr, &info), kInvalidArg);
     EXPECT_EQ(QVGetEncInfoByName(u"UTF-8", nullptr), kInvalidArg);
     EXPECT_EQ(QVGetEncInfoByCodePage(65001, nullptr), kInvalidArg);
 }
