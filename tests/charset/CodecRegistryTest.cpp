@@ -140,7 +140,7 @@ TEST(CodecRegistry, DefaultConverterFollowsTheLocaleCodeSet)
 
 TEST(EncodingInfo, LooksUpByCodePageAndName)
 {
-    EncInfo info{};
+    qv::text::charset::EncInfo info{};
     ASSERT_EQ(QVGetEncInfoByCodePage(65001, &info), 0);
     EXPECT_EQ(std::u16string(info.name), u"UTF-8");
     EXPECT_EQ(info.codePage, 65001u);

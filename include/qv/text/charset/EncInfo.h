@@ -15,6 +15,15 @@ struct EncInfo {
     uint32_t reserved;
 };
 
+namespace qv {
+namespace text {
+namespace charset {
+// Also reachable beside the converters it describes.
+using ::EncInfo;
+} // namespace charset
+} // namespace text
+} // namespace qv
+
 // The known encodings, for callers outside the library. The table is built
 // at library start-up; while the library is stopped every call answers
 // 0x80004005. None of them throws.
