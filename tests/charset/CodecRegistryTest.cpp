@@ -140,7 +140,7 @@ TEST(CodecRegistry, DefaultConverterFollowsTheLocaleCodeSet)
 
 TEST(EncodingInfo, LooksUpByCodePageAndName)
 {
-    EncInfo info{};
+    qv::text::charset::EncInfo info{};
     ASSERT_EQ(QVGetEncInfoByCodePage(65001, &info), 0);
     EXPECT_EQ(std::u16string(info.name), u"UTF-8");
     EXPECT_EQ(info.codePage, 65001u);
@@ -163,7 +163,7 @@ TEST(EncodingInfo, LooksUpByCodePageAndName)
     EXPECT_EQ(QVGetEncInfoByName(u"WINDOWS-1252", &info), kFail);
     EXPECT_EQ(QVGetEncInfoByName(u"UTF-16LE", &info), kFail);
 
-    EXPECT_EQ(QVGetEncInfoByName(static_cast<const char16_t*>(nullptr), &info), kInvalidArg);
+    EXPECT_EQ(QVGetEncInfoByName(nullptr, &info), kInvalidArg);
     EXPECT_EQ(QVGetEncInfoByName(u"UTF-8", nullptr), kInvalidArg);
     EXPECT_EQ(QVGetEncInfoByCodePage(65001, nullptr), kInvalidArg);
 }

@@ -10,20 +10,20 @@ TEST(CharsetBasics, SubstitutionSettingsHaveTheirDefaultsAndKeepWhatIsSet)
 {
     BTCUTF8 decoder;
     EXPECT_TRUE(decoder.getSubstitutionMode());
-    EXPECT_EQ(1, decoder.getSubstitutionChars(static_cast<char16_t*>(nullptr), 0));
+    EXPECT_EQ(1, decoder.getSubstitutionChars(nullptr, 0));
     char16_t chars[3] = {};
     EXPECT_EQ(1, decoder.getSubstitutionChars(chars, 3));
     EXPECT_EQ(u'\uFFFD', chars[0]);
     decoder.setSubstitutionChars(u"xyz", 3);
-    EXPECT_EQ(3, decoder.getSubstitutionChars(static_cast<char16_t*>(nullptr), 0));
+    EXPECT_EQ(3, decoder.getSubstitutionChars(nullptr, 0));
     EXPECT_EQ(2, decoder.getSubstitutionChars(chars, 2));
     EXPECT_EQ(u'y', chars[1]);
     unsigned short wide[3] = {};
     EXPECT_EQ(3, decoder.getSubstitutionChars(wide, 3));
     EXPECT_EQ(u'z', wide[2]);
     EXPECT_THROW(decoder.setSubstitutionChars(u"abcd", 4), RangeError);
-    EXPECT_THROW(decoder.setSubstitutionChars(static_cast<const char16_t*>(nullptr), 1), RangeError);
-    EXPECT_EQ(3, decoder.getSubstitutionChars(static_cast<char16_t*>(nullptr), 0));
+    EXPECT_THROW(decoder.setSubstitutionChars(nullptr, 1), RangeError);
+    EXPECT_EQ(3, decoder.getSubstitutionChars(nullptr, 0));
 
     CTBUTF8 encoder;
     signed char bytes[7] = {};
@@ -61,11 +61,11 @@ TEST(CharsetBasics, BadPositionsAndBuffersThrowBeforeAnythingIsTouched)
         EXPECT_THROW(decoder->convert(in, &ip, 4, out, &op, 4), RangeError);
         op = 0;
         EXPECT_THROW(decoder->convert(nullptr, &ip, 4, out, &op, 4), RangeError);
-        EXPECT_THROW(decoder->convert(in, &ip, 4, static_cast<char16_t*>(nullptr), &op, 4), RangeError);
-        EXPECT_THROW(decoder->flush(static_cast<char16_t*>(nullptr), &op, 4), RangeError);
+        EXPECT_THROW(decoder->convert(in, &ip, 4, nullptr, &op, 4), RangeError);
+        EXPECT_THROW(decoder->flush(nullptr, &op, 4), RangeError);
         EXPECT_EQ(0, ip);
         EXPECT_EQ(0, op);
-        EXPECT_EQ(0, decoder->convert(nullptr, &ip, 0, static_cast<char16_t*>(nullptr), &op, 0));
+        EXPECT_EQ(0, decoder->convert(nullptr, &ip, 0, nullptr, &op, 0));
 
         auto encoder = codec.encoder();
         const char16_t text[2] = {u'a', u'b'};
@@ -74,7 +74,7 @@ TEST(CharsetBasics, BadPositionsAndBuffersThrowBeforeAnythingIsTouched)
         op = 9;
         EXPECT_THROW(encoder->convert(text, &ip, 2, bytes, &op, 4), RangeError);
         op = 0;
-        EXPECT_THROW(encoder->convert(static_cast<const char16_t*>(nullptr), &ip, 2, bytes, &op, 4), RangeError);
+        EXPECT_THROW(encoder->convert(nullptr, &ip, 2, bytes, &op, 4), RangeError);
         EXPECT_THROW(encoder->flush(bytes, nullptr, 4), RangeError);
     }
 }

@@ -77,7 +77,11 @@ TYPED_TEST(BufferFamily, DataConstructorAllocatesTheLargerAndCopiesTheLength)
     EXPECT_EQ(assigned.getCapacity(), 48);
     EXPECT_TRUE(std::equal(source.begin(), source.end(), assigned.GetData()));
 
-    EXPECT_THROW(BasicRWBuffer<TypeParam>(static_cast<const TypeParam*>(nullptr), 4, 0), ResultException);
+    EXPECT_THROW(BasicRWBuffer<TypeParam>(nullptr, 4, 0), ResultException);
+    BasicMTBuffer<TypeParam> room(nullptr, 0, 20);
+    EXPECT_EQ(room.getCapacity(), 32);
+    EXPECT_EQ(room.GetLength(), 0);
+    EXPECT_EQ(BasicROBuffer<TypeParam>(nullptr, 0).GetData(), nullptr);
 }
 
 TYPED_TEST(BufferFamily, WriteCycleThroughTheInterface)

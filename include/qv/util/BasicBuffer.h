@@ -6,6 +6,7 @@
 #include <qv/util/IByteBuffer.h>
 #include <qv/util/ICharBuffer.h>
 
+#include <cstddef>
 #include <cstdint>
 
 namespace qv {
@@ -92,6 +93,10 @@ public:
     BasicROBuffer(const Alternate* data, int32_t length, int32_t capacity = 0)
         : BasicROBuffer(reinterpret_cast<const E*>(data), length, capacity)
     {}
+    // A null pointer literal would match both spellings.
+    BasicROBuffer(std::nullptr_t, int32_t length, int32_t capacity = 0)
+        : BasicROBuffer(static_cast<const E*>(nullptr), length, capacity)
+    {}
     // Shallow: the copy points at the same memory.
     BasicROBuffer(const BasicROBuffer& other) noexcept;
     BasicROBuffer& operator=(const BasicROBuffer& other) noexcept;
@@ -145,6 +150,10 @@ public:
     BasicRWBuffer(const E* data, int32_t length, int32_t capacity = 0);
     BasicRWBuffer(const Alternate* data, int32_t length, int32_t capacity = 0)
         : BasicRWBuffer(reinterpret_cast<const E*>(data), length, capacity)
+    {}
+    // A null pointer literal would match both spellings.
+    BasicRWBuffer(std::nullptr_t, int32_t length, int32_t capacity = 0)
+        : BasicRWBuffer(static_cast<const E*>(nullptr), length, capacity)
     {}
     explicit BasicRWBuffer(int32_t capacity);
     // Same capacity and contents; the source is read without its lock.
@@ -218,6 +227,10 @@ public:
     BasicMTBuffer(const E* data, int32_t length, int32_t capacity = 0);
     BasicMTBuffer(const Alternate* data, int32_t length, int32_t capacity = 0)
         : BasicMTBuffer(reinterpret_cast<const E*>(data), length, capacity)
+    {}
+    // A null pointer literal would match both spellings.
+    BasicMTBuffer(std::nullptr_t, int32_t length, int32_t capacity = 0)
+        : BasicMTBuffer(static_cast<const E*>(nullptr), length, capacity)
     {}
     explicit BasicMTBuffer(int32_t capacity);
     BasicMTBuffer(const BasicMTBuffer& other);

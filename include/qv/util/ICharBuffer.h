@@ -65,9 +65,9 @@ protected:
 extern "C" {
 // Copies the whole text of source into target (its length becomes source's)
 // and returns target's ReleaseWriteLock result. A failing lock operation is
-// thrown as qv::ResultException carrying its code, after the locks this call
-// already took are given back. Null arguments give 0x80070057; copying a
-// buffer onto itself does nothing.
+// thrown as qv::ResultException carrying its code, and nothing is released on
+// the way out: the caller gives back the lock it knows to be held. Null
+// arguments give 0x80070057; copying a buffer onto itself does nothing.
 QV_EXPORT qv::Result QVCopyCharBuffer(qv::util::ICharBuffer* target, qv::util::ICharBuffer* source);
 }
 

@@ -5,6 +5,7 @@
 #include <qv/core/Object.h>
 #include <qv/core/Reference.h>
 
+#include <cstddef>
 #include <cstdint>
 
 namespace qv {
@@ -69,6 +70,24 @@ public:
     void setSubstitutionChars(const unsigned short* chars, int count)
     {
         setSubstitutionChars(reinterpret_cast<const char16_t*>(chars), count);
+    }
+    // A null pointer literal matches both spellings above; these take it.
+    int32_t convert(const signed char* in, int32_t* inPos, int32_t inEnd, std::nullptr_t, int32_t* outPos,
+                    int32_t outEnd)
+    {
+        return convert(in, inPos, inEnd, static_cast<char16_t*>(nullptr), outPos, outEnd);
+    }
+    int32_t flush(std::nullptr_t, int32_t* outPos, int32_t outEnd)
+    {
+        return flush(static_cast<char16_t*>(nullptr), outPos, outEnd);
+    }
+    int getSubstitutionChars(std::nullptr_t, int max) const
+    {
+        return getSubstitutionChars(static_cast<char16_t*>(nullptr), max);
+    }
+    void setSubstitutionChars(std::nullptr_t, int count)
+    {
+        setSubstitutionChars(static_cast<const char16_t*>(nullptr), count);
     }
 
     // A new decoder for the encoding name, looked up without regard to case

@@ -5,6 +5,7 @@
 #include <qv/core/Object.h>
 #include <qv/core/Reference.h>
 
+#include <cstddef>
 #include <cstdint>
 
 namespace qv {
@@ -51,6 +52,11 @@ public:
                     int32_t outEnd)
     {
         return convert(reinterpret_cast<const char16_t*>(in), inPos, inEnd, out, outPos, outEnd);
+    }
+    // A null pointer literal matches both spellings above; this takes it.
+    int32_t convert(std::nullptr_t, int32_t* inPos, int32_t inEnd, signed char* out, int32_t* outPos, int32_t outEnd)
+    {
+        return convert(static_cast<const char16_t*>(nullptr), inPos, inEnd, out, outPos, outEnd);
     }
 
     // A new encoder for the encoding name, looked up without regard to case

@@ -4,6 +4,7 @@
 #include <qv/core/Export.h>
 #include <qv/core/Result.h>
 
+#include <cstddef>
 #include <cstdint>
 
 // One encoding the library converts: its canonical name (constant text owned
@@ -13,6 +14,15 @@ struct EncInfo {
     uint32_t codePage;
     uint32_t reserved;
 };
+
+namespace qv {
+namespace text {
+namespace charset {
+// Also reachable beside the converters it describes.
+using ::EncInfo;
+} // namespace charset
+} // namespace text
+} // namespace qv
 
 // The known encodings, for callers outside the library. The table is built
 // at library start-up; while the library is stopped every call answers
@@ -33,6 +43,12 @@ QV_EXPORT qv::Result QVEnumerateEncInfo(uint32_t* count, EncInfo* out) noexcept;
 inline qv::Result QVGetEncInfoByName(const unsigned short* name, EncInfo* out) noexcept
 {
     return QVGetEncInfoByName(reinterpret_cast<const char16_t*>(name), out);
+}
+
+// A null pointer literal matches both spellings above; this takes it.
+inline qv::Result QVGetEncInfoByName(std::nullptr_t, EncInfo* out) noexcept
+{
+    return QVGetEncInfoByName(static_cast<const char16_t*>(nullptr), out);
 }
 
 #endif
