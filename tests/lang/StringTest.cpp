@@ -261,6 +261,8 @@ TEST(StringTrim, TrimsOnlyTheListedUnits)
     EXPECT_EQ(text(String(u"--x--").trim(u'-')), u"x");
     EXPECT_EQ(text(String(u"xyaxy").trim(u"xy", -1)), u"a");
     EXPECT_EQ(text(String(u"xyaxy").trim(u"xz", 1)), u"yaxy");
+    EXPECT_EQ(text(String(u"xyaxy").trim(u"xy", String::TRIM_LEADING)), u"axy");
+    EXPECT_EQ(text(String(u"xyaxy").trim(u"yx")), u"a");
     String set(u"ab");
     EXPECT_EQ(text(String(u"abcba").trim(set, String::TRIM_TRAILING)), u"abc");
     String padded(u"  ab  ");

@@ -232,6 +232,10 @@ public:
     String& trim(const char16_t* set, int32_t setLength, TrimType type = TRIM_BOTH);
     String& trim(const unsigned short* set, int32_t setLength, TrimType type = TRIM_BOTH);
     String& trim(const String& set, TrimType type = TRIM_BOTH);
+    // A NUL-terminated set. Without these, trim(u"xy", TRIM_LEADING) would
+    // take the trim type for the set's length.
+    String& trim(const char16_t* set, TrimType type = TRIM_BOTH) { return trim(set, -1, type); }
+    String& trim(const unsigned short* set, TrimType type = TRIM_BOTH) { return trim(set, -1, type); }
 
     // Replaces this String's text with pattern, each "{n}" replaced by the
     // n-th argument (a char16_t or unsigned short pointer, a String, or
