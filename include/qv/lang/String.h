@@ -152,8 +152,10 @@ public:
     static String CQVString(const unsigned short* text, int32_t length = -1, int32_t capacity = 0);
     static String CQVString(AcquireMode mode, const char16_t* text, int32_t length = -1, int32_t capacity = 0);
     static String CQVString(AcquireMode mode, const unsigned short* text, int32_t length = -1, int32_t capacity = 0);
-    static String CQVString(const char* bytes, int32_t length, const char16_t* encoding, int32_t capacity = 0);
-    static String CQVString(const signed char* bytes, int32_t length, const char16_t* encoding, int32_t capacity = 0);
+    static String CQVString(const char* bytes, int32_t length = -1, const char16_t* encoding = nullptr,
+                            int32_t capacity = 0);
+    static String CQVString(const signed char* bytes, int32_t length = -1, const char16_t* encoding = nullptr,
+                            int32_t capacity = 0);
 
     // "true" or "false", wrapping constant text.
     static String valueOf(bool value);
