@@ -75,6 +75,7 @@ TEST(StringNarrow, LengthsCapacityAndArguments)
     assigned.setTo("\xE9t\xE9", -1, u"ISO-8859-1");
     EXPECT_EQ(assigned, String(u"été"));
     EXPECT_EQ(String::CQVString("ok", -1, u"A7"), String(u"ok"));
+    EXPECT_EQ(String::CQVString("plain"), String(u"plain")) << "the maker takes the constructor's defaults";
 }
 
 TEST(StringNarrow, BadInputThrowsAndKeepsTheText)

@@ -261,6 +261,8 @@ TEST(StringTrim, TrimsOnlyTheListedUnits)
     EXPECT_EQ(text(String(u"--x--").trim(u'-')), u"x");
     EXPECT_EQ(text(String(u"xyaxy").trim(u"xy", -1)), u"a");
     EXPECT_EQ(text(String(u"xyaxy").trim(u"xz", 1)), u"yaxy");
+    EXPECT_EQ(text(String(u"xyaxy").trim(u"xy", String::TRIM_LEADING)), u"axy");
+    EXPECT_EQ(text(String(u"xyaxy").trim(u"yx")), u"a");
     String set(u"ab");
     EXPECT_EQ(text(String(u"abcba").trim(set, String::TRIM_TRAILING)), u"abc");
     String padded(u"  ab  ");
@@ -350,6 +352,34 @@ TEST(StringQueries, SearchesForwardBackwardAndWithoutCase)
     EXPECT_EQ(s.findLastOf(u"ab", -1, true), 7);
     EXPECT_EQ(s.findLastNotOf(u"BC"), 6);
     EXPECT_EQ(s.findLastNotOf(u"abc", 5), -1);
+}
+
+// A wide text given with a length is read up to that length only; the
+// pointer-and-bool overloads still take the bool as ignoreCase.
+TEST(StringQueries, WideTextWithALengthIsCutToIt)
+{
+    String s(u"Hello World");
+    const unsigned short helloUpper[] = {'H', 'E', 'L', 'L', 'O', '!', 0};
+    EXPECT_TRUE(String(u"Hello").equals(u"Hello!", 5));
+    EXPECT_FALSE(String(u"Hello").equals(u"HELLO!", 5));
+    EXPECT_TRUE(String(u"Hello").equals(helloUpper, 5, true));
+    EXPECT_TRUE(String(u"Hello").equals(u"HELLO", true));
+    EXPECT_EQ(s.compare(u"Hello", 3), 8);
+    EXPECT_EQ(s.compare(u"HELLO WORLD", -1, true), 0);
+    EXPECT_EQ(s.compare(u"HELLO WORLD", true), 0);
+    EXPECT_EQ(s.compare(helloUpper, 5, true), 6);
+    EXPECT_TRUE(s.startsWith(u"Help", 3));
+    EXPECT_FALSE(s.startsWith(u"hE"));
+    EXPECT_TRUE(s.endsWith(u"ld!", 2));
+    EXPECT_TRUE(s.contains(u"o W!", 3));
+    EXPECT_EQ(s.indexOf(u"o!", 1, 5, false), 7);
+    EXPECT_EQ(s.indexOf(helloUpper, 2, 0, true), 0);
+    EXPECT_EQ(s.lastIndexOf(u"l!", 1, -1, false), 9);
+    EXPECT_EQ(s.findFirstOf(u"W!", 1, 0, false), 6);
+    EXPECT_EQ(s.findFirstNotOf(u"Hel!", 3, 0, false), 4);
+    EXPECT_EQ(s.findLastOf(u"o!", 1, -1, false), 7);
+    EXPECT_EQ(s.findLastNotOf(u"dl!", 2, -1, false), 8);
+    EXPECT_EQ(s.findFirstOfCase(u"wW", 1, 0), -1);
 }
 
 TEST(StringQueries, LongSearchesAgreeWithTheStandardLibrary)

@@ -152,8 +152,10 @@ public:
     static String CQVString(const unsigned short* text, int32_t length = -1, int32_t capacity = 0);
     static String CQVString(AcquireMode mode, const char16_t* text, int32_t length = -1, int32_t capacity = 0);
     static String CQVString(AcquireMode mode, const unsigned short* text, int32_t length = -1, int32_t capacity = 0);
-    static String CQVString(const char* bytes, int32_t length, const char16_t* encoding, int32_t capacity = 0);
-    static String CQVString(const signed char* bytes, int32_t length, const char16_t* encoding, int32_t capacity = 0);
+    static String CQVString(const char* bytes, int32_t length = -1, const char16_t* encoding = nullptr,
+                            int32_t capacity = 0);
+    static String CQVString(const signed char* bytes, int32_t length = -1, const char16_t* encoding = nullptr,
+                            int32_t capacity = 0);
 
     // "true" or "false", wrapping constant text.
     static String valueOf(bool value);
@@ -232,6 +234,10 @@ public:
     String& trim(const char16_t* set, int32_t setLength, TrimType type = TRIM_BOTH);
     String& trim(const unsigned short* set, int32_t setLength, TrimType type = TRIM_BOTH);
     String& trim(const String& set, TrimType type = TRIM_BOTH);
+    // A NUL-terminated set. Without these, trim(u"xy", TRIM_LEADING) would
+    // take the trim type for the set's length.
+    String& trim(const char16_t* set, TrimType type = TRIM_BOTH) { return trim(set, -1, type); }
+    String& trim(const unsigned short* set, TrimType type = TRIM_BOTH) { return trim(set, -1, type); }
 
     // Replaces this String's text with pattern, each "{n}" replaced by the
     // n-th argument (a char16_t or unsigned short pointer, a String, or
@@ -277,9 +283,32 @@ public:
     bool equals(TextRef text, bool ignoreCase = false) const;
     bool equals(const char16_t* text, bool ignoreCase = false) const;
     bool equals(const unsigned short* text, bool ignoreCase = false) const;
+    // Wide text with its length (-1: NUL-terminated). The pointer-and-bool
+    // overloads keep s.equals(u"x", true) meaning "ignore case".
+    bool equals(const char16_t* text, int32_t textLength, bool ignoreCase = false) const
+    {
+        return equals(TextRef(text, textLength), ignoreCase);
+    }
+    bool equals(const unsigned short* text, int32_t textLength, bool ignoreCase = false) const
+    {
+        return equals(TextRef(text, textLength), ignoreCase);
+    }
     // -1 or 1 at the first differing unit (unsigned 16-bit order), otherwise
     // the difference of the lengths.
     int32_t compare(TextRef text, bool ignoreCase = false) const;
+    int32_t compare(const char16_t* text, bool ignoreCase = false) const { return compare(TextRef(text), ignoreCase); }
+    int32_t compare(const unsigned short* text, bool ignoreCase = false) const
+    {
+        return compare(TextRef(text), ignoreCase);
+    }
+    int32_t compare(const char16_t* text, int32_t textLength, bool ignoreCase = false) const
+    {
+        return compare(TextRef(text, textLength), ignoreCase);
+    }
+    int32_t compare(const unsigned short* text, int32_t textLength, bool ignoreCase = false) const
+    {
+        return compare(TextRef(text, textLength), ignoreCase);
+    }
     // With another String, case-sensitively; other objects compare by address.
     int compareTo(const Object& other) const override;
     // The region [start, start + count) against text from textStart.
@@ -299,6 +328,48 @@ public:
     bool endsWith(TextRef suffix, bool ignoreCase = false) const;
     bool contains(TextRef text, bool ignoreCase = false) const;
     bool contains(char16_t c, bool ignoreCase = false) const;
+    bool startsWith(const char16_t* text, bool ignoreCase = false) const
+    {
+        return startsWith(TextRef(text), ignoreCase);
+    }
+    bool startsWith(const unsigned short* text, bool ignoreCase = false) const
+    {
+        return startsWith(TextRef(text), ignoreCase);
+    }
+    bool startsWith(const char16_t* text, int32_t textLength, bool ignoreCase = false) const
+    {
+        return startsWith(TextRef(text, textLength), ignoreCase);
+    }
+    bool startsWith(const unsigned short* text, int32_t textLength, bool ignoreCase = false) const
+    {
+        return startsWith(TextRef(text, textLength), ignoreCase);
+    }
+    bool endsWith(const char16_t* text, bool ignoreCase = false) const { return endsWith(TextRef(text), ignoreCase); }
+    bool endsWith(const unsigned short* text, bool ignoreCase = false) const
+    {
+        return endsWith(TextRef(text), ignoreCase);
+    }
+    bool endsWith(const char16_t* text, int32_t textLength, bool ignoreCase = false) const
+    {
+        return endsWith(TextRef(text, textLength), ignoreCase);
+    }
+    bool endsWith(const unsigned short* text, int32_t textLength, bool ignoreCase = false) const
+    {
+        return endsWith(TextRef(text, textLength), ignoreCase);
+    }
+    bool contains(const char16_t* text, bool ignoreCase = false) const { return contains(TextRef(text), ignoreCase); }
+    bool contains(const unsigned short* text, bool ignoreCase = false) const
+    {
+        return contains(TextRef(text), ignoreCase);
+    }
+    bool contains(const char16_t* text, int32_t textLength, bool ignoreCase = false) const
+    {
+        return contains(TextRef(text, textLength), ignoreCase);
+    }
+    bool contains(const unsigned short* text, int32_t textLength, bool ignoreCase = false) const
+    {
+        return contains(TextRef(text, textLength), ignoreCase);
+    }
 
     // Searches give the index of the match's first unit, or -1. Forward
     // searches start at from; backward ones at from (-1: the end) and go
@@ -314,6 +385,65 @@ public:
     // findFirstOf that always respects case: "Case" means "case-sensitive",
     // not "ignoring case". The name is kept because callers use it.
     int32_t findFirstOfCase(TextRef set, int32_t from = 0) const;
+    // The searches over wide text with its length (-1: NUL-terminated). Every
+    // argument is required: with defaults, s.indexOf(u"x", 2) would take 2 as
+    // the length instead of the start.
+    int32_t indexOf(const char16_t* text, int32_t textLength, int32_t from, bool ignoreCase) const
+    {
+        return indexOf(TextRef(text, textLength), from, ignoreCase);
+    }
+    int32_t indexOf(const unsigned short* text, int32_t textLength, int32_t from, bool ignoreCase) const
+    {
+        return indexOf(TextRef(text, textLength), from, ignoreCase);
+    }
+    int32_t lastIndexOf(const char16_t* text, int32_t textLength, int32_t from, bool ignoreCase) const
+    {
+        return lastIndexOf(TextRef(text, textLength), from, ignoreCase);
+    }
+    int32_t lastIndexOf(const unsigned short* text, int32_t textLength, int32_t from, bool ignoreCase) const
+    {
+        return lastIndexOf(TextRef(text, textLength), from, ignoreCase);
+    }
+    int32_t findFirstOf(const char16_t* text, int32_t textLength, int32_t from, bool ignoreCase) const
+    {
+        return findFirstOf(TextRef(text, textLength), from, ignoreCase);
+    }
+    int32_t findFirstOf(const unsigned short* text, int32_t textLength, int32_t from, bool ignoreCase) const
+    {
+        return findFirstOf(TextRef(text, textLength), from, ignoreCase);
+    }
+    int32_t findFirstNotOf(const char16_t* text, int32_t textLength, int32_t from, bool ignoreCase) const
+    {
+        return findFirstNotOf(TextRef(text, textLength), from, ignoreCase);
+    }
+    int32_t findFirstNotOf(const unsigned short* text, int32_t textLength, int32_t from, bool ignoreCase) const
+    {
+        return findFirstNotOf(TextRef(text, textLength), from, ignoreCase);
+    }
+    int32_t findLastOf(const char16_t* text, int32_t textLength, int32_t from, bool ignoreCase) const
+    {
+        return findLastOf(TextRef(text, textLength), from, ignoreCase);
+    }
+    int32_t findLastOf(const unsigned short* text, int32_t textLength, int32_t from, bool ignoreCase) const
+    {
+        return findLastOf(TextRef(text, textLength), from, ignoreCase);
+    }
+    int32_t findLastNotOf(const char16_t* text, int32_t textLength, int32_t from, bool ignoreCase) const
+    {
+        return findLastNotOf(TextRef(text, textLength), from, ignoreCase);
+    }
+    int32_t findLastNotOf(const unsigned short* text, int32_t textLength, int32_t from, bool ignoreCase) const
+    {
+        return findLastNotOf(TextRef(text, textLength), from, ignoreCase);
+    }
+    int32_t findFirstOfCase(const char16_t* set, int32_t setLength, int32_t from) const
+    {
+        return findFirstOfCase(TextRef(set, setLength), from);
+    }
+    int32_t findFirstOfCase(const unsigned short* set, int32_t setLength, int32_t from) const
+    {
+        return findFirstOfCase(TextRef(set, setLength), from);
+    }
 
     // A copy of [begin, end): end -1 or beyond means the length, begin is
     // clamped to end.
