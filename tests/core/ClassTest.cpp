@@ -55,7 +55,8 @@ TEST(Class, UnknownNameOrTypeThrowsWithTheName)
               "qv::NoSuchClass");
     EXPECT_THROW(qv::Class::forName(u"qv::exception"), qv::ClassNotFoundException);
     EXPECT_THROW(qv::Class::forType(&typeid(Unregistered)), qv::ClassNotFoundException);
-    EXPECT_THROW(qv::Class::forName(static_cast<const char16_t*>(nullptr)), qv::ClassNotFoundException);
+    EXPECT_THROW(qv::Class::forName(nullptr), qv::ClassNotFoundException);
+    EXPECT_THROW(qv::ClassManager::getInstance()->lookupName(nullptr), qv::ClassNotFoundException);
 }
 
 TEST(Class, ByTypeAndFirstRegistrationWins)

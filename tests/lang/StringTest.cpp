@@ -80,6 +80,14 @@ TEST(StringBasics, ConstructorsTakeTextAsTheirModeSays)
     EXPECT_EQ(text(String::CQVString(u"made", 2)), u"ma");
     EXPECT_EQ(text(String::CQVString(String::ACQUIRE_COPY_UPPER, source, 0, 2)), u"01");
     EXPECT_THROW(String(static_cast<const char16_t*>(nullptr), 3), ResultException);
+
+    // A null pointer literal is taken as wide text, never as ambiguous.
+    EXPECT_THROW(String(nullptr, 3), ResultException);
+    String fromNull(nullptr);
+    EXPECT_EQ(fromNull.getLength(), 0);
+    EXPECT_EQ(text(fromNull.append(u"ab").append(nullptr).insert(1, nullptr)), u"ab");
+    fromNull = nullptr;
+    EXPECT_EQ(fromNull.getLength(), 0);
 }
 
 TEST(StringBasics, BufferConstructorsCopyShareOrWrap)

@@ -3,6 +3,7 @@
 
 #include <qv/core/Export.h>
 #include <qv/core/Result.h>
+#include <qv/core/TextSpelling.h>
 
 #include <cstdint>
 
@@ -25,7 +26,9 @@ class QV_EXPORT Str1 {
 public:
     Str1() noexcept;
     Str1(const char16_t* text, int32_t length = -1);
-    Str1(const unsigned short* text, int32_t length = -1);
+    template <class T, IfUShortText<T> = 0>
+    Str1(const T* text, int32_t length = -1) : Str1(reinterpret_cast<const char16_t*>(text), length)
+    {}
     Str1(const Str1& other);
     // Takes over other's memory when other owns it; copies from a fixed buffer.
     Str1(Str1&& other);
@@ -60,10 +63,18 @@ public:
 
     Result assign(const Str1& other) noexcept;
     Result assign(const char16_t* text, int32_t length = -1) noexcept;
-    Result assign(const unsigned short* text, int32_t length = -1) noexcept;
+    template <class T, IfUShortText<T> = 0>
+    Result assign(const T* text, int32_t length = -1) noexcept
+    {
+        return assign(reinterpret_cast<const char16_t*>(text), length);
+    }
     Result append(const Str1& other) noexcept;
     Result append(const char16_t* text, int32_t length = -1) noexcept;
-    Result append(const unsigned short* text, int32_t length = -1) noexcept;
+    template <class T, IfUShortText<T> = 0>
+    Result append(const T* text, int32_t length = -1) noexcept
+    {
+        return append(reinterpret_cast<const char16_t*>(text), length);
+    }
     Result append(char16_t unit) noexcept;
     // Room for capacity units; 0x80004009 for a fixed buffer that is smaller.
     Result reserve(int32_t capacity) noexcept;

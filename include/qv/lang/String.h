@@ -3,6 +3,7 @@
 
 #include <qv/core/Export.h>
 #include <qv/core/RecycledAllocation.h>
+#include <qv/core/TextSpelling.h>
 #include <qv/util/BasicBuffer.h>
 #include <qvcore3/qvcore3.h>
 
@@ -79,8 +80,8 @@ public:
         TextRef(const char16_t* text, int32_t length = -1) noexcept
             : m_text(text), m_length(text ? (length < 0 ? QVStrLenW(text) : length) : 0)
         {}
-        TextRef(const unsigned short* text, int32_t length = -1) noexcept
-            : TextRef(reinterpret_cast<const char16_t*>(text), length)
+        template <class T, IfUShortText<T> = 0>
+        TextRef(const T* text, int32_t length = -1) noexcept : TextRef(reinterpret_cast<const char16_t*>(text), length)
         {}
         const char16_t* data() const noexcept { return m_text; }
         int32_t length() const noexcept { return m_length; }
@@ -100,7 +101,15 @@ public:
     // Empty (the shared buffer) when the length is below 1 and the capacity
     // below 1.
     String(const char16_t* text, int32_t length = -1, int32_t capacity = 0);
-    String(const unsigned short* text, int32_t length = -1, int32_t capacity = 0);
+    template <class T, IfUShortText<T> = 0>
+    String(const T* text, int32_t length = -1, int32_t capacity = 0)
+        : String(reinterpret_cast<const char16_t*>(text), length, capacity)
+    {}
+    // A null pointer literal fits the wide and the narrow forms alike; it is
+    // taken as wide text, so the String is empty.
+    String(std::nullptr_t, int32_t length = -1, int32_t capacity = 0)
+        : String(static_cast<const char16_t*>(nullptr), length, capacity)
+    {}
     // count copies of c.
     String(char16_t c, int32_t count = 1, int32_t capacity = 0);
     // No text, room for capacity units.
@@ -108,7 +117,10 @@ public:
     // A narrow character would silently pick the capacity constructor.
     String(char c) = delete;
     String(AcquireMode mode, const char16_t* text, int32_t length = -1, int32_t capacity = 0);
-    String(AcquireMode mode, const unsigned short* text, int32_t length = -1, int32_t capacity = 0);
+    template <class T, IfUShortText<T> = 0>
+    String(AcquireMode mode, const T* text, int32_t length = -1, int32_t capacity = 0)
+        : String(mode, reinterpret_cast<const char16_t*>(text), length, capacity)
+    {}
     // The region [begin, end) of source (end -1 or beyond: its length; begin
     // clamped to end). ACQUIRE_SHARE shares source's buffer when the region is
     // the whole text and copies the region otherwise (a buffer cannot be
@@ -149,9 +161,17 @@ public:
     static String CQVString(AcquireMode mode, const String& source, int32_t begin = 0, int32_t end = -1,
                             int32_t capacity = 0);
     static String CQVString(const char16_t* text, int32_t length = -1, int32_t capacity = 0);
-    static String CQVString(const unsigned short* text, int32_t length = -1, int32_t capacity = 0);
+    template <class T, IfUShortText<T> = 0>
+    static String CQVString(const T* text, int32_t length = -1, int32_t capacity = 0)
+    {
+        return CQVString(reinterpret_cast<const char16_t*>(text), length, capacity);
+    }
     static String CQVString(AcquireMode mode, const char16_t* text, int32_t length = -1, int32_t capacity = 0);
-    static String CQVString(AcquireMode mode, const unsigned short* text, int32_t length = -1, int32_t capacity = 0);
+    template <class T, IfUShortText<T> = 0>
+    static String CQVString(AcquireMode mode, const T* text, int32_t length = -1, int32_t capacity = 0)
+    {
+        return CQVString(mode, reinterpret_cast<const char16_t*>(text), length, capacity);
+    }
     static String CQVString(const char* bytes, int32_t length = -1, const char16_t* encoding = nullptr,
                             int32_t capacity = 0);
     static String CQVString(const signed char* bytes, int32_t length = -1, const char16_t* encoding = nullptr,
@@ -174,17 +194,31 @@ public:
     // Assignment copies the characters into this String's own buffer.
     String& operator=(const String& other);
     String& operator=(const char16_t* text);
-    String& operator=(const unsigned short* text);
+    template <class T, IfUShortText<T> = 0>
+    String& operator=(const T* text)
+    {
+        return setTo(reinterpret_cast<const char16_t*>(text));
+    }
+    String& operator=(std::nullptr_t) { return setTo(static_cast<const char16_t*>(nullptr)); }
     String& operator=(char16_t c);
     // Narrow text in the default encoding.
     String& operator=(const char* bytes);
     String& operator=(const signed char* bytes);
     String& setTo(const String& other);
     String& setTo(const char16_t* text, int32_t length = -1);
-    String& setTo(const unsigned short* text, int32_t length = -1);
+    template <class T, IfUShortText<T> = 0>
+    String& setTo(const T* text, int32_t length = -1)
+    {
+        return setTo(reinterpret_cast<const char16_t*>(text), length);
+    }
+    String& setTo(std::nullptr_t, int32_t length = -1) { return setTo(static_cast<const char16_t*>(nullptr), length); }
     String& setTo(char16_t c, int32_t repeat = 1);
     String& setTo(AcquireMode mode, const char16_t* text, int32_t length = -1, int32_t capacity = 0);
-    String& setTo(AcquireMode mode, const unsigned short* text, int32_t length = -1, int32_t capacity = 0);
+    template <class T, IfUShortText<T> = 0>
+    String& setTo(AcquireMode mode, const T* text, int32_t length = -1, int32_t capacity = 0)
+    {
+        return setTo(mode, reinterpret_cast<const char16_t*>(text), length, capacity);
+    }
     // Narrow text, as the narrow constructor decodes it. When decoding fails
     // the String keeps its text.
     String& setTo(const char* bytes, int32_t length = -1, const char16_t* encoding = nullptr);
@@ -194,26 +228,45 @@ public:
 
     // Every editing operation below is one call of the general replace.
     String& replace(int32_t start, int32_t count, const char16_t* text, int32_t textLength = -1, int32_t textStart = 0);
-    String& replace(int32_t start, int32_t count, const unsigned short* text, int32_t textLength = -1,
-                    int32_t textStart = 0);
+    template <class T, IfUShortText<T> = 0>
+    String& replace(int32_t start, int32_t count, const T* text, int32_t textLength = -1, int32_t textStart = 0)
+    {
+        return replace(start, count, reinterpret_cast<const char16_t*>(text), textLength, textStart);
+    }
     String& replace(int32_t start, int32_t count, const String& text, int32_t textStart = 0);
     String& replace(int32_t start, int32_t count, char16_t c, int32_t repeat = 1);
 
     String& append(const String& text);
     String& append(const char16_t* text, int32_t length = -1);
-    String& append(const unsigned short* text, int32_t length = -1);
+    template <class T, IfUShortText<T> = 0>
+    String& append(const T* text, int32_t length = -1)
+    {
+        return append(reinterpret_cast<const char16_t*>(text), length);
+    }
     String& append(char16_t c, int32_t repeat = 1);
     String& operator+=(const String& text) { return append(text); }
     String& operator+=(const char16_t* text) { return append(text); }
-    String& operator+=(const unsigned short* text) { return append(text); }
+    template <class T, IfUShortText<T> = 0>
+    String& operator+=(const T* text)
+    {
+        return append(text);
+    }
     String& operator+=(char16_t c) { return append(c); }
     String& prepend(const String& text);
     String& prepend(const char16_t* text, int32_t length = -1);
-    String& prepend(const unsigned short* text, int32_t length = -1);
+    template <class T, IfUShortText<T> = 0>
+    String& prepend(const T* text, int32_t length = -1)
+    {
+        return prepend(reinterpret_cast<const char16_t*>(text), length);
+    }
     String& prepend(char16_t c, int32_t repeat = 1);
     String& insert(int32_t position, const String& text);
     String& insert(int32_t position, const char16_t* text, int32_t length = -1);
-    String& insert(int32_t position, const unsigned short* text, int32_t length = -1);
+    template <class T, IfUShortText<T> = 0>
+    String& insert(int32_t position, const T* text, int32_t length = -1)
+    {
+        return insert(position, reinterpret_cast<const char16_t*>(text), length);
+    }
     String& insert(int32_t position, char16_t c, int32_t repeat = 1);
     String& remove(int32_t start, int32_t count = -1);
     // Cuts to newLength, or pads with fill up to it.
@@ -232,12 +285,20 @@ public:
     String& trim(TrimType type = TRIM_BOTH);
     String& trim(char16_t c, TrimType type = TRIM_BOTH);
     String& trim(const char16_t* set, int32_t setLength, TrimType type = TRIM_BOTH);
-    String& trim(const unsigned short* set, int32_t setLength, TrimType type = TRIM_BOTH);
+    template <class T, IfUShortText<T> = 0>
+    String& trim(const T* set, int32_t setLength, TrimType type = TRIM_BOTH)
+    {
+        return trim(reinterpret_cast<const char16_t*>(set), setLength, type);
+    }
     String& trim(const String& set, TrimType type = TRIM_BOTH);
     // A NUL-terminated set. Without these, trim(u"xy", TRIM_LEADING) would
     // take the trim type for the set's length.
     String& trim(const char16_t* set, TrimType type = TRIM_BOTH) { return trim(set, -1, type); }
-    String& trim(const unsigned short* set, TrimType type = TRIM_BOTH) { return trim(set, -1, type); }
+    template <class T, IfUShortText<T> = 0>
+    String& trim(const T* set, TrimType type = TRIM_BOTH)
+    {
+        return trim(set, -1, type);
+    }
 
     // Replaces this String's text with pattern, each "{n}" replaced by the
     // n-th argument (a char16_t or unsigned short pointer, a String, or
@@ -265,7 +326,11 @@ public:
     // The same over a started variable-argument list of const char16_t*
     // pointers; the caller must pass one for every index in use.
     const String& formatv(const char16_t* pattern, int32_t patternLength, va_list arguments);
-    const String& formatv(const unsigned short* pattern, int32_t patternLength, va_list arguments);
+    template <class T, IfUShortText<T> = 0>
+    const String& formatv(const T* pattern, int32_t patternLength, va_list arguments)
+    {
+        return formatv(reinterpret_cast<const char16_t*>(pattern), patternLength, arguments);
+    }
     const String& formatv(const String& pattern, va_list arguments);
     // The engine behind format: count arguments in list.
     const String& formatArray(const char16_t* pattern, int32_t patternLength, const char16_t* const* list,
@@ -282,14 +347,19 @@ public:
     bool equals(const Object& other) const override;
     bool equals(TextRef text, bool ignoreCase = false) const;
     bool equals(const char16_t* text, bool ignoreCase = false) const;
-    bool equals(const unsigned short* text, bool ignoreCase = false) const;
+    template <class T, IfUShortText<T> = 0>
+    bool equals(const T* text, bool ignoreCase = false) const
+    {
+        return equals(reinterpret_cast<const char16_t*>(text), ignoreCase);
+    }
     // Wide text with its length (-1: NUL-terminated). The pointer-and-bool
     // overloads keep s.equals(u"x", true) meaning "ignore case".
     bool equals(const char16_t* text, int32_t textLength, bool ignoreCase = false) const
     {
         return equals(TextRef(text, textLength), ignoreCase);
     }
-    bool equals(const unsigned short* text, int32_t textLength, bool ignoreCase = false) const
+    template <class T, IfUShortText<T> = 0>
+    bool equals(const T* text, int32_t textLength, bool ignoreCase = false) const
     {
         return equals(TextRef(text, textLength), ignoreCase);
     }
@@ -297,7 +367,8 @@ public:
     // the difference of the lengths.
     int32_t compare(TextRef text, bool ignoreCase = false) const;
     int32_t compare(const char16_t* text, bool ignoreCase = false) const { return compare(TextRef(text), ignoreCase); }
-    int32_t compare(const unsigned short* text, bool ignoreCase = false) const
+    template <class T, IfUShortText<T> = 0>
+    int32_t compare(const T* text, bool ignoreCase = false) const
     {
         return compare(TextRef(text), ignoreCase);
     }
@@ -305,7 +376,8 @@ public:
     {
         return compare(TextRef(text, textLength), ignoreCase);
     }
-    int32_t compare(const unsigned short* text, int32_t textLength, bool ignoreCase = false) const
+    template <class T, IfUShortText<T> = 0>
+    int32_t compare(const T* text, int32_t textLength, bool ignoreCase = false) const
     {
         return compare(TextRef(text, textLength), ignoreCase);
     }
@@ -316,14 +388,22 @@ public:
                        bool ignoreCase = false) const;
     bool regionMatches(int32_t start, int32_t count, const char16_t* text, int32_t textLength, int32_t textStart,
                        bool ignoreCase = false) const;
-    bool regionMatches(int32_t start, int32_t count, const unsigned short* text, int32_t textLength, int32_t textStart,
-                       bool ignoreCase = false) const;
+    template <class T, IfUShortText<T> = 0>
+    bool regionMatches(int32_t start, int32_t count, const T* text, int32_t textLength, int32_t textStart,
+                       bool ignoreCase = false) const
+    {
+        return regionMatches(start, count, reinterpret_cast<const char16_t*>(text), textLength, textStart, ignoreCase);
+    }
     int32_t regionCompare(int32_t start, int32_t count, TextRef text, int32_t textStart = 0,
                           bool ignoreCase = false) const;
     int32_t regionCompare(int32_t start, int32_t count, const char16_t* text, int32_t textLength, int32_t textStart,
                           bool ignoreCase = false) const;
-    int32_t regionCompare(int32_t start, int32_t count, const unsigned short* text, int32_t textLength,
-                          int32_t textStart, bool ignoreCase = false) const;
+    template <class T, IfUShortText<T> = 0>
+    int32_t regionCompare(int32_t start, int32_t count, const T* text, int32_t textLength, int32_t textStart,
+                          bool ignoreCase = false) const
+    {
+        return regionCompare(start, count, reinterpret_cast<const char16_t*>(text), textLength, textStart, ignoreCase);
+    }
     bool startsWith(TextRef prefix, bool ignoreCase = false) const;
     bool endsWith(TextRef suffix, bool ignoreCase = false) const;
     bool contains(TextRef text, bool ignoreCase = false) const;
@@ -332,7 +412,8 @@ public:
     {
         return startsWith(TextRef(text), ignoreCase);
     }
-    bool startsWith(const unsigned short* text, bool ignoreCase = false) const
+    template <class T, IfUShortText<T> = 0>
+    bool startsWith(const T* text, bool ignoreCase = false) const
     {
         return startsWith(TextRef(text), ignoreCase);
     }
@@ -340,12 +421,14 @@ public:
     {
         return startsWith(TextRef(text, textLength), ignoreCase);
     }
-    bool startsWith(const unsigned short* text, int32_t textLength, bool ignoreCase = false) const
+    template <class T, IfUShortText<T> = 0>
+    bool startsWith(const T* text, int32_t textLength, bool ignoreCase = false) const
     {
         return startsWith(TextRef(text, textLength), ignoreCase);
     }
     bool endsWith(const char16_t* text, bool ignoreCase = false) const { return endsWith(TextRef(text), ignoreCase); }
-    bool endsWith(const unsigned short* text, bool ignoreCase = false) const
+    template <class T, IfUShortText<T> = 0>
+    bool endsWith(const T* text, bool ignoreCase = false) const
     {
         return endsWith(TextRef(text), ignoreCase);
     }
@@ -353,12 +436,14 @@ public:
     {
         return endsWith(TextRef(text, textLength), ignoreCase);
     }
-    bool endsWith(const unsigned short* text, int32_t textLength, bool ignoreCase = false) const
+    template <class T, IfUShortText<T> = 0>
+    bool endsWith(const T* text, int32_t textLength, bool ignoreCase = false) const
     {
         return endsWith(TextRef(text, textLength), ignoreCase);
     }
     bool contains(const char16_t* text, bool ignoreCase = false) const { return contains(TextRef(text), ignoreCase); }
-    bool contains(const unsigned short* text, bool ignoreCase = false) const
+    template <class T, IfUShortText<T> = 0>
+    bool contains(const T* text, bool ignoreCase = false) const
     {
         return contains(TextRef(text), ignoreCase);
     }
@@ -366,7 +451,8 @@ public:
     {
         return contains(TextRef(text, textLength), ignoreCase);
     }
-    bool contains(const unsigned short* text, int32_t textLength, bool ignoreCase = false) const
+    template <class T, IfUShortText<T> = 0>
+    bool contains(const T* text, int32_t textLength, bool ignoreCase = false) const
     {
         return contains(TextRef(text, textLength), ignoreCase);
     }
@@ -392,7 +478,8 @@ public:
     {
         return indexOf(TextRef(text, textLength), from, ignoreCase);
     }
-    int32_t indexOf(const unsigned short* text, int32_t textLength, int32_t from, bool ignoreCase) const
+    template <class T, IfUShortText<T> = 0>
+    int32_t indexOf(const T* text, int32_t textLength, int32_t from, bool ignoreCase) const
     {
         return indexOf(TextRef(text, textLength), from, ignoreCase);
     }
@@ -400,7 +487,8 @@ public:
     {
         return lastIndexOf(TextRef(text, textLength), from, ignoreCase);
     }
-    int32_t lastIndexOf(const unsigned short* text, int32_t textLength, int32_t from, bool ignoreCase) const
+    template <class T, IfUShortText<T> = 0>
+    int32_t lastIndexOf(const T* text, int32_t textLength, int32_t from, bool ignoreCase) const
     {
         return lastIndexOf(TextRef(text, textLength), from, ignoreCase);
     }
@@ -408,7 +496,8 @@ public:
     {
         return findFirstOf(TextRef(text, textLength), from, ignoreCase);
     }
-    int32_t findFirstOf(const unsigned short* text, int32_t textLength, int32_t from, bool ignoreCase) const
+    template <class T, IfUShortText<T> = 0>
+    int32_t findFirstOf(const T* text, int32_t textLength, int32_t from, bool ignoreCase) const
     {
         return findFirstOf(TextRef(text, textLength), from, ignoreCase);
     }
@@ -416,7 +505,8 @@ public:
     {
         return findFirstNotOf(TextRef(text, textLength), from, ignoreCase);
     }
-    int32_t findFirstNotOf(const unsigned short* text, int32_t textLength, int32_t from, bool ignoreCase) const
+    template <class T, IfUShortText<T> = 0>
+    int32_t findFirstNotOf(const T* text, int32_t textLength, int32_t from, bool ignoreCase) const
     {
         return findFirstNotOf(TextRef(text, textLength), from, ignoreCase);
     }
@@ -424,7 +514,8 @@ public:
     {
         return findLastOf(TextRef(text, textLength), from, ignoreCase);
     }
-    int32_t findLastOf(const unsigned short* text, int32_t textLength, int32_t from, bool ignoreCase) const
+    template <class T, IfUShortText<T> = 0>
+    int32_t findLastOf(const T* text, int32_t textLength, int32_t from, bool ignoreCase) const
     {
         return findLastOf(TextRef(text, textLength), from, ignoreCase);
     }
@@ -432,7 +523,8 @@ public:
     {
         return findLastNotOf(TextRef(text, textLength), from, ignoreCase);
     }
-    int32_t findLastNotOf(const unsigned short* text, int32_t textLength, int32_t from, bool ignoreCase) const
+    template <class T, IfUShortText<T> = 0>
+    int32_t findLastNotOf(const T* text, int32_t textLength, int32_t from, bool ignoreCase) const
     {
         return findLastNotOf(TextRef(text, textLength), from, ignoreCase);
     }
@@ -440,7 +532,8 @@ public:
     {
         return findFirstOfCase(TextRef(set, setLength), from);
     }
-    int32_t findFirstOfCase(const unsigned short* set, int32_t setLength, int32_t from) const
+    template <class T, IfUShortText<T> = 0>
+    int32_t findFirstOfCase(const T* set, int32_t setLength, int32_t from) const
     {
         return findFirstOfCase(TextRef(set, setLength), from);
     }

@@ -2,6 +2,7 @@
 #define QV_UTIL_ICHARBUFFER_H
 
 #include <qv/core/Export.h>
+#include <qv/core/TextSpelling.h>
 #include <qv/util/IBuffer.h>
 
 namespace qv {
@@ -21,7 +22,8 @@ public:
     using IBuffer<char16_t>::GetWriteLock;
     using IBuffer<char16_t>::EnsureCapacity;
 
-    Result GetReadLock(const unsigned short** data) const
+    template <class T, IfUShortText<T> = 0>
+    Result GetReadLock(const T** data) const
     {
         const char16_t* units = nullptr;
         Result r = GetReadLock(data ? &units : nullptr);
@@ -29,7 +31,8 @@ public:
             *data = reinterpret_cast<const unsigned short*>(units);
         return r;
     }
-    Result GetWriteLock(int32_t minCapacity, unsigned short** data)
+    template <class T, IfUShortText<T> = 0>
+    Result GetWriteLock(int32_t minCapacity, T** data)
     {
         char16_t* units = nullptr;
         Result r = GetWriteLock(minCapacity, data ? &units : nullptr);
@@ -37,7 +40,8 @@ public:
             *data = reinterpret_cast<unsigned short*>(units);
         return r;
     }
-    Result EnsureCapacity(int32_t minCapacity, unsigned short** data)
+    template <class T, IfUShortText<T> = 0>
+    Result EnsureCapacity(int32_t minCapacity, T** data)
     {
         char16_t* units = nullptr;
         Result r = EnsureCapacity(minCapacity, data ? &units : nullptr);

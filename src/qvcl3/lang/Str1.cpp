@@ -50,8 +50,6 @@ Str1::Str1(const char16_t* text, int32_t length) : Str1()
     check(assign(text, length));
 }
 
-Str1::Str1(const unsigned short* text, int32_t length) : Str1(reinterpret_cast<const char16_t*>(text), length) {}
-
 Str1::Str1(const Str1& other) : Str1()
 {
     check(assign(other));
@@ -162,11 +160,6 @@ Result Str1::assign(const char16_t* text, int32_t length) noexcept
     return replaceRange(0, text, count);
 }
 
-Result Str1::assign(const unsigned short* text, int32_t length) noexcept
-{
-    return assign(reinterpret_cast<const char16_t*>(text), length);
-}
-
 Result Str1::append(const Str1& other) noexcept
 {
     return replaceRange(m_length, other.m_data, other.m_length);
@@ -178,11 +171,6 @@ Result Str1::append(const char16_t* text, int32_t length) noexcept
     if (count == INVALID_LENGTH)
         return results::INVALIDARG;
     return replaceRange(m_length, text, count);
-}
-
-Result Str1::append(const unsigned short* text, int32_t length) noexcept
-{
-    return append(reinterpret_cast<const char16_t*>(text), length);
 }
 
 Result Str1::append(char16_t unit) noexcept

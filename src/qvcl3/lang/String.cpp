@@ -77,10 +77,6 @@ String::String(const char16_t* text, int32_t length, int32_t capacity)
     initText(ACQUIRE_COPY, text, length, capacity);
 }
 
-String::String(const unsigned short* text, int32_t length, int32_t capacity)
-    : String(reinterpret_cast<const char16_t*>(text), length, capacity)
-{}
-
 String::String(char16_t c, int32_t count, int32_t capacity)
     : m_buffer(nullptr), m_narrow(nullptr), m_reserved(nullptr), m_own(nullptr), m_exclusive(false)
 {
@@ -110,10 +106,6 @@ String::String(AcquireMode mode, const char16_t* text, int32_t length, int32_t c
 {
     initText(mode, text, length, capacity);
 }
-
-String::String(AcquireMode mode, const unsigned short* text, int32_t length, int32_t capacity)
-    : String(mode, reinterpret_cast<const char16_t*>(text), length, capacity)
-{}
 
 String::String(AcquireMode mode, const String& source, int32_t begin, int32_t end, int32_t capacity)
     : m_buffer(nullptr), m_narrow(nullptr), m_reserved(nullptr), m_own(nullptr), m_exclusive(false)
@@ -329,17 +321,7 @@ String String::CQVString(const char16_t* text, int32_t length, int32_t capacity)
     return String(text, length, capacity);
 }
 
-String String::CQVString(const unsigned short* text, int32_t length, int32_t capacity)
-{
-    return String(text, length, capacity);
-}
-
 String String::CQVString(AcquireMode mode, const char16_t* text, int32_t length, int32_t capacity)
-{
-    return String(mode, text, length, capacity);
-}
-
-String String::CQVString(AcquireMode mode, const unsigned short* text, int32_t length, int32_t capacity)
 {
     return String(mode, text, length, capacity);
 }
@@ -520,11 +502,6 @@ String& String::replace(int32_t start, int32_t count, const char16_t* text, int3
     return replaceRun(start, count, text ? text + textStart : nullptr, textLength - textStart);
 }
 
-String& String::replace(int32_t start, int32_t count, const unsigned short* text, int32_t textLength, int32_t textStart)
-{
-    return replace(start, count, reinterpret_cast<const char16_t*>(text), textLength, textStart);
-}
-
 String& String::replace(int32_t start, int32_t count, const String& text, int32_t textStart)
 {
     return replace(start, count, text.currentData(), text.currentLength(), textStart);
@@ -545,11 +522,6 @@ String& String::operator=(const char16_t* text)
     return setTo(text);
 }
 
-String& String::operator=(const unsigned short* text)
-{
-    return setTo(text);
-}
-
 String& String::operator=(char16_t c)
 {
     return setTo(c);
@@ -563,11 +535,6 @@ String& String::setTo(const String& other)
 }
 
 String& String::setTo(const char16_t* text, int32_t length)
-{
-    return replace(0, -1, text, length, 0);
-}
-
-String& String::setTo(const unsigned short* text, int32_t length)
 {
     return replace(0, -1, text, length, 0);
 }
@@ -594,11 +561,6 @@ String& String::setTo(AcquireMode mode, const char16_t* text, int32_t length, in
     return *this;
 }
 
-String& String::setTo(AcquireMode mode, const unsigned short* text, int32_t length, int32_t capacity)
-{
-    return setTo(mode, reinterpret_cast<const char16_t*>(text), length, capacity);
-}
-
 String& String::setAddRef(const String& other)
 {
     if (&other != this && other.m_buffer != m_buffer) {
@@ -618,11 +580,6 @@ String& String::append(const char16_t* text, int32_t length)
     return replace(-1, 0, text, length, 0);
 }
 
-String& String::append(const unsigned short* text, int32_t length)
-{
-    return replace(-1, 0, text, length, 0);
-}
-
 String& String::append(char16_t c, int32_t repeat)
 {
     return replaceFill(-1, 0, c, repeat);
@@ -638,11 +595,6 @@ String& String::prepend(const char16_t* text, int32_t length)
     return replace(0, 0, text, length, 0);
 }
 
-String& String::prepend(const unsigned short* text, int32_t length)
-{
-    return replace(0, 0, text, length, 0);
-}
-
 String& String::prepend(char16_t c, int32_t repeat)
 {
     return replaceFill(0, 0, c, repeat);
@@ -654,11 +606,6 @@ String& String::insert(int32_t position, const String& text)
 }
 
 String& String::insert(int32_t position, const char16_t* text, int32_t length)
-{
-    return replace(position, 0, text, length, 0);
-}
-
-String& String::insert(int32_t position, const unsigned short* text, int32_t length)
 {
     return replace(position, 0, text, length, 0);
 }
@@ -806,11 +753,6 @@ String& String::trim(const char16_t* set, int32_t setLength, TrimType type)
             return false;
         },
         type);
-}
-
-String& String::trim(const unsigned short* set, int32_t setLength, TrimType type)
-{
-    return trim(reinterpret_cast<const char16_t*>(set), setLength, type);
 }
 
 String& String::trim(const String& set, TrimType type)

@@ -304,11 +304,6 @@ const String& String::formatv(const char16_t* pattern, int32_t patternLength, va
     return *this;
 }
 
-const String& String::formatv(const unsigned short* pattern, int32_t patternLength, va_list arguments)
-{
-    return formatv(reinterpret_cast<const char16_t*>(pattern), patternLength, arguments);
-}
-
 const String& String::formatv(const String& pattern, va_list arguments)
 {
     return formatv(pattern.currentData(), pattern.currentLength(), arguments);

@@ -231,12 +231,6 @@ int32_t String::regionCompare(int32_t start, int32_t count, const char16_t* text
     return count - textCount;
 }
 
-int32_t String::regionCompare(int32_t start, int32_t count, const unsigned short* text, int32_t textLength,
-                              int32_t textStart, bool ignoreCase) const
-{
-    return regionCompare(start, count, reinterpret_cast<const char16_t*>(text), textLength, textStart, ignoreCase);
-}
-
 int32_t String::regionCompare(int32_t start, int32_t count, TextRef text, int32_t textStart, bool ignoreCase) const
 {
     return regionCompare(start, count, text.data(), text.length(), textStart, ignoreCase);
@@ -244,12 +238,6 @@ int32_t String::regionCompare(int32_t start, int32_t count, TextRef text, int32_
 
 bool String::regionMatches(int32_t start, int32_t count, const char16_t* text, int32_t textLength, int32_t textStart,
                            bool ignoreCase) const
-{
-    return regionCompare(start, count, text, textLength, textStart, ignoreCase) == 0;
-}
-
-bool String::regionMatches(int32_t start, int32_t count, const unsigned short* text, int32_t textLength,
-                           int32_t textStart, bool ignoreCase) const
 {
     return regionCompare(start, count, text, textLength, textStart, ignoreCase) == 0;
 }
@@ -283,11 +271,6 @@ bool String::equals(TextRef text, bool ignoreCase) const
 bool String::equals(const char16_t* text, bool ignoreCase) const
 {
     return equalsRun(text, QVStrLenW(text), ignoreCase);
-}
-
-bool String::equals(const unsigned short* text, bool ignoreCase) const
-{
-    return equals(reinterpret_cast<const char16_t*>(text), ignoreCase);
 }
 
 bool String::equals(const Object& other) const

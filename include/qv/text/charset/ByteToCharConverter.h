@@ -4,6 +4,7 @@
 #include <qv/core/Export.h>
 #include <qv/core/Object.h>
 #include <qv/core/Reference.h>
+#include <qv/core/TextSpelling.h>
 
 #include <cstddef>
 #include <cstdint>
@@ -54,40 +55,25 @@ public:
     // RangeErrorException and leaves the substitution unchanged.
     virtual void setSubstitutionChars(const char16_t* chars, int count);
 
-    int32_t convert(const signed char* in, int32_t* inPos, int32_t inEnd, unsigned short* out, int32_t* outPos,
-                    int32_t outEnd)
+    template <class T, IfUShortText<T> = 0>
+    int32_t convert(const signed char* in, int32_t* inPos, int32_t inEnd, T* out, int32_t* outPos, int32_t outEnd)
     {
         return convert(in, inPos, inEnd, reinterpret_cast<char16_t*>(out), outPos, outEnd);
     }
-    int32_t flush(unsigned short* out, int32_t* outPos, int32_t outEnd)
+    template <class T, IfUShortText<T> = 0>
+    int32_t flush(T* out, int32_t* outPos, int32_t outEnd)
     {
         return flush(reinterpret_cast<char16_t*>(out), outPos, outEnd);
     }
-    int getSubstitutionChars(unsigned short* dest, int max) const
+    template <class T, IfUShortText<T> = 0>
+    int getSubstitutionChars(T* dest, int max) const
     {
         return getSubstitutionChars(reinterpret_cast<char16_t*>(dest), max);
     }
-    void setSubstitutionChars(const unsigned short* chars, int count)
+    template <class T, IfUShortText<T> = 0>
+    void setSubstitutionChars(const T* chars, int count)
     {
         setSubstitutionChars(reinterpret_cast<const char16_t*>(chars), count);
-    }
-    // A null pointer literal matches both spellings above; these take it.
-    int32_t convert(const signed char* in, int32_t* inPos, int32_t inEnd, std::nullptr_t, int32_t* outPos,
-                    int32_t outEnd)
-    {
-        return convert(in, inPos, inEnd, static_cast<char16_t*>(nullptr), outPos, outEnd);
-    }
-    int32_t flush(std::nullptr_t, int32_t* outPos, int32_t outEnd)
-    {
-        return flush(static_cast<char16_t*>(nullptr), outPos, outEnd);
-    }
-    int getSubstitutionChars(std::nullptr_t, int max) const
-    {
-        return getSubstitutionChars(static_cast<char16_t*>(nullptr), max);
-    }
-    void setSubstitutionChars(std::nullptr_t, int count)
-    {
-        setSubstitutionChars(static_cast<const char16_t*>(nullptr), count);
     }
 
     // A new decoder for the encoding name, looked up without regard to case

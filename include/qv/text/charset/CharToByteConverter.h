@@ -4,6 +4,7 @@
 #include <qv/core/Export.h>
 #include <qv/core/Object.h>
 #include <qv/core/Reference.h>
+#include <qv/core/TextSpelling.h>
 
 #include <cstddef>
 #include <cstdint>
@@ -48,15 +49,10 @@ public:
     // and leaves the substitution unchanged.
     virtual void setSubstitutionBytes(const signed char* bytes, int count);
 
-    int32_t convert(const unsigned short* in, int32_t* inPos, int32_t inEnd, signed char* out, int32_t* outPos,
-                    int32_t outEnd)
+    template <class T, IfUShortText<T> = 0>
+    int32_t convert(const T* in, int32_t* inPos, int32_t inEnd, signed char* out, int32_t* outPos, int32_t outEnd)
     {
         return convert(reinterpret_cast<const char16_t*>(in), inPos, inEnd, out, outPos, outEnd);
-    }
-    // A null pointer literal matches both spellings above; this takes it.
-    int32_t convert(std::nullptr_t, int32_t* inPos, int32_t inEnd, signed char* out, int32_t* outPos, int32_t outEnd)
-    {
-        return convert(static_cast<const char16_t*>(nullptr), inPos, inEnd, out, outPos, outEnd);
     }
 
     // A new encoder for the encoding name, looked up without regard to case

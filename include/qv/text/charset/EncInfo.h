@@ -3,6 +3,7 @@
 
 #include <qv/core/Export.h>
 #include <qv/core/Result.h>
+#include <qv/core/TextSpelling.h>
 
 #include <cstddef>
 #include <cstdint>
@@ -40,15 +41,10 @@ QV_EXPORT qv::Result QVGetEncInfoByCodePage(int32_t codePage, EncInfo* out) noex
 QV_EXPORT qv::Result QVEnumerateEncInfo(uint32_t* count, EncInfo* out) noexcept;
 }
 
-inline qv::Result QVGetEncInfoByName(const unsigned short* name, EncInfo* out) noexcept
+template <class T, qv::IfUShortText<T> = 0>
+inline qv::Result QVGetEncInfoByName(const T* name, EncInfo* out) noexcept
 {
     return QVGetEncInfoByName(reinterpret_cast<const char16_t*>(name), out);
-}
-
-// A null pointer literal matches both spellings above; this takes it.
-inline qv::Result QVGetEncInfoByName(std::nullptr_t, EncInfo* out) noexcept
-{
-    return QVGetEncInfoByName(static_cast<const char16_t*>(nullptr), out);
 }
 
 #endif
