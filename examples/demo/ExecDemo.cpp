@@ -31,7 +31,7 @@ void demoExec()
     std::printf("exit code: %d\n", tr.join());
 
     qv::exec::Process failing(u"sh", u"-c \"echo to stderr >&2; exit 3\"", nullptr, nullptr,
-                              qv::exec::Process::PIPE_STDOUT | qv::exec::Process::MERGE_STDERR);
+                              qv::exec::Process::INHERIT_STDIN | qv::exec::Process::MERGE_STDERR);
     std::printf("sh (error merged into output) says: %s", readAll(failing.getInputStream().get()).c_str());
     std::printf("exit code: %d\n", failing.join());
 

@@ -180,18 +180,19 @@ QVCORE3_API void QVThreadSleep(uint32_t milliseconds) QVCORE3_NOEXCEPT;
 
 /* ---- processes ----------------------------------------------------------- */
 
-/* Flags of QVProcessCreate: which of the child's standard streams get a pipe
-   back to the parent. Streams without a pipe are inherited. */
-#define QV_PROCESS_PIPE_STDIN 0x1u
-#define QV_PROCESS_PIPE_STDOUT 0x2u
-#define QV_PROCESS_PIPE_STDERR 0x4u
-/* The child's standard error goes wherever its standard output goes (into
-   the output pipe when there is one). Not together with
-   QV_PROCESS_PIPE_STDERR (QV_E_INVALIDARG). */
+/* Flags of QVProcessCreate. Without flags each of the child's three standard
+   streams gets a pipe back to the parent; an INHERIT flag leaves that stream
+   to the child as the parent's own instead. */
+#define QV_PROCESS_INHERIT_STDIN 0x1u
+#define QV_PROCESS_INHERIT_STDOUT 0x2u
+#define QV_PROCESS_INHERIT_STDERR 0x4u
+/* The child's standard error gets no pipe of its own and goes wherever its
+   standard output goes (into the output pipe when there is one). Not
+   together with QV_PROCESS_INHERIT_STDERR (QV_E_INVALIDARG). */
 #define QV_PROCESS_MERGE_STDERR 0x8u
 
 /* The parent's ends of the child's pipes, as file descriptors usable with
-   QVFileRead / QVFileWrite / QVFileClose; -1 where no pipe was asked for. The
+   QVFileRead / QVFileWrite / QVFileClose; -1 for a stream without a pipe. The
    caller owns them. */
 typedef struct STRUCT_QV_PROCESS_PIPES {
     int32_t stdinWrite;

@@ -181,7 +181,16 @@ public:
 };
 
 constexpr uint32_t kMask = KindBit(Kind::Process);
-constexpr uint32_t kPipeFlags = QV_PROCESS_PIPE_STDIN | QV_PROCESS_PIPE_STDOUT | QV_PROCESS_PIPE_STDERR;
+constexpr uint32_t kInheritFlags = QV_PROCESS_INHERIT_STDIN | QV_PROCESS_INHERIT_STDOUT | QV_PROCESS_INHERIT_STDERR;
+
+// Whether standard stream 0, 1 or 2 gets a pipe under these flags.
+bool PipeWanted(uint32_t flags, int stream) noexcept
+{
+    if (stream == 2 && (flags & QV_PROCESS_MERGE_STDERR) != 0) {
+        return false;
+    }
+    return (flags & (1u << stream)) == 0;
+}
 
 // Both ends of the child's pipes, closed unless handed over.
 struct Pipes {
@@ -278,7 +287,7 @@ extern "C" QVRESULT QVProcessCreate(const char16_t* program, const char16_t* arg
                                     const char16_t* const* environment, uint32_t flags, STRUCT_QV_PROCESS_PIPES* pipes,
                                     QVHANDLE* handle) noexcept
 {
-    if (!program || !handle || ((flags & kPipeFlags) != 0 && !pipes)) {
+    if (!program || !handle || (!pipes && (PipeWanted(flags, 0) || PipeWanted(flags, 1) || PipeWanted(flags, 2)))) {
         return QV_E_POINTER;
     }
     if (pipes) {
@@ -286,8 +295,9 @@ extern "C" QVRESULT QVProcessCreate(const char16_t* program, const char16_t* arg
     }
     size_t environmentCount = 0;
     const bool mergeError = (flags & QV_PROCESS_MERGE_STDERR) != 0;
-    if ((flags & ~(kPipeFlags | QV_PROCESS_MERGE_STDERR)) != 0 || (mergeError && (flags & QV_PROCESS_PIPE_STDERR)) ||
-        *program == 0 || (environment && !ValidEnvironment(environment, &environmentCount))) {
+    if ((flags & ~(kInheritFlags | QV_PROCESS_MERGE_STDERR)) != 0 ||
+        (mergeError && (flags & QV_PROCESS_INHERIT_STDERR)) || *program == 0 ||
+        (environment && !ValidEnvironment(environment, &environmentCount))) {
         return QV_E_INVALIDARG;
     }
     QV_FAULT_POINT(QVProcessCreate);
@@ -323,7 +333,7 @@ extern "C" QVRESULT QVProcessCreate(const char16_t* program, const char16_t* arg
     Pipes pipeFds;
     int error = 0;
     for (int stream = 0; stream < 3 && error == 0; ++stream) {
-        if ((flags & (1u << stream)) == 0) {
+        if (!PipeWanted(flags, stream)) {
             continue;
         }
         if (pipe2(pipeFds.fds[stream], O_CLOEXEC) != 0) {

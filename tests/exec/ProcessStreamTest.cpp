@@ -22,7 +22,7 @@ using exectest::utf16;
 using qv::Reference;
 using qv::exec::Process;
 
-std::unique_ptr<Process> startChild(const std::string& arguments, unsigned flags = Process::PIPE_ALL,
+std::unique_ptr<Process> startChild(const std::string& arguments, unsigned flags = 0,
                                     const char16_t* const* environment = nullptr, const char16_t* directory = nullptr)
 {
     return std::make_unique<Process>(childProgram().c_str(), utf16(arguments).c_str(), directory, environment, flags);
@@ -67,7 +67,8 @@ private:
 
 TEST(ProcessStreams, OutputAndErrorArriveOnTheirOwnStreams)
 {
-    auto child = startChild("exit 7");
+    // No flags: all three streams are piped to this process.
+    auto child = startChild("exit 7", 0u);
     EXPECT_EQ(readAll(child->getInputStream().get()), "out\n");
     EXPECT_EQ(readAll(child->getErrorStream().get()), "err\n");
     EXPECT_EQ(child->join(), 7);
@@ -83,14 +84,14 @@ TEST(ProcessStreams, ArgumentsEnvironmentAndDirectoryReachTheChild)
     EXPECT_EQ(args->join(), 0);
 
     const char16_t* environment[] = {u"QV_CHILD_VALUE=forty two", u"OTHER=1", nullptr};
-    auto env = startChild("env QV_CHILD_VALUE", Process::PIPE_ALL, environment);
+    auto env = startChild("env QV_CHILD_VALUE", 0, environment);
     EXPECT_EQ(readAll(env->getInputStream().get()), "forty two\n");
     env->join();
     auto inherited = startChild("env QV_CHILD_VALUE");
     EXPECT_EQ(readAll(inherited->getInputStream().get()), "<unset>\n");
     inherited->join();
 
-    auto cwd = startChild("cwd", Process::PIPE_ALL, nullptr, u"/tmp");
+    auto cwd = startChild("cwd", 0, nullptr, u"/tmp");
     EXPECT_EQ(readAll(cwd->getInputStream().get()), "/tmp\n");
     cwd->join();
 }
@@ -124,14 +125,14 @@ TEST(ProcessStreams, ConcurrentReadsOfOutputAndErrorNeverDeadlock)
 
 TEST(ProcessStreams, MergedErrorComesInOrderOnTheOutput)
 {
-    auto child = startChild("exit 4", Process::PIPE_STDIN | Process::PIPE_STDOUT | Process::MERGE_STDERR);
+    auto child = startChild("exit 4", Process::MERGE_STDERR);
     EXPECT_EQ(readAll(child->getInputStream().get()), "out\nerr\n");
     // Not piped: an empty stream.
     EXPECT_EQ(child->getErrorStream()->read(), -1);
     EXPECT_EQ(child->getErrorStream()->available(), 0);
     EXPECT_EQ(child->join(), 4);
 
-    auto flood = startChild("flood 300000", Process::PIPE_STDOUT | Process::MERGE_STDERR);
+    auto flood = startChild("flood 300000", Process::INHERIT_STDIN | Process::MERGE_STDERR);
     EXPECT_EQ(readAll(flood->getInputStream().get()).size(), 600000u);
     EXPECT_EQ(flood->join(), 0);
     EXPECT_EQ(thrownBy([&] { writeAll(flood->getOutputStream().get(), "x"); }).what(), "IoException: stream closed");
@@ -207,7 +208,7 @@ TEST(ProcessStreams, TalkingToAChildSurvivesEveryAllocationFailure)
     std::string echoed;
     const int failures = qvtest::sweepAllocations(
         [&] {
-            Process child(childProgram().c_str(), u"echo-upper", nullptr, nullptr, Process::PIPE_ALL);
+            Process child(childProgram().c_str(), u"echo-upper");
             writeAll(child.getOutputStream().get(), "abc");
             child.getOutputStream()->close();
             echoed = readAll(child.getInputStream().get());

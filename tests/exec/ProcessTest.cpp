@@ -102,7 +102,7 @@ TEST(Process, CreationFailuresThrowThePlatformCodeAndLeaveNothingBehind)
     EXPECT_EQ(thrownBy([&] { Process process(childProgram().c_str(), u"exit 0", nullptr, badEnvironment); }).code,
               code(0x80070057));
 
-    for (unsigned flags : {unsigned(Process::PIPE_STDERR | Process::MERGE_STDERR), 0x100u}) {
+    for (unsigned flags : {unsigned(Process::INHERIT_STDERR | Process::MERGE_STDERR), 0x100u}) {
         EXPECT_EQ(thrownBy([&] { Process process(childProgram().c_str(), u"exit 0", nullptr, nullptr, flags); }).code,
                   code(0x80070057))
             << flags;
@@ -139,7 +139,7 @@ TEST(Process, DetachedChildrenAreReapedNoZombiesAfterAThousand)
     const int descriptors = countOpenDescriptors();
     for (int i = 0; i < 1000; ++i) {
         // Destroyed while running (most of them) or already ended.
-        Process child(u"/bin/true", nullptr, nullptr, nullptr, Process::PIPE_ALL);
+        Process child(u"/bin/true");
     }
     EXPECT_TRUE(childrenGone(30)) << countChildren() << " children left";
     EXPECT_EQ(countOpenDescriptors(), descriptors);
@@ -157,7 +157,7 @@ TEST(Process, ConcurrentStartAndJoinOf200ChildrenFromEightThreads)
             for (int i = 0; i < 25; ++i) {
                 const int expected = (d * 25 + i) % 100;
                 Process child(childProgram().c_str(), utf16("code " + std::to_string(expected)).c_str(), nullptr,
-                              nullptr, Process::PIPE_ALL);
+                              nullptr);
                 if (child.join() != expected)
                     wrongCodes.fetch_add(1);
             }
@@ -179,7 +179,7 @@ TEST(Process, StartAndJoinSurviveEveryAllocationFailure)
     int exitCode = -1;
     const int failures = qvtest::sweepAllocations(
         [&] {
-            Process child(childProgram().c_str(), u"code 9", nullptr, nullptr, Process::PIPE_ALL);
+            Process child(childProgram().c_str(), u"code 9");
             exitCode = child.join();
         },
         [&] { EXPECT_EQ(countOpenDescriptors(), descriptors); });

@@ -286,9 +286,9 @@ TEST(FileChannelTest, TwoProcessesAppendingUnderALockNeverInterleave)
     // The child inherits the variable that names the file.
     setenv("QVTEST_CHANNEL_FILE", path.c_str(), 1);
     QVHANDLE child = QV_INVALID_HANDLE;
-    const QVRESULT created =
-        QVProcessCreate(u"/proc/self/exe", u"--gtest_filter=FileChannelChild.AppendRecordsUnderLock", nullptr, nullptr,
-                        0, nullptr, &child);
+    const QVRESULT created = QVProcessCreate(
+        u"/proc/self/exe", u"--gtest_filter=FileChannelChild.AppendRecordsUnderLock", nullptr, nullptr,
+        QV_PROCESS_INHERIT_STDIN | QV_PROCESS_INHERIT_STDOUT | QV_PROCESS_INHERIT_STDERR, nullptr, &child);
     unsetenv("QVTEST_CHANNEL_FILE");
     ASSERT_EQ(0, created);
     appendRecords(path.c_str(), "parent");

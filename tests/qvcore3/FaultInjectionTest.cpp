@@ -104,7 +104,8 @@ TEST_F(FaultInjection, EveryAllocationFailureIsCleanInProcessCreate)
         ASSERT_EQ(QVFaultArmAllocation(nth), QV_S_OK);
         STRUCT_QV_PROCESS_PIPES pipes{};
         QVHANDLE child = QV_INVALID_HANDLE;
-        const QVRESULT result = qvtest::RunChild("exit 3", QV_PROCESS_PIPE_STDOUT, &pipes, &child, environment);
+        const QVRESULT result = qvtest::RunChild("exit 3", QV_PROCESS_INHERIT_STDIN | QV_PROCESS_INHERIT_STDERR, &pipes,
+                                                 &child, environment);
         QVFaultDisarmAll();
         if (result == QV_S_OK) {
             succeeded = true;

@@ -22,7 +22,10 @@ TEST(Ipc, ChildAnswersThroughSharedMemoryAndNamedSemaphore)
     words[0] = 41;
 
     QVHANDLE child = QV_INVALID_HANDLE;
-    ASSERT_EQ(qvtest::RunChild("ipc " + semaphoreName + " " + memoryName, 0, nullptr, &child), QV_S_OK);
+    ASSERT_EQ(qvtest::RunChild("ipc " + semaphoreName + " " + memoryName,
+                               QV_PROCESS_INHERIT_STDIN | QV_PROCESS_INHERIT_STDOUT | QV_PROCESS_INHERIT_STDERR,
+                               nullptr, &child),
+              QV_S_OK);
     // Polled, so that a child that fails cannot hang the test.
     const auto start = std::chrono::steady_clock::now();
     QVRESULT taken = QV_E_BUSY;

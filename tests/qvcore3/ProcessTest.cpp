@@ -19,7 +19,8 @@ namespace {
 using qvtest::ReadAll;
 using qvtest::RunChild;
 
-constexpr uint32_t kAllPipes = QV_PROCESS_PIPE_STDIN | QV_PROCESS_PIPE_STDOUT | QV_PROCESS_PIPE_STDERR;
+constexpr uint32_t kAllPipes = 0;
+constexpr uint32_t kNoPipes = QV_PROCESS_INHERIT_STDIN | QV_PROCESS_INHERIT_STDOUT | QV_PROCESS_INHERIT_STDERR;
 
 using qvtest::countChildren;
 
@@ -36,7 +37,7 @@ TEST(Process, OutputIsReadBackAndExitCodeReported)
 {
     STRUCT_QV_PROCESS_PIPES pipes{};
     QVHANDLE child = QV_INVALID_HANDLE;
-    ASSERT_EQ(RunChild("exit 7", QV_PROCESS_PIPE_STDOUT | QV_PROCESS_PIPE_STDERR, &pipes, &child), QV_S_OK);
+    ASSERT_EQ(RunChild("exit 7", QV_PROCESS_INHERIT_STDIN, &pipes, &child), QV_S_OK);
     EXPECT_EQ(pipes.stdinWrite, -1);
     EXPECT_EQ(ReadAll(pipes.stdoutRead), "out\n");
     EXPECT_EQ(ReadAll(pipes.stderrRead), "err\n");
@@ -51,7 +52,7 @@ TEST(Process, MergedErrorArrivesInTheOutputPipe)
 {
     STRUCT_QV_PROCESS_PIPES pipes{};
     QVHANDLE child = QV_INVALID_HANDLE;
-    ASSERT_EQ(RunChild("exit 3", QV_PROCESS_PIPE_STDOUT | QV_PROCESS_MERGE_STDERR, &pipes, &child), QV_S_OK);
+    ASSERT_EQ(RunChild("exit 3", QV_PROCESS_INHERIT_STDIN | QV_PROCESS_MERGE_STDERR, &pipes, &child), QV_S_OK);
     EXPECT_EQ(pipes.stderrRead, -1);
     int32_t code = -1;
     ASSERT_EQ(QVProcessJoin(child, &code), QV_S_OK); // 8 bytes fit in the pipe
@@ -65,7 +66,7 @@ TEST(Process, MergedErrorArrivesInTheOutputPipe)
     EXPECT_EQ(QVFileAvailable(-1, &available), QV_E_INVALIDARG);
     EXPECT_EQ(QVFileAvailable(pipes.stdoutRead, nullptr), QV_E_POINTER);
     CloseAll(pipes);
-    EXPECT_EQ(RunChild("exit 0", QV_PROCESS_PIPE_STDERR | QV_PROCESS_MERGE_STDERR, &pipes, &child), QV_E_INVALIDARG);
+    EXPECT_EQ(RunChild("exit 0", QV_PROCESS_INHERIT_STDERR | QV_PROCESS_MERGE_STDERR, &pipes, &child), QV_E_INVALIDARG);
 }
 
 TEST(Process, StdinIsPipedToTheChild)
@@ -95,7 +96,9 @@ std::string OutputOf(const std::u16string& arguments, const char16_t* const* env
 {
     STRUCT_QV_PROCESS_PIPES pipes{};
     QVHANDLE child = QV_INVALID_HANDLE;
-    EXPECT_EQ(RunChild(arguments, QV_PROCESS_PIPE_STDOUT, &pipes, &child, environment, directory), QV_S_OK);
+    EXPECT_EQ(RunChild(arguments, QV_PROCESS_INHERIT_STDIN | QV_PROCESS_INHERIT_STDERR, &pipes, &child, environment,
+                       directory),
+              QV_S_OK);
     const std::string output = ReadAll(pipes.stdoutRead);
     EXPECT_EQ(QVProcessJoin(child, nullptr), QV_S_OK);
     CloseAll(pipes);
@@ -144,7 +147,7 @@ TEST(Process, NoDescriptorLeaksIntoChildren)
 TEST(Process, ExitCodePollingThenJoin)
 {
     QVHANDLE child = QV_INVALID_HANDLE;
-    ASSERT_EQ(RunChild("sleep 150", 0, nullptr, &child), QV_S_OK);
+    ASSERT_EQ(RunChild("sleep 150", kNoPipes, nullptr, &child), QV_S_OK);
     int32_t code = -1;
     EXPECT_EQ(QVProcessGetExitCode(child, &code), QV_S_FALSE);
     EXPECT_EQ(QVProcessGetExitCode(child, nullptr), QV_E_POINTER);
@@ -164,7 +167,7 @@ TEST(Process, ExitCodePollingThenJoin)
 TEST(Process, SignalledChildReports128PlusSignal)
 {
     QVHANDLE child = QV_INVALID_HANDLE;
-    ASSERT_EQ(RunChild("signal", 0, nullptr, &child), QV_S_OK);
+    ASSERT_EQ(RunChild("signal", kNoPipes, nullptr, &child), QV_S_OK);
     int32_t code = -1;
     ASSERT_EQ(QVProcessJoin(child, &code), QV_S_OK);
     EXPECT_EQ(code, 128 + 15);
@@ -174,7 +177,7 @@ TEST(Process, DetachedChildrenAreReaped)
 {
     for (int i = 0; i < 3; ++i) {
         QVHANDLE child = QV_INVALID_HANDLE;
-        ASSERT_EQ(RunChild(i == 0 ? "exit 0" : "sleep 50", 0, nullptr, &child), QV_S_OK);
+        ASSERT_EQ(RunChild(i == 0 ? "exit 0" : "sleep 50", kNoPipes, nullptr, &child), QV_S_OK);
         ASSERT_EQ(QVProcessDetach(child), QV_S_OK);
         EXPECT_EQ(QVProcessJoin(child, nullptr), QV_E_INVALIDARG);
     }
@@ -196,25 +199,25 @@ TEST(Process, FailuresLeaveNothingBehind)
     EXPECT_EQ(pipes.stdinWrite, -1);
     EXPECT_EQ(pipes.stdoutRead, -1);
     EXPECT_EQ(pipes.stderrRead, -1);
-    EXPECT_EQ(QVProcessCreate(u"no-such-program-on-path", nullptr, nullptr, nullptr, 0, nullptr, &child),
+    EXPECT_EQ(QVProcessCreate(u"no-such-program-on-path", nullptr, nullptr, nullptr, kNoPipes, nullptr, &child),
               QV_E_FILE_NOT_FOUND);
     EXPECT_EQ(RunChild("exit 0", kAllPipes, &pipes, &child, nullptr, u"/nonexistent-dir"), QV_E_FILE_NOT_FOUND);
     EXPECT_EQ(qvtest::countOpenDescriptors(), descriptors);
     EXPECT_EQ(QVHandleCountOpen(), handles);
 
     EXPECT_EQ(QVProcessCreate(nullptr, nullptr, nullptr, nullptr, 0, nullptr, &child), QV_E_POINTER);
-    EXPECT_EQ(RunChild("exit 0", QV_PROCESS_PIPE_STDOUT, nullptr, &child), QV_E_POINTER);
+    EXPECT_EQ(RunChild("exit 0", QV_PROCESS_INHERIT_STDIN | QV_PROCESS_INHERIT_STDERR, nullptr, &child), QV_E_POINTER);
     EXPECT_EQ(RunChild("exit 0", 0x10, &pipes, &child), QV_E_INVALIDARG);
-    EXPECT_EQ(QVProcessCreate(u"", nullptr, nullptr, nullptr, 0, nullptr, &child), QV_E_INVALIDARG);
+    EXPECT_EQ(QVProcessCreate(u"", nullptr, nullptr, nullptr, kNoPipes, nullptr, &child), QV_E_INVALIDARG);
     const char16_t* badEnvironment[] = {u"NOEQUALS", nullptr};
-    EXPECT_EQ(RunChild("exit 0", 0, nullptr, &child, badEnvironment), QV_E_INVALIDARG);
+    EXPECT_EQ(RunChild("exit 0", kNoPipes, nullptr, &child, badEnvironment), QV_E_INVALIDARG);
 }
 
 TEST(Process, WritingToAGoneReaderGivesACode)
 {
     STRUCT_QV_PROCESS_PIPES pipes{};
     QVHANDLE child = QV_INVALID_HANDLE;
-    ASSERT_EQ(RunChild("exit 0", QV_PROCESS_PIPE_STDIN, &pipes, &child), QV_S_OK);
+    ASSERT_EQ(RunChild("exit 0", QV_PROCESS_INHERIT_STDOUT | QV_PROCESS_INHERIT_STDERR, &pipes, &child), QV_S_OK);
     ASSERT_EQ(QVProcessJoin(child, nullptr), QV_S_OK);
     const char data[] = "nobody reads this";
     uint32_t done = 99;
@@ -230,7 +233,7 @@ TEST(Process, PipesAndSocketsAreToldFromFiles)
 {
     STRUCT_QV_PROCESS_PIPES pipes{};
     QVHANDLE child = QV_INVALID_HANDLE;
-    ASSERT_EQ(RunChild("exit 0", QV_PROCESS_PIPE_STDIN, &pipes, &child), QV_S_OK);
+    ASSERT_EQ(RunChild("exit 0", QV_PROCESS_INHERIT_STDOUT | QV_PROCESS_INHERIT_STDERR, &pipes, &child), QV_S_OK);
     ASSERT_EQ(QVProcessJoin(child, nullptr), QV_S_OK);
     int32_t kind = -1;
     EXPECT_EQ(QVFileIsPipeOrSocket(pipes.stdinWrite, &kind), QV_S_OK);

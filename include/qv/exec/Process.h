@@ -24,19 +24,19 @@ namespace exec {
 // both of its outputs, read the error stream on a Thread of its own while
 // this thread reads the output (or give MERGE_STDERR and read one stream),
 // and close the output stream once everything is written. A stream without a
-// pipe (its flag not given) is empty: reads give -1, writes throw
+// pipe (inherited or merged) is empty: reads give -1, writes throw
 // "stream closed".
 class QV_EXPORT Process : public Object {
 public:
-    // Which standard streams of the child get a pipe back to this process;
-    // the others are inherited. The flags reach the platform unchanged.
-    static const unsigned PIPE_STDIN = 0x1u;
-    static const unsigned PIPE_STDOUT = 0x2u;
-    static const unsigned PIPE_STDERR = 0x4u;
-    static const unsigned PIPE_ALL = PIPE_STDIN | PIPE_STDOUT | PIPE_STDERR;
+    // Flags 0 pipe all three standard streams of the child back to this
+    // process; each INHERIT flag leaves one to the child as this process's
+    // own. The flags reach the platform unchanged.
+    static const unsigned INHERIT_STDIN = 0x1u;
+    static const unsigned INHERIT_STDOUT = 0x2u;
+    static const unsigned INHERIT_STDERR = 0x4u;
     // The child's standard error goes wherever its standard output goes (the
-    // output pipe with PIPE_STDOUT), so one reader sees both in order. Not
-    // together with PIPE_STDERR.
+    // output pipe unless INHERIT_STDOUT), so one reader sees both in order.
+    // Not together with INHERIT_STDERR.
     static const unsigned MERGE_STDERR = 0x8u;
 
     // program: a path, or a bare name searched on PATH. arguments: one string
@@ -47,10 +47,10 @@ public:
     // ResultException with the platform's code and no message; nothing is
     // left behind.
     Process(const char16_t* program, const char16_t* arguments = nullptr, const char16_t* directory = nullptr,
-            const char16_t* const* environment = nullptr, unsigned flags = PIPE_ALL);
+            const char16_t* const* environment = nullptr, unsigned flags = 0);
     Process(const unsigned short* program, const unsigned short* arguments = nullptr,
             const unsigned short* directory = nullptr, const unsigned short* const* environment = nullptr,
-            unsigned flags = PIPE_ALL);
+            unsigned flags = 0);
     Process(const Process&) = delete;
     Process& operator=(const Process&) = delete;
     // Closes the child's three streams (also those the caller still holds)

@@ -5,9 +5,9 @@
 #include "exec/PipeStreams.h"
 #include "exec/PlatformFailure.h"
 
-static_assert(qv::exec::Process::PIPE_STDIN == QV_PROCESS_PIPE_STDIN &&
-                  qv::exec::Process::PIPE_STDOUT == QV_PROCESS_PIPE_STDOUT &&
-                  qv::exec::Process::PIPE_STDERR == QV_PROCESS_PIPE_STDERR &&
+static_assert(qv::exec::Process::INHERIT_STDIN == QV_PROCESS_INHERIT_STDIN &&
+                  qv::exec::Process::INHERIT_STDOUT == QV_PROCESS_INHERIT_STDOUT &&
+                  qv::exec::Process::INHERIT_STDERR == QV_PROCESS_INHERIT_STDERR &&
                   qv::exec::Process::MERGE_STDERR == QV_PROCESS_MERGE_STDERR,
               "the flags reach the platform unchanged");
 
