@@ -29,7 +29,7 @@ public:
         return m_id < key->m_id ? -1 : (m_id > key->m_id ? 1 : 0);
     }
     bool equals(const qv::Object& other) const override { return compareTo(other) == 0; }
-    qv::String toString() const override { return qv::String::valueOf(m_id); }
+    qv::String toString() override { return qv::String::valueOf(m_id); }
 
 private:
     int32_t m_id;

@@ -2,6 +2,7 @@
 #include <qv/core/ClassManagerBase.h>
 #include <qv/core/Exception.h>
 #include <qv/core/ExternalException.h>
+#include <qv/lang/Integer32.h>
 #include <qv/lang/String.h>
 #include <qv/sync/Mutex.h>
 
@@ -14,6 +15,17 @@
 namespace {
 
 class Unregistered : public qv::Object {};
+
+// Overrides only the overridable, non-const form.
+class Named : public qv::Object {
+public:
+    qv::String toString() override { return qv::String(u"named"); }
+};
+
+class NamedException : public qv::Exception {
+public:
+    qv::String toString() override { return qv::String(u"named exception"); }
+};
 
 qv::Object* makeObject()
 {
@@ -80,6 +92,24 @@ TEST(Class, ByTypeAndFirstRegistrationWins)
     EXPECT_TRUE(qv::String(qv::Class::forType(&typeid(qv::Object))->getName()).equals(u"qv::Object"));
 }
 
+TEST(Object, ConstCallersReachTheNonConstOverride)
+{
+    Named named;
+    NamedException exception;
+    const qv::Object& asObject = named;
+    const qv::Object& asThrowable = exception;
+    EXPECT_EQ(asObject.toString().toUtf8(), "named");
+    EXPECT_EQ(asThrowable.toString().toUtf8(), "named exception");
+
+    // The library's own overrides keep printing through const objects.
+    const qv::Integer32 number(-42);
+    const qv::Object& numberAsObject = number;
+    EXPECT_EQ(number.toString().toUtf8(), "-42");
+    EXPECT_EQ(numberAsObject.toString().toUtf8(), "-42");
+    const qv::String text(u"text");
+    EXPECT_EQ(static_cast<const qv::Object&>(text).toString().toUtf8(), "text");
+}
+
 TEST(Object, IdentityComparisonHashAndText)
 {
     qv::Object a, b;
@@ -93,6 +123,7 @@ TEST(Object, IdentityComparisonHashAndText)
     char expected[64];
     std::snprintf(expected, sizeof expected, "qv::Object@%x", a.hashCode());
     EXPECT_EQ(a.toString().toUtf8(), expected);
+    EXPECT_EQ(static_cast<const qv::Object&>(a).toString().toUtf8(), expected);
 
     int result = 99;
     EXPECT_EQ(a.CompareTo(static_cast<qv::ComObject*>(&b), &result), 0);

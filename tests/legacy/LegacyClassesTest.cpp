@@ -9,10 +9,6 @@
 
 #include <string>
 
-using qv::CQVByteBuffer;
-using qv::CQVCmdLineParser;
-using qv::CQVProperty;
-using qv::CQVPropertySet;
 using qv::Result;
 using qv::String;
 

@@ -33,7 +33,7 @@ std::string compactByBigDecimal(const STRUCT_QV_TIME& t)
 class CustomValue : public Object {
 public:
     explicit CustomValue(bool failOnce = false) : m_failOnce(failOnce) {}
-    String toString() const override
+    String toString() override
     {
         if (m_failOnce) {
             m_failOnce = false;
@@ -43,19 +43,19 @@ public:
     }
 
 private:
-    mutable bool m_failOnce;
+    bool m_failOnce;
 };
 
 class ShoutingInteger : public Integer32 {
 public:
     explicit ShoutingInteger(int32_t value) : Integer32(value) {}
-    String toString() const override { return String(u"INT:").append(Integer32::toString()); }
+    String toString() override { return String(u"INT:").append(Integer32::toString()); }
 };
 
 class ShoutingString : public String {
 public:
     explicit ShoutingString(const char16_t* text) : String(text) {}
-    String toString() const override { return String(u"STR:").append(String(*this)); }
+    String toString() override { return String(u"STR:").append(String(*this)); }
 };
 
 // An entry that shows only names and lookups, so that writers walk it

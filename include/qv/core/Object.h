@@ -33,7 +33,10 @@ public:
     // The low 32 bits of the object's address.
     virtual uint32_t hashCode() const;
     // "<class name>@<hash code in lower-case hexadecimal>".
-    virtual String toString() const;
+    virtual String toString();
+    // The overridable form is non-const, yet callers print const objects
+    // too: this forwards to it, so subclasses override only the form above.
+    String toString() const;
 
     Result CompareTo(const IQVUnknown* other, int* result) const override;
     Result HashCode(uint32_t* result) const override;

@@ -48,8 +48,9 @@ public:
 
     // A fork of the running hash, with a reference count of its own (0).
     MessageDigest* clone() const override;
+    using Object::toString;
     // The algorithm and the digest length: "SHA-256 message digest (32 bytes)".
-    String toString() const override;
+    String toString() override;
 
     // Adds count bytes. A negative count, or a null pointer with a positive
     // count, throws ResultException(0x80070057) and adds nothing.

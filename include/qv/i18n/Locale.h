@@ -34,9 +34,10 @@ public:
     String getCountry() const;
     String getVariant() const;
     bool isRoot() const;
+    using Object::toString;
     // "de_AT_WIEN", "de_AT", "de", "" for the root; "de__WIEN" when only the
     // country is missing.
-    String toString() const override;
+    String toString() override;
 
     // English names: "German", "Austria", "German (Austria, WIEN)". An
     // unknown code is shown as the code itself.

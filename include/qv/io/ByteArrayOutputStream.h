@@ -28,10 +28,11 @@ public:
     int32_t getBytes(signed char* dest, int32_t max) const;
     // Writes every collected byte to out.
     void writeTo(OutputStream* out) const;
+    using Object::toString;
     // The collected bytes decoded with the default encoding, or with the
     // named one (through the converters; an unknown name throws
     // UnknownEncodingException).
-    String toString() const override;
+    String toString() override;
     String toString(const char16_t* encoding) const;
     String toString(const unsigned short* encoding) const;
 

@@ -36,8 +36,9 @@ public:
     }
     // Writes the text held to another writer.
     void writeTo(Writer* out) const;
+    using Object::toString;
     // The text held.
-    String toString() const override;
+    String toString() override;
 
 private:
     void ensureOpen() const;

@@ -23,7 +23,8 @@ public:
     uint32_t hashCode() const override;
     // CastFailedException for anything but a Boolean.
     int compareTo(const Object& other) const override;
-    String toString() const override;
+    using Object::toString;
+    String toString() override;
     Object* clone() const override;
 
     // "true" and "false" in any case; anything else throws

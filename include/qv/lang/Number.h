@@ -85,14 +85,16 @@ public:
 class QV_EXPORT SignedInteger : public Number {
 public:
     ~SignedInteger() override;
+    using Object::toString;
     // toInt64() in decimal.
-    String toString() const override;
+    String toString() override;
 };
 
 class QV_EXPORT UnsignedInteger : public Number {
 public:
     ~UnsignedInteger() override;
-    String toString() const override;
+    using Object::toString;
+    String toString() override;
     // toUInt64() in the given radix.
     virtual String toString(int32_t radix) const;
 };
@@ -155,7 +157,7 @@ int64_t BoxedNumber<T, Base>::toInt64() const
         using Number::compareTo;                                                                                       \
         int compareTo(const Number& other) const override;                                                             \
         using Base::toString;                                                                                          \
-        String toString() const override;                                                                              \
+        String toString() override;                                                                                    \
         /* Recycled across threads, as String's heap objects are. */                                                   \
         QV_RECYCLED_ALLOCATION                                                                                         \
     };

@@ -547,8 +547,9 @@ public:
     // every third from 96, and so on.
     uint32_t hashCode(bool ignoreCase) const;
 
+    using Object::toString;
     // Shares this String's buffer.
-    String toString() const override;
+    String toString() override;
     // A heap String sharing the buffer. On an object of a class derived from
     // String it throws CloneNotSupportedException.
     Object* clone() const override;

@@ -70,4 +70,7 @@ private:
 
 } // namespace qv
 
+// Older callers name it without the namespace.
+using qv::CQVAbstractConnector;
+
 #endif

@@ -39,4 +39,7 @@ private:
 
 } // namespace qv
 
+// Older callers name it without the namespace.
+using qv::CQVByteBuffer;
+
 #endif

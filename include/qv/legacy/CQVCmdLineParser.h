@@ -65,4 +65,7 @@ private:
 
 } // namespace qv
 
+// Older callers name it without the namespace.
+using qv::CQVCmdLineParser;
+
 #endif

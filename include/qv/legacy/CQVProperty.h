@@ -40,4 +40,7 @@ private:
 
 } // namespace qv
 
+// Older callers name it without the namespace.
+using qv::CQVProperty;
+
 #endif

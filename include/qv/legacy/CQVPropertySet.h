@@ -55,4 +55,7 @@ private:
 
 } // namespace qv
 
+// Older callers name it without the namespace.
+using qv::CQVPropertySet;
+
 #endif

@@ -31,8 +31,9 @@ public:
     // The user's locale form: the date (long or short), a space, the time.
     // ResultException when the locale formatting fails.
     String toString(bool longDate) const;
+    using Object::toString;
     // toString(false).
-    String toString() const override;
+    String toString() override;
     Object* clone() const override;
 
 private:

@@ -84,9 +84,10 @@ public:
     int compareTo(const Object& other) const override;
     bool equals(const Object& other) const override;
     uint32_t hashCode() const override;
+    using Object::toString;
     // Plain notation with exactly scale() places: "12.340", "-0.005",
     // "1200" for 1.2E+3. Zero prints "0" whatever its negative scale.
-    String toString() const override;
+    String toString() override;
 
     int compareTo(const BigDecimal& other) const;
     bool equals(const BigDecimal& other) const noexcept;

@@ -71,8 +71,9 @@ public:
     bool equals(const Object& other) const override;
     // Consistent with equals; the same value always gives the same hash.
     uint32_t hashCode() const override;
+    using Object::toString;
     // Radix 10.
-    String toString() const override;
+    String toString() override;
 
     int compareTo(const BigInteger& other) const noexcept;
     bool equals(const BigInteger& other) const noexcept;

@@ -82,7 +82,8 @@ public:
     // form when there is none.
     String getHostName() const;
 
-    String toString() const override;
+    using Object::toString;
+    String toString() override;
     bool equals(const Object& other) const override;
     // IPv4 before IPv6, then by bytes, then by scope.
     int compareTo(const Object& other) const override;

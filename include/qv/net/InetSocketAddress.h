@@ -29,7 +29,8 @@ public:
     uint16_t getPort() const noexcept { return m_port; }
     InetAddress::Family getFamily() const noexcept { return m_address.getFamily(); }
 
-    String toString() const override;
+    using Object::toString;
+    String toString() override;
     std::string toStdString() const;
     bool equals(const Object& other) const override;
     int compareTo(const Object& other) const override;

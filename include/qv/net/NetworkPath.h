@@ -43,8 +43,9 @@ public:
     // Where it is mounted locally; empty when parsed from text.
     const String& getMountPoint() const noexcept { return m_mountPoint; }
 
+    using Object::toString;
     // "host:/export/rest", "//server/share/rest", or the local path.
-    String toString() const override;
+    String toString() override;
     // "\\server\share\rest" for SMB and NFS (NFS shows its export without
     // the leading slash); the local path otherwise.
     String toUNC() const;

@@ -70,8 +70,9 @@ public:
     // The descriptor, -1 once closed.
     int getDescriptor() const noexcept { return m_fd.load(std::memory_order_relaxed); }
 
+    using Object::toString;
     // "local -> remote", or the class's name once closed.
-    String toString() const override;
+    String toString() override;
 
 protected:
     TcpSocket() noexcept;

@@ -97,8 +97,9 @@ public:
     URI resolve(const URI& reference) const;
     URI resolve(const String& reference) const;
 
+    using Object::toString;
     // The recomposed text (section 5.3), ASCII.
-    String toString() const override;
+    String toString() override;
     std::string toStdString() const;
     // Text equality of the components (normalise both first to compare
     // equivalent spellings).

@@ -36,7 +36,8 @@ public:
 
     // The normalised text, "/" between components.
     const String& getPath() const noexcept { return m_path; }
-    String toString() const override;
+    using Object::toString;
+    String toString() override;
     bool isEmpty() const;
     bool isAbsolute() const;
 

@@ -25,8 +25,9 @@ public:
     // Name and value are equal (values by their own equals).
     bool equals(const Object& other) const override;
     uint32_t hashCode() const override;
+    using Object::toString;
     // "name=value", the value as its own text ("name=" for none).
-    String toString() const override;
+    String toString() override;
 
 private:
     String m_name;

@@ -15,9 +15,11 @@ const ClassTableRow g_repeatedClassRows[] = {
     QV_CLASS_TABLE_END,
 };
 
-// A new area appends its fragment before the repeated rows.
+// A new area appends its fragment before the repeated rows. The CQV names
+// come first: they sort before every "qv::" name.
 // clang-format off
 const ClassTableRow* const g_classTableFragments[] = {
+    g_legacyClassRows,
     g_coreClassRows,
     g_langClassRows,
     g_mathClassRows,
@@ -31,7 +33,6 @@ const ClassTableRow* const g_classTableFragments[] = {
     g_i18nClassRows,
     g_cryptoClassRows,
     g_netClassRows,
-    g_legacyClassRows,
     g_logClassRows,
     g_repeatedClassRows,
     nullptr,

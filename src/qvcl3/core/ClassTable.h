@@ -62,6 +62,12 @@ Object* createInstanceOf()
     {                                                                                                                  \
         u"qv::" #Type, &typeid(::qv::Type), nullptr, &::qv::Class::instanceTestFor<::qv::Type>                         \
     }
+// The CQV classes kept for older callers register without the namespace, as
+// they are reached from the global namespace.
+#define QV_CLASS_ROW_GLOBAL(Type)                                                                                      \
+    {                                                                                                                  \
+        u"" #Type, &typeid(::Type), &::qv::detail::createInstanceOf<::Type>, &::qv::Class::instanceTestFor<::Type>     \
+    }
 #define QV_CLASS_TABLE_END                                                                                             \
     {                                                                                                                  \
         nullptr, nullptr, nullptr, nullptr                                                                             \

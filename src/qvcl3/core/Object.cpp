@@ -51,6 +51,11 @@ uint32_t Object::hashCode() const
 
 String Object::toString() const
 {
+    return const_cast<Object*>(this)->toString();
+}
+
+String Object::toString()
+{
     // The registered class name where there is one, the type's own name
     // otherwise, so that objects of unregistered classes still print.
     String text;

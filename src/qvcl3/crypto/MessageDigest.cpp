@@ -118,7 +118,7 @@ MessageDigest* MessageDigest::clone() const
     return new MessageDigest(*this);
 }
 
-String MessageDigest::toString() const
+String MessageDigest::toString()
 {
     String text(m_algorithm->name);
     text.append(u" message digest (").append(String::valueOf(getDigestLength())).append(u" bytes)");

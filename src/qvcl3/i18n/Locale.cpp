@@ -229,7 +229,7 @@ bool Locale::isRoot() const
     return m_language.getLength() == 0 && m_country.getLength() == 0 && m_variant.getLength() == 0;
 }
 
-String Locale::toString() const
+String Locale::toString()
 {
     String name(m_language);
     if (m_country.getLength() > 0 || m_variant.getLength() > 0)

@@ -85,7 +85,7 @@ void ByteArrayOutputStream::writeTo(OutputStream* out) const
         out->write(m_buf, m_count);
 }
 
-String ByteArrayOutputStream::toString() const
+String ByteArrayOutputStream::toString()
 {
     return toString(static_cast<const char16_t*>(nullptr));
 }

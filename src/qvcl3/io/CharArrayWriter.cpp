@@ -94,7 +94,7 @@ void CharArrayWriter::writeTo(Writer* out) const
     out->write(m_data, m_count);
 }
 
-String CharArrayWriter::toString() const
+String CharArrayWriter::toString()
 {
     return String(m_data, m_count);
 }

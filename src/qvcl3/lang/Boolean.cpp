@@ -37,7 +37,7 @@ int Boolean::compareTo(const Object& other) const
     return static_cast<int>(m_value) - static_cast<int>(boolean->m_value);
 }
 
-String Boolean::toString() const
+String Boolean::toString()
 {
     return String(m_value ? u"true" : u"false");
 }

@@ -114,43 +114,43 @@ int Double::compareTo(const Number& other) const
     return threeWay<double>(m_value, other.toDouble());
 }
 
-String Integer8::toString() const
+String Integer8::toString()
 {
     return String::valueOf(static_cast<int>(m_value));
 }
-String Integer16::toString() const
+String Integer16::toString()
 {
     return String::valueOf(static_cast<int>(m_value));
 }
-String Integer32::toString() const
+String Integer32::toString()
 {
     return String::valueOf(static_cast<long>(m_value));
 }
-String Integer64::toString() const
+String Integer64::toString()
 {
     return SignedInteger::toString();
 }
-String UInteger8::toString() const
+String UInteger8::toString()
 {
     return String::valueOf(static_cast<int>(m_value));
 }
-String UInteger16::toString() const
+String UInteger16::toString()
 {
     return String::valueOf(static_cast<unsigned int>(m_value));
 }
-String UInteger32::toString() const
+String UInteger32::toString()
 {
     return String::valueOf(static_cast<unsigned long>(m_value));
 }
-String UInteger64::toString() const
+String UInteger64::toString()
 {
     return UnsignedInteger::toString(10);
 }
-String Float::toString() const
+String Float::toString()
 {
     return String::valueOf(m_value);
 }
-String Double::toString() const
+String Double::toString()
 {
     return String::valueOf(m_value);
 }

@@ -190,14 +190,14 @@ math::BigDecimal Number::parseBigDecimal(const String& text)
 
 SignedInteger::~SignedInteger() = default;
 
-String SignedInteger::toString() const
+String SignedInteger::toString()
 {
     return math::BigInteger(static_cast<long long>(toInt64())).toString();
 }
 
 UnsignedInteger::~UnsignedInteger() = default;
 
-String UnsignedInteger::toString() const
+String UnsignedInteger::toString()
 {
     return toString(10);
 }

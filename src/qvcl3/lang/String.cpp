@@ -862,7 +862,7 @@ void String::freeExtra()
         qvcom::throwIfFailed(m_buffer->FreeExtra());
 }
 
-String String::toString() const
+String String::toString()
 {
     return String(*this);
 }

@@ -11,10 +11,10 @@ namespace detail {
 // In the order of the class names; ends with a row whose type is null.
 // clang-format off
 const ClassTableRow g_legacyClassRows[] = {
-    QV_CLASS_ROW(CQVByteBuffer),
-    QV_CLASS_ROW(CQVCmdLineParser),
-    QV_CLASS_ROW(CQVProperty),
-    QV_CLASS_ROW(CQVPropertySet),
+    QV_CLASS_ROW_GLOBAL(CQVByteBuffer),
+    QV_CLASS_ROW_GLOBAL(CQVCmdLineParser),
+    QV_CLASS_ROW_GLOBAL(CQVProperty),
+    QV_CLASS_ROW_GLOBAL(CQVPropertySet),
     QV_CLASS_TABLE_END,
 };
 // clang-format on

@@ -78,7 +78,7 @@ String TimeStamp::toString(bool longDate) const
     return text;
 }
 
-String TimeStamp::toString() const
+String TimeStamp::toString()
 {
     return toString(false);
 }

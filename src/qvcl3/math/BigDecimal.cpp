@@ -114,7 +114,7 @@ uint32_t BigDecimal::hashCode() const
     return decHash(ref());
 }
 
-String BigDecimal::toString() const
+String BigDecimal::toString()
 {
     return toQvString(decToPlainString(ref()));
 }

@@ -127,7 +127,7 @@ uint32_t BigInteger::hashCode() const
     return intHash(ref());
 }
 
-String BigInteger::toString() const
+String BigInteger::toString()
 {
     return toQvString(intToString(ref(), 10));
 }

@@ -218,7 +218,7 @@ String InetAddress::getHostName() const
     return getHostAddress();
 }
 
-String InetAddress::toString() const
+String InetAddress::toString()
 {
     return getHostAddress();
 }

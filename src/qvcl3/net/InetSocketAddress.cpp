@@ -63,7 +63,7 @@ std::string InetSocketAddress::toStdString() const
     return text + ":" + std::to_string(m_port);
 }
 
-String InetSocketAddress::toString() const
+String InetSocketAddress::toString()
 {
     const std::string text = toStdString();
     return String(text.c_str(), static_cast<int32_t>(text.size()), u"UTF-8");

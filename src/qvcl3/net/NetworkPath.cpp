@@ -175,7 +175,7 @@ NetworkPath NetworkPath::parse(const String& text)
     return result;
 }
 
-String NetworkPath::toString() const
+String NetworkPath::toString()
 {
     switch (m_kind) {
     case NFS: return String(m_server).append(u":").append(m_share).append(m_remainder);

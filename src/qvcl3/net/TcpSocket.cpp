@@ -198,7 +198,7 @@ InetSocketAddress TcpSocket::getRemoteAddress() const
     return detail::remoteAddressOf(checkedDescriptor());
 }
 
-String TcpSocket::toString() const
+String TcpSocket::toString()
 {
     if (isClosed())
         return Object::toString();

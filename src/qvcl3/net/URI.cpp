@@ -633,7 +633,7 @@ std::string URI::toStdString() const
     return recompose();
 }
 
-String URI::toString() const
+String URI::toString()
 {
     return asciiString(recompose());
 }

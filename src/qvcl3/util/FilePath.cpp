@@ -80,7 +80,7 @@ FilePath& FilePath::operator=(FilePath&& other) noexcept
 
 FilePath::~FilePath() = default;
 
-String FilePath::toString() const
+String FilePath::toString()
 {
     return m_path;
 }

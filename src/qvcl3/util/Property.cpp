@@ -48,7 +48,7 @@ uint32_t Property::hashCode() const
     return m_name.hashCode() * 31u + (m_value ? m_value->hashCode() : 0u);
 }
 
-String Property::toString() const
+String Property::toString()
 {
     String text(m_name);
     text.append(u'=');

@@ -53,11 +53,12 @@ public:
 
     const IQVComparator* getComparator() const noexcept { return m_comparator.get(); }
 
+    using Object::toString;
     // "[a, b, c]", each element by its toString() where it is a qv::Object.
     // Where the collection meets itself again among its elements, directly
     // or through other collections and maps, it is written
     // "(this collection)".
-    String toString() const override;
+    String toString() override;
 
     Result GetSize(int32_t* size) const override;
     Result Contains(const IQVUnknown* element, bool* result) const override;

@@ -65,12 +65,13 @@ public:
     // Against another Map: 0 when equal, otherwise by size, then by hash
     // code, then by address. Anything else by address.
     int compareTo(const Object& other) const override;
+    using Object::toString;
     // "{key=value, ...}"; where the map meets itself again among its keys or
     // values, directly or through other collections, it is written
     // "(this map)". Likewise a map met again while its own hash code is
     // worked out counts 0, and a pair met again while it is being compared
     // counts as equal.
-    String toString() const override;
+    String toString() override;
 
     Result GetSize(int32_t* size) const override;
     Result ContainsKey(const IQVUnknown* key, bool* result) const override;

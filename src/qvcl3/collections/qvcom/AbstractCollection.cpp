@@ -155,7 +155,7 @@ bool AbstractCollection::retainAll(const Collection& other)
     return changed;
 }
 
-String AbstractCollection::toString() const
+String AbstractCollection::toString()
 {
     CycleGuard guard(CycleGuard::TEXT, this);
     if (guard.isRepeat())

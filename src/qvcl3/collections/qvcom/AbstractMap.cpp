@@ -111,7 +111,7 @@ int AbstractMap::compareTo(const Object& other) const
     return compareContainers<Map>(*this, other);
 }
 
-String AbstractMap::toString() const
+String AbstractMap::toString()
 {
     CycleGuard guard(CycleGuard::TEXT, this);
     if (guard.isRepeat())
