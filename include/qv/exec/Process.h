@@ -3,6 +3,7 @@
 
 #include <qv/core/Object.h>
 #include <qv/core/Reference.h>
+#include <qv/core/TextSpelling.h>
 #include <qv/io/InputStream.h>
 #include <qv/io/OutputStream.h>
 
@@ -48,9 +49,13 @@ public:
     // left behind.
     Process(const char16_t* program, const char16_t* arguments = nullptr, const char16_t* directory = nullptr,
             const char16_t* const* environment = nullptr, unsigned flags = 0);
-    Process(const unsigned short* program, const unsigned short* arguments = nullptr,
-            const unsigned short* directory = nullptr, const unsigned short* const* environment = nullptr,
-            unsigned flags = 0);
+    template <class T, IfUShortText<T> = 0>
+    Process(const T* program, const T* arguments = nullptr, const T* directory = nullptr,
+            const T* const* environment = nullptr, unsigned flags = 0)
+        : Process(reinterpret_cast<const char16_t*>(program), reinterpret_cast<const char16_t*>(arguments),
+                  reinterpret_cast<const char16_t*>(directory), reinterpret_cast<const char16_t* const*>(environment),
+                  flags)
+    {}
     Process(const Process&) = delete;
     Process& operator=(const Process&) = delete;
     // Closes the child's three streams (also those the caller still holds)

@@ -2,6 +2,7 @@
 #define QV_EXEC_SHAREDLIBRARY_H
 
 #include <qv/core/Object.h>
+#include <qv/core/TextSpelling.h>
 
 #include <cstdint>
 
@@ -17,7 +18,9 @@ public:
     // platform's code (0x80070002 for a missing file, 0x800700C1 for one that
     // is no loadable object).
     explicit SharedLibrary(const char16_t* path);
-    explicit SharedLibrary(const unsigned short* path);
+    template <class T, IfUShortText<T> = 0>
+    explicit SharedLibrary(const T* path) : SharedLibrary(reinterpret_cast<const char16_t*>(path))
+    {}
     SharedLibrary(const SharedLibrary&) = delete;
     SharedLibrary& operator=(const SharedLibrary&) = delete;
     // Throws ResultException when the platform fails to unload it.
@@ -26,7 +29,11 @@ public:
     // The address of an exported symbol. ResultException "Failed to get
     // symbol." with the platform's code (0x8007007F when there is none).
     void* getSymbol(const char16_t* name) const;
-    void* getSymbol(const unsigned short* name) const;
+    template <class T, IfUShortText<T> = 0>
+    void* getSymbol(const T* name) const
+    {
+        return getSymbol(reinterpret_cast<const char16_t*>(name));
+    }
 
 private:
     int32_t m_handle;

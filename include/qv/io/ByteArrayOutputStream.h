@@ -1,6 +1,7 @@
 #ifndef QV_IO_BYTEARRAYOUTPUTSTREAM_H
 #define QV_IO_BYTEARRAYOUTPUTSTREAM_H
 
+#include <qv/core/TextSpelling.h>
 #include <qv/io/OutputStream.h>
 #include <qv/lang/String.h>
 
@@ -34,7 +35,11 @@ public:
     // UnknownEncodingException).
     String toString() override;
     String toString(const char16_t* encoding) const;
-    String toString(const unsigned short* encoding) const;
+    template <class T, IfUShortText<T> = 0>
+    String toString(const T* encoding) const
+    {
+        return toString(reinterpret_cast<const char16_t*>(encoding));
+    }
 
     // Additions: the number of bytes collected, the size of the block, the
     // collected bytes in place (valid until the next write), and a way to

@@ -1,6 +1,7 @@
 #ifndef QV_IO_CHARARRAYWRITER_H
 #define QV_IO_CHARARRAYWRITER_H
 
+#include <qv/core/TextSpelling.h>
 #include <qv/io/Writer.h>
 #include <qv/lang/String.h>
 
@@ -30,7 +31,8 @@ public:
     void reset() noexcept { m_count = 0; }
     // Copies min(max, size()) units and returns that number.
     int32_t getChars(char16_t* destination, int32_t max) const;
-    int32_t getChars(unsigned short* destination, int32_t max) const
+    template <class T, IfUShortText<T> = 0>
+    int32_t getChars(T* destination, int32_t max) const
     {
         return getChars(reinterpret_cast<char16_t*>(destination), max);
     }

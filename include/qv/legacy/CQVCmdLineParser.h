@@ -3,6 +3,7 @@
 
 #include <qv/core/Object.h>
 #include <qv/core/Result.h>
+#include <qv/core/TextSpelling.h>
 #include <qv/util/CmdLineParser.h>
 
 #include <cstdint>
@@ -34,27 +35,39 @@ public:
     util::CmdLineParser& GetParser();
 
     // The same with the unsigned short spelling of UTF-16.
-    Result AddOption(char16_t shortName, const unsigned short* longName, bool takesValue,
-                     const unsigned short* description)
+    template <class T, IfUShortText<T> = 0>
+    Result AddOption(char16_t shortName, const T* longName, bool takesValue, const T* description)
     {
         return AddOption(shortName, reinterpret_cast<const char16_t*>(longName), takesValue,
                          reinterpret_cast<const char16_t*>(description));
     }
-    Result Parse(const unsigned short* commandLine) { return Parse(reinterpret_cast<const char16_t*>(commandLine)); }
-    bool IsSet(const unsigned short* name) const { return IsSet(reinterpret_cast<const char16_t*>(name)); }
-    Result GetValue(const unsigned short* name, unsigned short* buffer, unsigned int size) const
+    template <class T, IfUShortText<T> = 0>
+    Result Parse(const T* commandLine)
+    {
+        return Parse(reinterpret_cast<const char16_t*>(commandLine));
+    }
+    template <class T, IfUShortText<T> = 0>
+    bool IsSet(const T* name) const
+    {
+        return IsSet(reinterpret_cast<const char16_t*>(name));
+    }
+    template <class T, IfUShortText<T> = 0>
+    Result GetValue(const T* name, T* buffer, unsigned int size) const
     {
         return GetValue(reinterpret_cast<const char16_t*>(name), reinterpret_cast<char16_t*>(buffer), size);
     }
-    Result GetArgument(int32_t index, unsigned short* buffer, unsigned int size) const
+    template <class T, IfUShortText<T> = 0>
+    Result GetArgument(int32_t index, T* buffer, unsigned int size) const
     {
         return GetArgument(index, reinterpret_cast<char16_t*>(buffer), size);
     }
-    Result GetUsage(unsigned short* buffer, unsigned int size) const
+    template <class T, IfUShortText<T> = 0>
+    Result GetUsage(T* buffer, unsigned int size) const
     {
         return GetUsage(reinterpret_cast<char16_t*>(buffer), size);
     }
-    Result GetLastError(unsigned short* buffer, unsigned int size) const
+    template <class T, IfUShortText<T> = 0>
+    Result GetLastError(T* buffer, unsigned int size) const
     {
         return GetLastError(reinterpret_cast<char16_t*>(buffer), size);
     }

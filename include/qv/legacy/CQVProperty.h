@@ -4,6 +4,7 @@
 #include <qv/core/Object.h>
 #include <qv/core/Reference.h>
 #include <qv/core/Result.h>
+#include <qv/core/TextSpelling.h>
 #include <qv/util/Property.h>
 
 namespace qv {
@@ -24,15 +25,21 @@ public:
     Reference<util::Property> GetProperty() const;
 
     // The same with the unsigned short spelling of UTF-16.
-    Result GetName(unsigned short* buffer, unsigned int size) const
+    template <class T, IfUShortText<T> = 0>
+    Result GetName(T* buffer, unsigned int size) const
     {
         return GetName(reinterpret_cast<char16_t*>(buffer), size);
     }
-    Result GetValue(unsigned short* buffer, unsigned int size) const
+    template <class T, IfUShortText<T> = 0>
+    Result GetValue(T* buffer, unsigned int size) const
     {
         return GetValue(reinterpret_cast<char16_t*>(buffer), size);
     }
-    Result SetValue(const unsigned short* value) { return SetValue(reinterpret_cast<const char16_t*>(value)); }
+    template <class T, IfUShortText<T> = 0>
+    Result SetValue(const T* value)
+    {
+        return SetValue(reinterpret_cast<const char16_t*>(value));
+    }
 
 private:
     Reference<util::Property> m_property;

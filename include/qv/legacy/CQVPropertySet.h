@@ -4,6 +4,7 @@
 #include <qv/core/Object.h>
 #include <qv/core/Reference.h>
 #include <qv/core/Result.h>
+#include <qv/core/TextSpelling.h>
 #include <qv/legacy/CQVProperty.h>
 #include <qv/util/PropertySet.h>
 
@@ -33,21 +34,36 @@ public:
     util::PropertySet& GetPropertySet();
 
     // The same with the unsigned short spelling of UTF-16.
-    Result SetValue(const unsigned short* name, const unsigned short* value)
+    template <class T, IfUShortText<T> = 0>
+    Result SetValue(const T* name, const T* value)
     {
         return SetValue(reinterpret_cast<const char16_t*>(name), reinterpret_cast<const char16_t*>(value));
     }
-    Result GetValue(const unsigned short* name, unsigned short* buffer, unsigned int size) const
+    template <class T, IfUShortText<T> = 0>
+    Result GetValue(const T* name, T* buffer, unsigned int size) const
     {
         return GetValue(reinterpret_cast<const char16_t*>(name), reinterpret_cast<char16_t*>(buffer), size);
     }
-    Result Remove(const unsigned short* name) { return Remove(reinterpret_cast<const char16_t*>(name)); }
-    Result GetName(int32_t index, unsigned short* buffer, unsigned int size) const
+    template <class T, IfUShortText<T> = 0>
+    Result Remove(const T* name)
+    {
+        return Remove(reinterpret_cast<const char16_t*>(name));
+    }
+    template <class T, IfUShortText<T> = 0>
+    Result GetName(int32_t index, T* buffer, unsigned int size) const
     {
         return GetName(index, reinterpret_cast<char16_t*>(buffer), size);
     }
-    Result Load(const unsigned short* path) { return Load(reinterpret_cast<const char16_t*>(path)); }
-    Result Save(const unsigned short* path) const { return Save(reinterpret_cast<const char16_t*>(path)); }
+    template <class T, IfUShortText<T> = 0>
+    Result Load(const T* path)
+    {
+        return Load(reinterpret_cast<const char16_t*>(path));
+    }
+    template <class T, IfUShortText<T> = 0>
+    Result Save(const T* path) const
+    {
+        return Save(reinterpret_cast<const char16_t*>(path));
+    }
 
 private:
     util::PropertySet m_set;

@@ -34,13 +34,6 @@ Process::Process(const char16_t* program, const char16_t* arguments, const char1
     m_stderr = std::move(error);
 }
 
-Process::Process(const unsigned short* program, const unsigned short* arguments, const unsigned short* directory,
-                 const unsigned short* const* environment, unsigned flags)
-    : Process(reinterpret_cast<const char16_t*>(program), reinterpret_cast<const char16_t*>(arguments),
-              reinterpret_cast<const char16_t*>(directory), reinterpret_cast<const char16_t* const*>(environment),
-              flags)
-{}
-
 Process::~Process() noexcept(false)
 {
     // A close that fails has still given the descriptor back.

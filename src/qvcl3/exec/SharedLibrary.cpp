@@ -20,8 +20,6 @@ QVHANDLE openLibrary(const char16_t* path)
 
 SharedLibrary::SharedLibrary(const char16_t* path) : m_handle(openLibrary(path)) {}
 
-SharedLibrary::SharedLibrary(const unsigned short* path) : SharedLibrary(reinterpret_cast<const char16_t*>(path)) {}
-
 SharedLibrary::~SharedLibrary() noexcept(false)
 {
     qvcom::throwIfFailed(QVModuleLibClose(m_handle));
@@ -32,11 +30,6 @@ void* SharedLibrary::getSymbol(const char16_t* name) const
     void* address = nullptr;
     throwIfFailed(QVLibGetSymbol(m_handle, name, &address), strLit(u"Failed to get symbol."));
     return address;
-}
-
-void* SharedLibrary::getSymbol(const unsigned short* name) const
-{
-    return getSymbol(reinterpret_cast<const char16_t*>(name));
 }
 
 } // namespace exec

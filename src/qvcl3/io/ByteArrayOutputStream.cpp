@@ -96,10 +96,5 @@ String ByteArrayOutputStream::toString(const char16_t* encoding) const
     return String(m_count > 0 ? m_buf : empty, m_count, encoding);
 }
 
-String ByteArrayOutputStream::toString(const unsigned short* encoding) const
-{
-    return toString(reinterpret_cast<const char16_t*>(encoding));
-}
-
 } // namespace io
 } // namespace qv
