@@ -25,7 +25,25 @@ Result resultOf(const E& e)
     return qv::qvcom::guardBoundary([&]() -> Result { throw e; });
 }
 
+// Written as a caller subclasses: a description of its own and a code.
+class DescribedException : public qv::Exception {
+public:
+    qv::String getDescription() override { return qv::String(u"described"); }
+    Result getResult() const override { return code(0x80070002u); }
+};
+
 } // namespace
+
+TEST(Exception, SubclassDescriptionAndCodeReachConstHandlers)
+{
+    try {
+        throw DescribedException();
+    } catch (const qv::Exception& e) {
+        EXPECT_TRUE(e.getDescription().equals(u"described"));
+        EXPECT_EQ(e.getResult(), code(0x80070002u));
+    }
+    EXPECT_EQ(resultOf(DescribedException()), code(0x80070002u));
+}
 
 TEST(Exception, BoundaryRuleTurnsThrowsIntoCodes)
 {

@@ -19,7 +19,10 @@ public:
     ~Exception() override;
 
     // A copy of the message (empty for a default-constructed exception).
-    virtual String getDescription() const;
+    virtual String getDescription();
+    // Handlers catch by const reference: this forwards to the overridable
+    // form above, so subclasses override only that one.
+    String getDescription() const;
     // The result code that stands for this exception at a component boundary.
     virtual Result getResult() const;
 

@@ -17,9 +17,14 @@ Exception& Exception::operator=(const Exception& other)
 
 Exception::~Exception() = default;
 
-String Exception::getDescription() const
+String Exception::getDescription()
 {
     return m_message;
+}
+
+String Exception::getDescription() const
+{
+    return const_cast<Exception*>(this)->getDescription();
 }
 
 Result Exception::getResult() const
