@@ -137,5 +137,83 @@ TEST(CharsetBasics, ConvertersAreRegisteredLibraryObjects)
               qvtest::messageOf<UnknownEncodingException>([] { CTBCodePage unknown(1); }, 0x8BB34103u));
 }
 
+// A caller's converter pair, every overridable query written non-const as
+// callers write them; const holders must still reach these overrides.
+class LatinOneDecoder : public ByteToCharConverter {
+public:
+    int32_t convert(const signed char* in, int32_t* inPos, int32_t inEnd, char16_t* out, int32_t* outPos,
+                    int32_t outEnd) override
+    {
+        const int32_t start = *outPos;
+        while (*inPos < inEnd && *outPos < outEnd) {
+            out[(*outPos)++] = static_cast<unsigned char>(in[(*inPos)++]);
+        }
+        return *outPos - start;
+    }
+    int32_t flush(char16_t*, int32_t*, int32_t) override { return 0; }
+    void reset() override {}
+    const char16_t* getEncodingName() override { return u"CALLER-1"; }
+    int getMaxBytesPerChar() override { return 1; }
+    int getMaxCharsPerByte() override { return 1; }
+    bool getSubstitutionMode() override { return false; }
+    int getSubstitutionChars(char16_t* dest, int max) override
+    {
+        if (dest != nullptr && max > 0) {
+            dest[0] = u'#';
+        }
+        return 1;
+    }
+};
+
+class LatinOneEncoder : public CharToByteConverter {
+public:
+    int32_t convert(const char16_t* in, int32_t* inPos, int32_t inEnd, signed char* out, int32_t* outPos,
+                    int32_t outEnd) override
+    {
+        const int32_t start = *outPos;
+        while (*inPos < inEnd && *outPos < outEnd) {
+            out[(*outPos)++] = static_cast<signed char>(in[(*inPos)++]);
+        }
+        return *outPos - start;
+    }
+    int32_t flush(signed char*, int32_t*, int32_t) override { return 0; }
+    void reset() override {}
+    const char16_t* getEncodingName() override { return u"CALLER-1"; }
+    int getMaxBytesPerChar() override { return 2; }
+    int getMaxCharsPerByte() override { return 1; }
+    bool getSubstitutionMode() override { return false; }
+    int getSubstitutionBytes(signed char* dest, int max) override
+    {
+        if (dest != nullptr && max > 0) {
+            dest[0] = '#';
+        }
+        return 1;
+    }
+};
+
+TEST(CharsetBasics, CallerConvertersAnswerThroughConstHolders)
+{
+    qv::Reference<LatinOneDecoder> decoder(new LatinOneDecoder);
+    const ByteToCharConverter& constDecoder = *decoder;
+    EXPECT_TRUE(Text(constDecoder.getEncodingName()) == u"CALLER-1");
+    EXPECT_FALSE(constDecoder.getSubstitutionMode());
+    char16_t unit = 0;
+    EXPECT_EQ(constDecoder.getSubstitutionChars(&unit, 1), 1);
+    EXPECT_EQ(unit, u'#');
+    unsigned short wide = 0;
+    EXPECT_EQ(constDecoder.getSubstitutionChars(&wide, 1), 1);
+    EXPECT_EQ(wide, u'#');
+
+    qv::Reference<LatinOneEncoder> encoder(new LatinOneEncoder);
+    const CharToByteConverter& constEncoder = *encoder;
+    EXPECT_TRUE(Text(constEncoder.getEncodingName()) == u"CALLER-1");
+    EXPECT_EQ(constEncoder.getMaxBytesPerChar(), 2);
+    EXPECT_EQ(constEncoder.getMaxCharsPerByte(), 1);
+    signed char byte = 0;
+    EXPECT_EQ(constEncoder.getSubstitutionBytes(&byte, 1), 1);
+    EXPECT_EQ(byte, '#');
+    EXPECT_TRUE(encodeAll(*encoder, Text(u"\u00E9")) == Bytes("\xE9"));
+}
+
 } // namespace
 } // namespace charset_test

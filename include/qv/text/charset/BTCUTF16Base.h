@@ -18,8 +18,8 @@ public:
                     int32_t outEnd) override;
     int32_t flush(char16_t* out, int32_t* outPos, int32_t outEnd) override;
     void reset() override;
-    int getMaxBytesPerChar() const override;
-    int getMaxCharsPerByte() const override;
+    int getMaxBytesPerChar() override;
+    int getMaxCharsPerByte() override;
 
 protected:
     // Detect: a leading byte order mark chooses the order and is dropped;

@@ -11,7 +11,7 @@ namespace charset {
 class QV_EXPORT BTCUTF16LE : public BTCUTF16Base {
 public:
     BTCUTF16LE();
-    const char16_t* getEncodingName() const override;
+    const char16_t* getEncodingName() override;
 };
 
 } // namespace charset

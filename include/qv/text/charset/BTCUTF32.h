@@ -11,7 +11,7 @@ namespace charset {
 class QV_EXPORT BTCUTF32 : public BTCUTF32Base {
 public:
     BTCUTF32();
-    const char16_t* getEncodingName() const override;
+    const char16_t* getEncodingName() override;
 };
 
 } // namespace charset

@@ -20,9 +20,9 @@ public:
                     int32_t outEnd) override;
     int32_t flush(char16_t* out, int32_t* outPos, int32_t outEnd) override;
     void reset() override;
-    const char16_t* getEncodingName() const override;
-    int getMaxBytesPerChar() const override;
-    int getMaxCharsPerByte() const override;
+    const char16_t* getEncodingName() override;
+    int getMaxBytesPerChar() override;
+    int getMaxCharsPerByte() override;
 
 private:
     struct State {

@@ -42,18 +42,27 @@ public:
                             int32_t outEnd) = 0;
     virtual int32_t flush(char16_t* out, int32_t* outPos, int32_t outEnd) = 0;
     virtual void reset() = 0;
-    virtual const char16_t* getEncodingName() const = 0;
-    virtual int getMaxBytesPerChar() const = 0;
-    virtual int getMaxCharsPerByte() const = 0;
+    virtual const char16_t* getEncodingName() = 0;
+    virtual int getMaxBytesPerChar() = 0;
+    virtual int getMaxCharsPerByte() = 0;
 
-    virtual bool getSubstitutionMode() const;
+    virtual bool getSubstitutionMode();
     virtual void setSubstitutionMode(bool on);
     // With a null dest returns the length; otherwise copies min(max, length)
     // code units and returns that number.
-    virtual int getSubstitutionChars(char16_t* dest, int max) const;
+    virtual int getSubstitutionChars(char16_t* dest, int max);
     // At most 3 code units; a longer or negative count throws
     // RangeErrorException and leaves the substitution unchanged.
     virtual void setSubstitutionChars(const char16_t* chars, int count);
+
+    // The overridable queries above are not const, yet callers ask const
+    // converters too: these forward to them, so subclasses override only the
+    // forms above.
+    const char16_t* getEncodingName() const;
+    int getMaxBytesPerChar() const;
+    int getMaxCharsPerByte() const;
+    bool getSubstitutionMode() const;
+    int getSubstitutionChars(char16_t* dest, int max) const;
 
     template <class T, IfUShortText<T> = 0>
     int32_t convert(const signed char* in, int32_t* inPos, int32_t inEnd, T* out, int32_t* outPos, int32_t outEnd)

@@ -11,7 +11,7 @@ namespace charset {
 class QV_EXPORT CTBUTF16 : public CTBUTF16Base {
 public:
     CTBUTF16();
-    const char16_t* getEncodingName() const override;
+    const char16_t* getEncodingName() override;
 };
 
 } // namespace charset

@@ -11,7 +11,7 @@ namespace charset {
 class QV_EXPORT CTBUTF16LE : public CTBUTF16Base {
 public:
     CTBUTF16LE();
-    const char16_t* getEncodingName() const override;
+    const char16_t* getEncodingName() override;
 };
 
 } // namespace charset

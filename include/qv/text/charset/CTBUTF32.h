@@ -11,7 +11,7 @@ namespace charset {
 class QV_EXPORT CTBUTF32 : public CTBUTF32Base {
 public:
     CTBUTF32();
-    const char16_t* getEncodingName() const override;
+    const char16_t* getEncodingName() override;
 };
 
 } // namespace charset

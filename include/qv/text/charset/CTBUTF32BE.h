@@ -11,7 +11,7 @@ namespace charset {
 class QV_EXPORT CTBUTF32BE : public CTBUTF32Base {
 public:
     CTBUTF32BE();
-    const char16_t* getEncodingName() const override;
+    const char16_t* getEncodingName() override;
 };
 
 } // namespace charset

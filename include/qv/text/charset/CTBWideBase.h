@@ -19,8 +19,8 @@ public:
                     int32_t outEnd) override;
     int32_t flush(signed char* out, int32_t* outPos, int32_t outEnd) override;
     void reset() override;
-    int getMaxBytesPerChar() const override;
-    int getMaxCharsPerByte() const override;
+    int getMaxBytesPerChar() override;
+    int getMaxCharsPerByte() override;
 
 protected:
     CTBWideBase(bool bigEndian, bool byteOrderMark);

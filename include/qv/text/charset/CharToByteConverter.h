@@ -36,18 +36,27 @@ public:
                             int32_t outEnd) = 0;
     virtual int32_t flush(signed char* out, int32_t* outPos, int32_t outEnd) = 0;
     virtual void reset() = 0;
-    virtual const char16_t* getEncodingName() const = 0;
-    virtual int getMaxBytesPerChar() const = 0;
-    virtual int getMaxCharsPerByte() const = 0;
+    virtual const char16_t* getEncodingName() = 0;
+    virtual int getMaxBytesPerChar() = 0;
+    virtual int getMaxCharsPerByte() = 0;
 
-    virtual bool getSubstitutionMode() const;
+    virtual bool getSubstitutionMode();
     virtual void setSubstitutionMode(bool on);
     // With a null dest returns the length; otherwise copies min(max, length)
     // bytes and returns that number.
-    virtual int getSubstitutionBytes(signed char* dest, int max) const;
+    virtual int getSubstitutionBytes(signed char* dest, int max);
     // At most 7 bytes; a longer or negative count throws RangeErrorException
     // and leaves the substitution unchanged.
     virtual void setSubstitutionBytes(const signed char* bytes, int count);
+
+    // The overridable queries above are not const, yet callers ask const
+    // converters too: these forward to them, so subclasses override only the
+    // forms above.
+    const char16_t* getEncodingName() const;
+    int getMaxBytesPerChar() const;
+    int getMaxCharsPerByte() const;
+    bool getSubstitutionMode() const;
+    int getSubstitutionBytes(signed char* dest, int max) const;
 
     template <class T, IfUShortText<T> = 0>
     int32_t convert(const T* in, int32_t* inPos, int32_t inEnd, signed char* out, int32_t* outPos, int32_t outEnd)

@@ -107,17 +107,17 @@ void BTCAMP7::reset()
     m_state = State{};
 }
 
-const char16_t* BTCAMP7::getEncodingName() const
+const char16_t* BTCAMP7::getEncodingName()
 {
     return u"AMP-7";
 }
 
-int BTCAMP7::getMaxBytesPerChar() const
+int BTCAMP7::getMaxBytesPerChar()
 {
     return 5;
 }
 
-int BTCAMP7::getMaxCharsPerByte() const
+int BTCAMP7::getMaxCharsPerByte()
 {
     return 1;
 }

@@ -214,17 +214,17 @@ void BTCCodePage::reset()
     m_iconv->reset();
 }
 
-const char16_t* BTCCodePage::getEncodingName() const
+const char16_t* BTCCodePage::getEncodingName()
 {
     return m_info->name;
 }
 
-int BTCCodePage::getMaxBytesPerChar() const
+int BTCCodePage::getMaxBytesPerChar()
 {
     return m_info->maxBytesPerChar;
 }
 
-int BTCCodePage::getMaxCharsPerByte() const
+int BTCCodePage::getMaxCharsPerByte()
 {
     return 1;
 }

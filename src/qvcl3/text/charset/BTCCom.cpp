@@ -31,17 +31,17 @@ void BTCCom::reset()
     detail::checkComponentResult(m_component->Reset());
 }
 
-const char16_t* BTCCom::getEncodingName() const
+const char16_t* BTCCom::getEncodingName()
 {
     return m_name ? m_name : u"";
 }
 
-int BTCCom::getMaxBytesPerChar() const
+int BTCCom::getMaxBytesPerChar()
 {
     return m_maxBytesPerChar;
 }
 
-int BTCCom::getMaxCharsPerByte() const
+int BTCCom::getMaxCharsPerByte()
 {
     return m_maxCharsPerByte;
 }

@@ -98,17 +98,17 @@ int32_t BTCSingleByte::flush(char16_t* out, int32_t* outPos, int32_t outEnd)
 
 void BTCSingleByte::reset() {}
 
-const char16_t* BTCSingleByte::getEncodingName() const
+const char16_t* BTCSingleByte::getEncodingName()
 {
     return m_code->name;
 }
 
-int BTCSingleByte::getMaxBytesPerChar() const
+int BTCSingleByte::getMaxBytesPerChar()
 {
     return 1;
 }
 
-int BTCSingleByte::getMaxCharsPerByte() const
+int BTCSingleByte::getMaxCharsPerByte()
 {
     return 1;
 }

@@ -141,33 +141,33 @@ void BTCUTF16Base::reset()
     m_state = State{m_initialOrder, false, 0, 0};
 }
 
-int BTCUTF16Base::getMaxBytesPerChar() const
+int BTCUTF16Base::getMaxBytesPerChar()
 {
     return 2;
 }
 
-int BTCUTF16Base::getMaxCharsPerByte() const
+int BTCUTF16Base::getMaxCharsPerByte()
 {
     return 1;
 }
 
 BTCUTF16LE::BTCUTF16LE() : BTCUTF16Base(ByteOrder::Little) {}
 
-const char16_t* BTCUTF16LE::getEncodingName() const
+const char16_t* BTCUTF16LE::getEncodingName()
 {
     return u"UTF-16LE";
 }
 
 BTCUTF16BE::BTCUTF16BE() : BTCUTF16Base(ByteOrder::Big) {}
 
-const char16_t* BTCUTF16BE::getEncodingName() const
+const char16_t* BTCUTF16BE::getEncodingName()
 {
     return u"UTF-16BE";
 }
 
 BTCUTF16::BTCUTF16() : BTCUTF16Base(ByteOrder::Detect) {}
 
-const char16_t* BTCUTF16::getEncodingName() const
+const char16_t* BTCUTF16::getEncodingName()
 {
     return u"UTF-16";
 }

@@ -115,33 +115,33 @@ void BTCUTF32Base::reset()
     m_state = State{m_initialOrder, 0, {0, 0, 0, 0}};
 }
 
-int BTCUTF32Base::getMaxBytesPerChar() const
+int BTCUTF32Base::getMaxBytesPerChar()
 {
     return 4;
 }
 
-int BTCUTF32Base::getMaxCharsPerByte() const
+int BTCUTF32Base::getMaxCharsPerByte()
 {
     return 1;
 }
 
 BTCUTF32LE::BTCUTF32LE() : BTCUTF32Base(ByteOrder::Little) {}
 
-const char16_t* BTCUTF32LE::getEncodingName() const
+const char16_t* BTCUTF32LE::getEncodingName()
 {
     return u"UTF-32LE";
 }
 
 BTCUTF32BE::BTCUTF32BE() : BTCUTF32Base(ByteOrder::Big) {}
 
-const char16_t* BTCUTF32BE::getEncodingName() const
+const char16_t* BTCUTF32BE::getEncodingName()
 {
     return u"UTF-32BE";
 }
 
 BTCUTF32::BTCUTF32() : BTCUTF32Base(ByteOrder::Detect) {}
 
-const char16_t* BTCUTF32::getEncodingName() const
+const char16_t* BTCUTF32::getEncodingName()
 {
     return u"UTF-32";
 }

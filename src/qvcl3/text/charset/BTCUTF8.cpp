@@ -390,17 +390,17 @@ void BTCUTF8::reset()
     m_state = State{0, 0, 0x80, 0xBF};
 }
 
-const char16_t* BTCUTF8::getEncodingName() const
+const char16_t* BTCUTF8::getEncodingName()
 {
     return u"UTF-8";
 }
 
-int BTCUTF8::getMaxBytesPerChar() const
+int BTCUTF8::getMaxBytesPerChar()
 {
     return 3;
 }
 
-int BTCUTF8::getMaxCharsPerByte() const
+int BTCUTF8::getMaxCharsPerByte()
 {
     return 1;
 }

@@ -16,7 +16,7 @@ ByteToCharConverter& ByteToCharConverter::operator=(const ByteToCharConverter& o
 
 ByteToCharConverter::~ByteToCharConverter() = default;
 
-bool ByteToCharConverter::getSubstitutionMode() const
+bool ByteToCharConverter::getSubstitutionMode()
 {
     return substitutionMode;
 }
@@ -26,7 +26,7 @@ void ByteToCharConverter::setSubstitutionMode(bool on)
     substitutionMode = on;
 }
 
-int ByteToCharConverter::getSubstitutionChars(char16_t* dest, int max) const
+int ByteToCharConverter::getSubstitutionChars(char16_t* dest, int max)
 {
     if (dest == nullptr) {
         return substitutionCount;
@@ -50,6 +50,31 @@ void ByteToCharConverter::setSubstitutionChars(const char16_t* chars, int count)
         substitutionChars[i] = chars[i];
     }
     substitutionCount = count;
+}
+
+const char16_t* ByteToCharConverter::getEncodingName() const
+{
+    return const_cast<ByteToCharConverter*>(this)->getEncodingName();
+}
+
+int ByteToCharConverter::getMaxBytesPerChar() const
+{
+    return const_cast<ByteToCharConverter*>(this)->getMaxBytesPerChar();
+}
+
+int ByteToCharConverter::getMaxCharsPerByte() const
+{
+    return const_cast<ByteToCharConverter*>(this)->getMaxCharsPerByte();
+}
+
+bool ByteToCharConverter::getSubstitutionMode() const
+{
+    return const_cast<ByteToCharConverter*>(this)->getSubstitutionMode();
+}
+
+int ByteToCharConverter::getSubstitutionChars(char16_t* dest, int max) const
+{
+    return const_cast<ByteToCharConverter*>(this)->getSubstitutionChars(dest, max);
 }
 
 } // namespace charset

@@ -137,17 +137,17 @@ void CTBAMP7::reset()
     m_state = State{};
 }
 
-const char16_t* CTBAMP7::getEncodingName() const
+const char16_t* CTBAMP7::getEncodingName()
 {
     return u"AMP-7";
 }
 
-int CTBAMP7::getMaxBytesPerChar() const
+int CTBAMP7::getMaxBytesPerChar()
 {
     return 5;
 }
 
-int CTBAMP7::getMaxCharsPerByte() const
+int CTBAMP7::getMaxCharsPerByte()
 {
     return 1;
 }

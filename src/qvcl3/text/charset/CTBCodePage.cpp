@@ -145,17 +145,17 @@ void CTBCodePage::reset()
     m_iconv->reset();
 }
 
-const char16_t* CTBCodePage::getEncodingName() const
+const char16_t* CTBCodePage::getEncodingName()
 {
     return m_info->name;
 }
 
-int CTBCodePage::getMaxBytesPerChar() const
+int CTBCodePage::getMaxBytesPerChar()
 {
     return m_info->maxBytesPerChar;
 }
 
-int CTBCodePage::getMaxCharsPerByte() const
+int CTBCodePage::getMaxCharsPerByte()
 {
     return 1;
 }

@@ -31,17 +31,17 @@ void CTBCom::reset()
     detail::checkComponentResult(m_component->Reset());
 }
 
-const char16_t* CTBCom::getEncodingName() const
+const char16_t* CTBCom::getEncodingName()
 {
     return m_name ? m_name : u"";
 }
 
-int CTBCom::getMaxBytesPerChar() const
+int CTBCom::getMaxBytesPerChar()
 {
     return m_maxBytesPerChar;
 }
 
-int CTBCom::getMaxCharsPerByte() const
+int CTBCom::getMaxCharsPerByte()
 {
     return m_maxCharsPerByte;
 }

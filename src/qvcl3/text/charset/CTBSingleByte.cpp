@@ -108,17 +108,17 @@ void CTBSingleByte::reset()
     m_high = 0;
 }
 
-const char16_t* CTBSingleByte::getEncodingName() const
+const char16_t* CTBSingleByte::getEncodingName()
 {
     return m_code->name;
 }
 
-int CTBSingleByte::getMaxBytesPerChar() const
+int CTBSingleByte::getMaxBytesPerChar()
 {
     return 1;
 }
 
-int CTBSingleByte::getMaxCharsPerByte() const
+int CTBSingleByte::getMaxCharsPerByte()
 {
     return 1;
 }

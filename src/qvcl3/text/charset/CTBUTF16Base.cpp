@@ -8,21 +8,21 @@ CTBUTF16Base::CTBUTF16Base(bool bigEndian, bool byteOrderMark) : CTBWideBase<2>(
 
 CTBUTF16LE::CTBUTF16LE() : CTBUTF16Base(false, false) {}
 
-const char16_t* CTBUTF16LE::getEncodingName() const
+const char16_t* CTBUTF16LE::getEncodingName()
 {
     return u"UTF-16LE";
 }
 
 CTBUTF16BE::CTBUTF16BE() : CTBUTF16Base(true, false) {}
 
-const char16_t* CTBUTF16BE::getEncodingName() const
+const char16_t* CTBUTF16BE::getEncodingName()
 {
     return u"UTF-16BE";
 }
 
 CTBUTF16::CTBUTF16() : CTBUTF16Base(true, true) {}
 
-const char16_t* CTBUTF16::getEncodingName() const
+const char16_t* CTBUTF16::getEncodingName()
 {
     return u"UTF-16";
 }

@@ -8,21 +8,21 @@ CTBUTF32Base::CTBUTF32Base(bool bigEndian, bool byteOrderMark) : CTBWideBase<4>(
 
 CTBUTF32LE::CTBUTF32LE() : CTBUTF32Base(false, false) {}
 
-const char16_t* CTBUTF32LE::getEncodingName() const
+const char16_t* CTBUTF32LE::getEncodingName()
 {
     return u"UTF-32LE";
 }
 
 CTBUTF32BE::CTBUTF32BE() : CTBUTF32Base(true, false) {}
 
-const char16_t* CTBUTF32BE::getEncodingName() const
+const char16_t* CTBUTF32BE::getEncodingName()
 {
     return u"UTF-32BE";
 }
 
 CTBUTF32::CTBUTF32() : CTBUTF32Base(true, true) {}
 
-const char16_t* CTBUTF32::getEncodingName() const
+const char16_t* CTBUTF32::getEncodingName()
 {
     return u"UTF-32";
 }

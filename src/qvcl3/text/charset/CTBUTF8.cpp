@@ -475,17 +475,17 @@ void CTBUTF8::reset()
     m_state = State{0};
 }
 
-const char16_t* CTBUTF8::getEncodingName() const
+const char16_t* CTBUTF8::getEncodingName()
 {
     return u"UTF-8";
 }
 
-int CTBUTF8::getMaxBytesPerChar() const
+int CTBUTF8::getMaxBytesPerChar()
 {
     return 3;
 }
 
-int CTBUTF8::getMaxCharsPerByte() const
+int CTBUTF8::getMaxCharsPerByte()
 {
     return 1;
 }

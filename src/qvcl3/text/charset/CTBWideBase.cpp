@@ -179,13 +179,13 @@ void CTBWideBase<Width>::reset()
 }
 
 template <int Width>
-int CTBWideBase<Width>::getMaxBytesPerChar() const
+int CTBWideBase<Width>::getMaxBytesPerChar()
 {
     return Width;
 }
 
 template <int Width>
-int CTBWideBase<Width>::getMaxCharsPerByte() const
+int CTBWideBase<Width>::getMaxCharsPerByte()
 {
     return 1;
 }

@@ -16,7 +16,7 @@ CharToByteConverter& CharToByteConverter::operator=(const CharToByteConverter& o
 
 CharToByteConverter::~CharToByteConverter() = default;
 
-bool CharToByteConverter::getSubstitutionMode() const
+bool CharToByteConverter::getSubstitutionMode()
 {
     return substitutionMode;
 }
@@ -26,7 +26,7 @@ void CharToByteConverter::setSubstitutionMode(bool on)
     substitutionMode = on;
 }
 
-int CharToByteConverter::getSubstitutionBytes(signed char* dest, int max) const
+int CharToByteConverter::getSubstitutionBytes(signed char* dest, int max)
 {
     if (dest == nullptr) {
         return substitutionCount;
@@ -50,6 +50,31 @@ void CharToByteConverter::setSubstitutionBytes(const signed char* bytes, int cou
         substitutionBytes[i] = bytes[i];
     }
     substitutionCount = count;
+}
+
+const char16_t* CharToByteConverter::getEncodingName() const
+{
+    return const_cast<CharToByteConverter*>(this)->getEncodingName();
+}
+
+int CharToByteConverter::getMaxBytesPerChar() const
+{
+    return const_cast<CharToByteConverter*>(this)->getMaxBytesPerChar();
+}
+
+int CharToByteConverter::getMaxCharsPerByte() const
+{
+    return const_cast<CharToByteConverter*>(this)->getMaxCharsPerByte();
+}
+
+bool CharToByteConverter::getSubstitutionMode() const
+{
+    return const_cast<CharToByteConverter*>(this)->getSubstitutionMode();
+}
+
+int CharToByteConverter::getSubstitutionBytes(signed char* dest, int max) const
+{
+    return const_cast<CharToByteConverter*>(this)->getSubstitutionBytes(dest, max);
 }
 
 } // namespace charset
