@@ -47,6 +47,13 @@ TEST(CodecRegistry, NamesAndAliasesAreFoundWhateverTheirCase)
         EXPECT_EQ(decoderName(name.first), name.second) << String(name.first).toUtf8();
         EXPECT_EQ(encoderName(name.first), name.second) << String(name.first).toUtf8();
     }
+    // Encoding names are ASCII, so narrow and UTF-32 spellings find the same rows.
+    EXPECT_EQ(std::u16string(ByteToCharConverter::getConverter("latin1")->getEncodingName()), u"ISO8859_1");
+    EXPECT_EQ(std::u16string(CharToByteConverter::getConverter(L"ascii7")->getEncodingName()), u"ASCII");
+    const unsigned short utf8[] = {'u', 't', 'f', '-', '8', 0};
+    EXPECT_EQ(std::u16string(ByteToCharConverter::getConverter(utf8)->getEncodingName()), u"UTF-8");
+    EXPECT_EQ(std::u16string(CharToByteConverter::getConverter(static_cast<const char*>(nullptr))->getEncodingName()),
+              CharToByteConverter::getDefaultConverter()->getEncodingName());
     // 45 rows, "ASCII" twice.
     EXPECT_EQ(CodecManager::getInstance()->getCodecCount(), 44);
 }
@@ -58,10 +65,15 @@ TEST(CodecRegistry, UnknownNamesThrowWithTheName)
             qvtest::messageOf<UnknownEncodingException>([&] { ByteToCharConverter::getConverter(name); }, 0x8BB34103u),
             String(name).toUtf8());
         EXPECT_THROW(CharToByteConverter::getConverter(name), UnknownEncodingException);
+        EXPECT_EQ(qvtest::messageOf<UnknownEncodingException>(
+                      [&] { CharToByteConverter::getConverter(String(name).toUtf8().c_str()); }),
+                  String(name).toUtf8());
         EXPECT_FALSE(CodecManager::getInstance()->getEncoder(name));
         EXPECT_FALSE(CodecManager::getInstance()->getDecoder(name));
     }
     EXPECT_FALSE(CodecManager::getInstance()->getDecoder(nullptr));
+    // A unit beyond 16 bits must not be cut down to "ASCII".
+    EXPECT_THROW(ByteToCharConverter::getConverter(L"\U00010041SCII"), UnknownEncodingException);
 }
 
 TEST(CodecRegistry, CodePagesAreConvertersWithoutRegisteredClasses)

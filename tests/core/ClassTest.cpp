@@ -58,6 +58,7 @@ TEST(Class, LookupByNameAndCreate)
     EXPECT_THROW(qv::Class::forName(u"qv::AccessViolationException")->createInstance(), qv::IllegalAccessException);
     const unsigned short wide[] = {'q', 'v', ':', ':', 'O', 'b', 'j', 'e', 'c', 't', 0};
     EXPECT_EQ(qv::Class::forName(wide), qv::Class::forName(u"qv::Object"));
+    EXPECT_EQ(qv::Class::forName(L"qv::Exception"), cls.get());
     EXPECT_EQ(qv::String(u"text").getClass(), qv::Class::forName(u"qv::String"));
 }
 
@@ -68,6 +69,9 @@ TEST(Class, UnknownNameOrTypeThrowsWithTheName)
     EXPECT_THROW(qv::Class::forName(u"qv::exception"), qv::ClassNotFoundException);
     EXPECT_THROW(qv::Class::forType(&typeid(Unregistered)), qv::ClassNotFoundException);
     EXPECT_THROW(qv::Class::forName(nullptr), qv::ClassNotFoundException);
+    EXPECT_EQ(qvtest::messageOf<qv::ClassNotFoundException>([] { qv::Class::forName(L"qv::NoSuch\u00e9\U0001F600"); }),
+              "qv::NoSuch\u00e9\U0001F600");
+    EXPECT_THROW(qv::Class::forName(static_cast<const wchar_t*>(nullptr)), qv::ClassNotFoundException);
     EXPECT_THROW(qv::ClassManager::getInstance()->lookupName(nullptr), qv::ClassNotFoundException);
 }
 

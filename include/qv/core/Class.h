@@ -40,10 +40,16 @@ public:
 
     // ClassNotFoundException when unknown.
     static Class* forName(const char16_t* name);
-    template <class T, IfUShortText<T> = 0>
+    // Also UTF-32 names (wchar_t here), converted to UTF-16 for the lookup. A
+    // template so that a null pointer literal still picks the char16_t form.
+    template <class T,
+              std::enable_if_t<std::is_same<T, unsigned short>::value || std::is_same<T, wchar_t>::value, int> = 0>
     static Class* forName(const T* name)
     {
-        return forName(reinterpret_cast<const char16_t*>(name));
+        if constexpr (std::is_same<T, wchar_t>::value)
+            return forWideName(name);
+        else
+            return forName(reinterpret_cast<const char16_t*>(name));
     }
     static Class* forType(const std::type_info* type);
 
@@ -51,6 +57,7 @@ public:
 
 private:
     friend class ClassManagerBase;
+    static Class* forWideName(const wchar_t* name);
     Class(const char16_t* name, const std::type_info* type, CreateFunction creator, InstanceTest test) noexcept;
 
     const char16_t* m_name;

@@ -1,6 +1,7 @@
 #ifndef QV_CORE_TEXTSPELLING_H
 #define QV_CORE_TEXTSPELLING_H
 
+#include <string>
 #include <type_traits>
 
 namespace qv {
@@ -11,6 +12,28 @@ namespace qv {
 // then picks the char16_t form instead of fitting both.
 template <class T>
 using IfUShortText = std::enable_if_t<std::is_same<T, unsigned short>::value, int>;
+
+// Names that are plain ASCII (encoding names) are also taken as narrow text
+// and as UTF-32 (wchar_t here).
+template <class T>
+using IfOtherNameText = std::enable_if_t<
+    std::is_same<T, unsigned short>::value || std::is_same<T, char>::value || std::is_same<T, wchar_t>::value, int>;
+
+// Such a name as UTF-16, unit by unit. A unit beyond the 16-bit range becomes
+// U+FFFD rather than being cut down, so it cannot alias another name.
+template <class T>
+std::u16string widenName(const T* name)
+{
+    std::u16string wide;
+    for (; *name; ++name) {
+        const auto unit = static_cast<std::make_unsigned_t<T>>(*name);
+        if constexpr (sizeof(T) > sizeof(char16_t))
+            wide.push_back(unit > 0xFFFFu ? u'\uFFFD' : static_cast<char16_t>(unit));
+        else
+            wide.push_back(static_cast<char16_t>(unit));
+    }
+    return wide;
+}
 
 } // namespace qv
 

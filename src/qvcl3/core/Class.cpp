@@ -2,6 +2,7 @@
 
 #include <qv/core/ClassManagerBase.h>
 #include <qv/core/Exception.h>
+#include <qv/lang/String.h>
 
 namespace qv {
 
@@ -28,6 +29,14 @@ Object* Class::createInstance() const
 Class* Class::forName(const char16_t* name)
 {
     return ClassManager::getInstance()->lookupName(name);
+}
+
+Class* Class::forWideName(const wchar_t* name)
+{
+    if (!name)
+        return forName(static_cast<const char16_t*>(nullptr));
+    const String converted(name);
+    return forName(converted.getData());
 }
 
 Class* Class::forType(const std::type_info* type)

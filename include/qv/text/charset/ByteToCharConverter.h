@@ -89,6 +89,13 @@ public:
     // through the CodecManager; a null name gives getDefaultConverter(). An
     // unknown name throws UnknownEncodingException carrying the name.
     static Reference<ByteToCharConverter> getConverter(const char16_t* name);
+    template <class T, IfOtherNameText<T> = 0>
+    static Reference<ByteToCharConverter> getConverter(const T* name)
+    {
+        if (!name)
+            return getConverter(static_cast<const char16_t*>(nullptr));
+        return getConverter(widenName(name).c_str());
+    }
     // The decoder of the process locale's code set, or ASCII when the registry
     // does not know that code set.
     static Reference<ByteToCharConverter> getDefaultConverter();

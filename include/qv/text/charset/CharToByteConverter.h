@@ -68,6 +68,13 @@ public:
     // through the CodecManager; a null name gives getDefaultConverter(). An
     // unknown name throws UnknownEncodingException carrying the name.
     static Reference<CharToByteConverter> getConverter(const char16_t* name);
+    template <class T, IfOtherNameText<T> = 0>
+    static Reference<CharToByteConverter> getConverter(const T* name)
+    {
+        if (!name)
+            return getConverter(static_cast<const char16_t*>(nullptr));
+        return getConverter(widenName(name).c_str());
+    }
     // The encoder of the process locale's code set, or ASCII when the registry
     // does not know that code set.
     static Reference<CharToByteConverter> getDefaultConverter();
