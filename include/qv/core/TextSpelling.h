@@ -13,6 +13,10 @@ namespace qv {
 template <class T>
 using IfUShortText = std::enable_if_t<std::is_same<T, unsigned short>::value, int>;
 
+// Either spelling, for the few calls whose two forms would be the same code.
+template <class T>
+using IfUtf16Text = std::enable_if_t<std::is_same<T, char16_t>::value || std::is_same<T, unsigned short>::value, int>;
+
 // Names that are plain ASCII (encoding names) are also taken as narrow text
 // and as UTF-32 (wchar_t here).
 template <class T>

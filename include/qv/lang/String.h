@@ -474,56 +474,32 @@ public:
     // The searches over wide text with its length (-1: NUL-terminated). Every
     // argument is required: with defaults, s.indexOf(u"x", 2) would take 2 as
     // the length instead of the start.
-    int32_t indexOf(const char16_t* text, int32_t textLength, int32_t from, bool ignoreCase) const
-    {
-        return indexOf(TextRef(text, textLength), from, ignoreCase);
-    }
-    template <class T, IfUShortText<T> = 0>
+    template <class T, IfUtf16Text<T> = 0>
     int32_t indexOf(const T* text, int32_t textLength, int32_t from, bool ignoreCase) const
     {
         return indexOf(TextRef(text, textLength), from, ignoreCase);
     }
-    int32_t lastIndexOf(const char16_t* text, int32_t textLength, int32_t from, bool ignoreCase) const
-    {
-        return lastIndexOf(TextRef(text, textLength), from, ignoreCase);
-    }
-    template <class T, IfUShortText<T> = 0>
+    template <class T, IfUtf16Text<T> = 0>
     int32_t lastIndexOf(const T* text, int32_t textLength, int32_t from, bool ignoreCase) const
     {
         return lastIndexOf(TextRef(text, textLength), from, ignoreCase);
     }
-    int32_t findFirstOf(const char16_t* text, int32_t textLength, int32_t from, bool ignoreCase) const
-    {
-        return findFirstOf(TextRef(text, textLength), from, ignoreCase);
-    }
-    template <class T, IfUShortText<T> = 0>
+    template <class T, IfUtf16Text<T> = 0>
     int32_t findFirstOf(const T* text, int32_t textLength, int32_t from, bool ignoreCase) const
     {
         return findFirstOf(TextRef(text, textLength), from, ignoreCase);
     }
-    int32_t findFirstNotOf(const char16_t* text, int32_t textLength, int32_t from, bool ignoreCase) const
-    {
-        return findFirstNotOf(TextRef(text, textLength), from, ignoreCase);
-    }
-    template <class T, IfUShortText<T> = 0>
+    template <class T, IfUtf16Text<T> = 0>
     int32_t findFirstNotOf(const T* text, int32_t textLength, int32_t from, bool ignoreCase) const
     {
         return findFirstNotOf(TextRef(text, textLength), from, ignoreCase);
     }
-    int32_t findLastOf(const char16_t* text, int32_t textLength, int32_t from, bool ignoreCase) const
-    {
-        return findLastOf(TextRef(text, textLength), from, ignoreCase);
-    }
-    template <class T, IfUShortText<T> = 0>
+    template <class T, IfUtf16Text<T> = 0>
     int32_t findLastOf(const T* text, int32_t textLength, int32_t from, bool ignoreCase) const
     {
         return findLastOf(TextRef(text, textLength), from, ignoreCase);
     }
-    int32_t findLastNotOf(const char16_t* text, int32_t textLength, int32_t from, bool ignoreCase) const
-    {
-        return findLastNotOf(TextRef(text, textLength), from, ignoreCase);
-    }
-    template <class T, IfUShortText<T> = 0>
+    template <class T, IfUtf16Text<T> = 0>
     int32_t findLastNotOf(const T* text, int32_t textLength, int32_t from, bool ignoreCase) const
     {
         return findLastNotOf(TextRef(text, textLength), from, ignoreCase);
