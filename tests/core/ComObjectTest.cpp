@@ -217,6 +217,19 @@ TEST(Reference, OwnershipOperations)
     qv::Reference<Widget> adopted;
     adopted.attach(detached);
     EXPECT_EQ(detached->GetRefCount(), 1);
+    // A reference goes wherever its pointer, or a base's, is taken, and
+    // lends it without a count of its own.
+    auto countThrough = [](qv::ComObject* object) { return object->GetRefCount(); };
+    EXPECT_EQ(countThrough(adopted), 1);
+    IFirst* first = adopted;
+    EXPECT_EQ(first->first(), 1);
+    EXPECT_EQ(static_cast<Widget*>(qv::Reference<Widget>()), nullptr);
+    qv::Reference<qv::Object> base;
+    base = adopted;
+    EXPECT_EQ(detached->GetRefCount(), 2);
+    base = std::move(adopted);
+    EXPECT_FALSE(adopted);
+    EXPECT_EQ(detached->GetRefCount(), 1);
 
     qv::Reference<qv::Object> notWidget(new qv::Object);
     EXPECT_FALSE(notWidget.cast<Widget>());

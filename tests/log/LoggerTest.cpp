@@ -88,6 +88,21 @@ TEST(LoggerTest, DefaultLevelAndNoFiltering)
     EXPECT_EQ(sink->values(u"level"), (std::vector<std::string>{"0", "7", "-5", "1000", "7"}));
 }
 
+TEST(LoggerTest, NarrowTextFormsMatchTheWideOnes)
+{
+    Logger logger("net");
+    auto sink = attach(logger);
+    logger.enableField("SEQUENCE", true);
+    logger.setDefaultLevel(4);
+    logger.log("x");
+    logger.log(2, "y");
+    EXPECT_EQ(sink->values(u"name"), (std::vector<std::string>{"net", "net"}));
+    EXPECT_EQ(sink->values(u"level"), (std::vector<std::string>{"4", "2"}));
+    EXPECT_EQ(sink->values(u"text"), (std::vector<std::string>{"x", "y"}));
+    EXPECT_EQ(sink->values(u"sequence"), (std::vector<std::string>{"0", "1"}));
+    EXPECT_FALSE(Logger::createProcessor("anything"));
+}
+
 TEST(LoggerTest, SequenceCountsEveryBuiltEntryButNotDisabledCalls)
 {
     Logger logger;

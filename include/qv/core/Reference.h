@@ -49,6 +49,23 @@ public:
         }
         return *this;
     }
+    // Spelled out so that assigning a reference to a derived class does not
+    // compete with the conversion to T*.
+    template <class U, class = std::enable_if_t<std::is_convertible<U*, T*>::value>>
+    Reference& operator=(const Reference<U>& other) noexcept
+    {
+        reset(other.get());
+        return *this;
+    }
+    template <class U, class = std::enable_if_t<std::is_convertible<U*, T*>::value>>
+    Reference& operator=(Reference<U>&& other) noexcept
+    {
+        T* old = m_object;
+        m_object = other.detach();
+        if (old)
+            old->Release();
+        return *this;
+    }
     Reference& operator=(T* object) noexcept
     {
         reset(object);
@@ -61,6 +78,9 @@ public:
     }
 
     T* get() const noexcept { return m_object; }
+    // Lets a reference be passed wherever the held pointer is taken, as in
+    // logger.addProcessor(BasicLogWriter::create(writer)).
+    operator T*() const noexcept { return m_object; }
     T* operator->() const noexcept { return m_object; }
     T& operator*() const noexcept { return *m_object; }
     explicit operator bool() const noexcept { return m_object != nullptr; }

@@ -31,6 +31,9 @@ public:
     Logger();
     // As Logger() plus the field "name".
     explicit Logger(const String& name);
+    // The narrow forms read their text in the default encoding, as
+    // String(const char*) does.
+    explicit Logger(const char* name) : Logger(String(name)) {}
     ~Logger() override;
     Logger(const Logger&) = delete;
     Logger& operator=(const Logger&) = delete;
@@ -39,10 +42,13 @@ public:
     static Reference<Logger> create(const String& name);
     // A factory hook that returns an empty reference for every name.
     static Reference<ILogProcessor> createProcessor(const String& name);
+    static Reference<ILogProcessor> createProcessor(const char* name) { return createProcessor(String(name)); }
 
     void log(int level, const String& text) override;
     // log(defaultLevel, text).
     void log(const String& text) override;
+    void log(int level, const char* text) { log(level, String(text)); }
+    void log(const char* text) { log(String(text)); }
 
     void setDefaultLevel(int level) noexcept { m_defaultLevel.store(level, std::memory_order_relaxed); }
     void setEnabled(bool enabled) noexcept { m_enabled.store(enabled, std::memory_order_relaxed); }
@@ -50,6 +56,7 @@ public:
     // ("sequence", "thread", "name", "timestamp", "level", "text"); any other
     // key changes nothing.
     virtual void enableField(const String& key, bool on);
+    void enableField(const char* key, bool on) { enableField(String(key), on); }
     // Entries then go to every processor added, in that order.
     void addProcessor(ILogProcessor* processor);
     // Replaces all processors by this one.
