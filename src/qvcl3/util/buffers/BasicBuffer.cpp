@@ -230,7 +230,9 @@ BasicRWBuffer<E>::BasicRWBuffer(const E* data, int32_t length, int32_t capacity)
     if (!data && length > 0)
         throw ResultException(results::INVALIDARG);
     allocBuffer(length > capacity ? length : capacity);
-    if (length >= 1) {
+    // Null data with a length already threw; testing it again keeps the
+    // optimizer from warning about the nullptr_t constructor inlined here.
+    if (data && length >= 1) {
         std::memcpy(m_data, data, static_cast<size_t>(length) * sizeof(E));
         m_length = length;
     }
