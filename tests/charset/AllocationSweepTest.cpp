@@ -57,7 +57,7 @@ TEST_F(CharsetAllocationSweep, ConvertersByNameAndTheRegistry)
         Reference<CodecClasses> classes = registry->getCodecClasses(u"a-name-longer-than-the-short-key-buffer-UTF-8");
         EXPECT_TRUE(made);
         EXPECT_FALSE(classes);
-        EXPECT_TRUE(registry->getEncoder(u"EUC-JP"));
+        EXPECT_TRUE(Reference<Object>(registry->getEncoder(u"EUC-JP")));
     });
     EXPECT_EQ(registry->getCodecCount(), codecs);
 }

@@ -76,6 +76,24 @@ TEST(CodecRegistry, UnknownNamesThrowWithTheName)
     EXPECT_THROW(ByteToCharConverter::getConverter(L"\U00010041SCII"), UnknownEncodingException);
 }
 
+// The registry hands out a fresh object nobody holds yet: the caller owns it,
+// whether it deletes it or takes the first reference itself.
+TEST(CodecRegistry, LookupsGiveTheCallerAnUnheldObject)
+{
+    CodecManager* codecs = CodecManager::getInstance();
+    Object* decoder = codecs->getDecoder(u"utf-8");
+    ASSERT_NE(dynamic_cast<ByteToCharConverter*>(decoder), nullptr);
+    EXPECT_EQ(std::u16string(dynamic_cast<ByteToCharConverter*>(decoder)->getEncodingName()), u"UTF-8");
+    delete decoder;
+
+    for (const char16_t* name : {u"latin1", u"cp1251"}) {
+        Object* encoder = codecs->getEncoder(name);
+        ASSERT_NE(dynamic_cast<CharToByteConverter*>(encoder), nullptr);
+        EXPECT_EQ(encoder->AddRef(), 1u);
+        EXPECT_EQ(encoder->Release(), 0u);
+    }
+}
+
 TEST(CodecRegistry, CodePagesAreConvertersWithoutRegisteredClasses)
 {
     EXPECT_FALSE(CodecManager::getInstance()->getCodecClasses(u"CP1250"));

@@ -25,7 +25,7 @@ TEST(Library, StartsAreCountedAndOnlyTheOutermostStopTearsDown)
     EXPECT_EQ(QVCLLibUninit(), 0);
     EXPECT_EQ(qv::g_pGlobalLock, lock);
     EXPECT_NE(qv::Class::forName(u"qv::Exception"), nullptr);
-    EXPECT_TRUE(qv::text::charset::CodecManager::getInstance()->getEncoder(u"ASCII"));
+    EXPECT_TRUE(qv::Reference<qv::Object>(qv::text::charset::CodecManager::getInstance()->getEncoder(u"ASCII")));
 
     EXPECT_EQ(QVCLLibUninit(), 0);
     EXPECT_EQ(qv::g_pGlobalLock, nullptr);
@@ -42,7 +42,7 @@ TEST(Library, StartsAreCountedAndOnlyTheOutermostStopTearsDown)
     EXPECT_NE(qv::g_pGlobalLock, nullptr);
     EXPECT_NE(qv::Class::forName(u"qv::io::IoException"), nullptr);
     EXPECT_EQ(qv::text::charset::CodecManager::getInstance()->getCodecCount(), 44);
-    EXPECT_TRUE(qv::text::charset::CodecManager::getInstance()->getDecoder(u"ASCII"));
+    EXPECT_TRUE(qv::Reference<qv::Object>(qv::text::charset::CodecManager::getInstance()->getDecoder(u"ASCII")));
     EXPECT_EQ(QVGetEncInfoByName(u"UTF-8", &info), 0);
     EXPECT_EQ(QVEnumerateEncInfo(&count, nullptr), static_cast<qv::Result>(0x80004009u));
     EXPECT_EQ(count, 24u);

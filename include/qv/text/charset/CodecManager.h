@@ -44,13 +44,14 @@ public:
     // ResultException(0x80070057).
     void registerCodec(const char16_t* name, const char16_t* encoderClassName, const char16_t* decoderClassName);
 
-    // A new converter, or null for a name nobody knows (a null name too).
-    // Names the registry lacks are looked up among the code pages converted
+    // A new converter at reference count 0, owned by the caller (delete it,
+    // or hold it in a Reference), or null for a name nobody knows (a null
+    // name too). Names the registry lacks are looked up among the code pages converted
     // through iconv ("CP1250", "WINDOWS-1250", "EUC-JP", ...).
     // Names that are neither are sought as converter components registered
     // as "Velmara.CharCodec." + name (see qvcom/ConverterComponent.h).
-    Reference<Object> getEncoder(const char16_t* name) const;
-    Reference<Object> getDecoder(const char16_t* name) const;
+    Object* getEncoder(const char16_t* name) const;
+    Object* getDecoder(const char16_t* name) const;
 
     // The registration itself, or null; code pages have none.
     Reference<CodecClasses> getCodecClasses(const char16_t* name) const;
@@ -66,7 +67,7 @@ private:
     CodecManager();
     ~CodecManager();
 
-    Reference<Object> create(const char16_t* name, bool encoder) const;
+    Object* create(const char16_t* name, bool encoder) const;
 
     collections::Str1HashMap m_codecs;
 };

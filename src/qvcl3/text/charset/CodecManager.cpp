@@ -94,33 +94,33 @@ Reference<CodecClasses> CodecManager::getCodecClasses(const char16_t* name) cons
     return withUpperKey(name, [&](const Str1& key) { return Reference<CodecClasses>(classesOf(m_codecs.get(key))); });
 }
 
-Reference<Object> CodecManager::create(const char16_t* name, bool encoder) const
+Object* CodecManager::create(const char16_t* name, bool encoder) const
 {
     if (!name)
         return nullptr;
-    return withUpperKey(name, [&](const Str1& key) -> Reference<Object> {
+    return withUpperKey(name, [&](const Str1& key) -> Object* {
         if (Reference<IQVUnknown> found = m_codecs.get(key)) {
             const CodecClasses* classes = classesOf(found);
             const Class* cls = encoder ? classes->getEncoderClass() : classes->getDecoderClass();
-            return Reference<Object>(cls->createInstance());
+            return cls->createInstance();
         }
         // The code-page converters need their number, so they are made here
         // rather than registered by class.
         if (uint32_t codePage = detail::findCodePageByName(key.getData(), key.getLength())) {
             if (encoder)
-                return Reference<Object>(new CTBCodePage(codePage));
-            return Reference<Object>(new BTCCodePage(codePage));
+                return new CTBCodePage(codePage);
+            return new BTCCodePage(codePage);
         }
         return detail::createComponentConverter(key.getData(), key.getLength(), encoder);
     });
 }
 
-Reference<Object> CodecManager::getEncoder(const char16_t* name) const
+Object* CodecManager::getEncoder(const char16_t* name) const
 {
     return create(name, true);
 }
 
-Reference<Object> CodecManager::getDecoder(const char16_t* name) const
+Object* CodecManager::getDecoder(const char16_t* name) const
 {
     return create(name, false);
 }
@@ -128,8 +128,9 @@ Reference<Object> CodecManager::getDecoder(const char16_t* name) const
 namespace {
 
 template <class Converter>
-Reference<Converter> converterFrom(Reference<Object> made, const char16_t* name)
+Reference<Converter> converterFrom(Object* created, const char16_t* name)
 {
+    Reference<Object> made(created);
     if (!made)
         throw UnknownEncodingException(String(name));
     Converter* converter = dynamic_cast<Converter*>(made.get());
@@ -143,7 +144,7 @@ Reference<Converter> defaultConverter(const Make& make)
 {
     char16_t name[40];
     if (QVGetDefaultCharEncoding(name, 40) >= 0 && name[0] != 0) {
-        Reference<Object> made = make(name);
+        Reference<Object> made(make(name));
         if (Converter* converter = dynamic_cast<Converter*>(made.get()))
             return Reference<Converter>(converter);
     }

@@ -27,7 +27,7 @@ Reference<Interface> createComponent(const GUID& clsid)
 
 } // namespace
 
-Reference<Object> createComponentConverter(const char16_t* name, int32_t length, bool encoder)
+Object* createComponentConverter(const char16_t* name, int32_t length, bool encoder)
 {
     const std::u16string progId = u"Velmara.CharCodec." + std::u16string(name, static_cast<size_t>(length));
     GUID clsid;
@@ -35,10 +35,10 @@ Reference<Object> createComponentConverter(const char16_t* name, int32_t length,
         return nullptr;
     if (encoder) {
         if (Reference<qvcom::IQVCharToByteConverter> component = createComponent<qvcom::IQVCharToByteConverter>(clsid))
-            return Reference<Object>(new CTBCom(component.get()));
+            return new CTBCom(component.get());
     } else if (Reference<qvcom::IQVByteToCharConverter> component =
                    createComponent<qvcom::IQVByteToCharConverter>(clsid)) {
-        return Reference<Object>(new BTCCom(component.get()));
+        return new BTCCom(component.get());
     }
     return nullptr;
 }

@@ -14,7 +14,7 @@ namespace detail {
 // "Velmara.CharCodec." + name, wrapped in CTBCom (encoder) or BTCCom. Null
 // when no component answers; failures of the component route are not errors
 // of the lookup.
-Reference<Object> createComponentConverter(const char16_t* name, int32_t length, bool encoder);
+Object* createComponentConverter(const char16_t* name, int32_t length, bool encoder);
 
 // Throws the converters' exception for a failing component code.
 void checkComponentResult(Result result);
