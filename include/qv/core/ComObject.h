@@ -91,7 +91,7 @@ public:
     int32_t GetRefCount() const noexcept { return m_refCount.load(std::memory_order_relaxed); }
     IQVUnknown* GetUnknown() noexcept { return this; }
     const IQVUnknown* GetUnknown() const noexcept { return this; }
-    Result NonDelegatingQueryInterface(const GUID& iid, void** ppv) { return QueryInterface(iid, ppv); }
+    Result NonDelegatingQueryInterface(const GUID& interfaceId, void** ppv) { return QueryInterface(interfaceId, ppv); }
     void SetComModule(qvcom::Module* module) noexcept { m_module = module; }
     qvcom::Module* GetComModule() const noexcept { return m_module; }
     // Aggregation is refused by the base class; always 0x80040110.

@@ -88,9 +88,9 @@ public:
         return SetField(reinterpret_cast<const char16_t*>(name), value);
     }
     template <class T, IfUShortText<T> = 0>
-    Result GetField(const T* name, const GUID& iid, void** out) const
+    Result GetField(const T* name, const GUID& interfaceId, void** out) const
     {
-        return GetField(reinterpret_cast<const char16_t*>(name), iid, out);
+        return GetField(reinterpret_cast<const char16_t*>(name), interfaceId, out);
     }
     template <class T, IfUShortText<T> = 0>
     Result HasField(const T* name) const
