@@ -132,6 +132,7 @@
 #include <qv/lang/UInteger32.h>
 #include <qv/lang/UInteger64.h>
 #include <qv/lang/UInteger8.h>
+#include <qv/legacy/CQVAbstractByteBuffer.h>
 #include <qv/legacy/CQVAbstractConnector.h>
 #include <qv/legacy/CQVByteBuffer.h>
 #include <qv/legacy/CQVCmdLineParser.h>

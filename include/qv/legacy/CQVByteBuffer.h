@@ -1,8 +1,7 @@
 #ifndef QV_LEGACY_CQVBYTEBUFFER_H
 #define QV_LEGACY_CQVBYTEBUFFER_H
 
-#include <qv/core/Object.h>
-#include <qv/core/Result.h>
+#include <qv/legacy/CQVAbstractByteBuffer.h>
 #include <qv/util/RWByteBuffer.h>
 
 #include <cstdint>
@@ -13,7 +12,7 @@ namespace qv {
 // bytes live in a util::RWByteBuffer (GetBuffer()); as with all the CQV
 // classes, operations are UpperCamel and report failure by result code,
 // never by exception.
-class QV_EXPORT CQVByteBuffer : public Object {
+class QV_EXPORT CQVByteBuffer : public CQVAbstractByteBuffer {
 public:
     CQVByteBuffer();
     CQVByteBuffer(const void* data, int32_t length);
@@ -21,15 +20,12 @@ public:
     CQVByteBuffer& operator=(const CQVByteBuffer& other);
     ~CQVByteBuffer() override;
 
-    int32_t GetLength() const;
-    // Null while empty; valid until the next change.
-    const signed char* GetData() const;
-    // Replaces the bytes; 0x80070057 for null data with a positive length.
-    Result SetData(const void* data, int32_t length);
-    Result Append(const void* data, int32_t length);
-    // Room for at least capacity bytes without another allocation.
-    Result Reserve(int32_t capacity);
-    void Clear();
+    int32_t GetLength() const override;
+    const signed char* GetData() const override;
+    Result SetData(const void* data, int32_t length) override;
+    Result Append(const void* data, int32_t length) override;
+    Result Reserve(int32_t capacity) override;
+    void Clear() override;
 
     util::RWByteBuffer& GetBuffer();
 

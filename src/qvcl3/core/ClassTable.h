@@ -68,6 +68,10 @@ Object* createInstanceOf()
     {                                                                                                                  \
         u"" #Type, &typeid(::Type), &::qv::detail::createInstanceOf<::Type>, &::qv::Class::instanceTestFor<::Type>     \
     }
+#define QV_CLASS_ROW_GLOBAL_NO_CREATOR(Type)                                                                           \
+    {                                                                                                                  \
+        u"" #Type, &typeid(::Type), nullptr, &::qv::Class::instanceTestFor<::Type>                                     \
+    }
 #define QV_CLASS_TABLE_END                                                                                             \
     {                                                                                                                  \
         nullptr, nullptr, nullptr, nullptr                                                                             \

@@ -12,7 +12,7 @@ CQVByteBuffer::CQVByteBuffer() = default;
 CQVByteBuffer::CQVByteBuffer(const void* data, int32_t length) : m_buffer(static_cast<const signed char*>(data), length)
 {}
 
-CQVByteBuffer::CQVByteBuffer(const CQVByteBuffer& other) : Object(), m_buffer(other.m_buffer) {}
+CQVByteBuffer::CQVByteBuffer(const CQVByteBuffer& other) : CQVAbstractByteBuffer(other), m_buffer(other.m_buffer) {}
 
 CQVByteBuffer& CQVByteBuffer::operator=(const CQVByteBuffer& other)
 {
@@ -21,6 +21,8 @@ CQVByteBuffer& CQVByteBuffer::operator=(const CQVByteBuffer& other)
 }
 
 CQVByteBuffer::~CQVByteBuffer() = default;
+
+CQVAbstractByteBuffer::~CQVAbstractByteBuffer() = default;
 
 int32_t CQVByteBuffer::GetLength() const
 {
