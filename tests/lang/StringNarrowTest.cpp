@@ -56,6 +56,22 @@ TEST(StringNarrow, RoundTripsThroughEncodings)
     signed char out[8];
     EXPECT_EQ(fromSigned.getBytes(out, 8, u"ASCII"), 2);
     EXPECT_STREQ(reinterpret_cast<const char*>(out), "hi");
+
+    // Encoding names in the unsigned short spelling reach the same converters.
+    const unsigned short utf8Name[] = {'u', 't', 'f', '-', '8', 0};
+    EXPECT_STREQ(cafe.getBytes(utf8Name), "caf\xC3\xA9");
+    EXPECT_EQ(String("caf\xC3\xA9", -1, utf8Name), cafe);
+    EXPECT_EQ(String(sbytes, 2, utf8Name, 8), String(u"hi"));
+    EXPECT_EQ(String::CQVString("caf\xC3\xA9", -1, utf8Name), cafe);
+    EXPECT_EQ(String().setTo("caf\xC3\xA9", -1, utf8Name), cafe);
+    EXPECT_EQ(cafe.getBytes(out, 8, utf8Name), 5);
+    char narrowOut[8];
+    EXPECT_EQ(cafe.getBytes(narrowOut, 8, utf8Name), 5);
+    qv::util::RWByteBuffer viaBuffer;
+    cafe.getBytes(&viaBuffer, utf8Name);
+    EXPECT_EQ(viaBuffer.GetLength(), 5);
+    EXPECT_STREQ(cafe.getBytesReadLock(utf8Name), "caf\xC3\xA9");
+    cafe.releaseReadLock();
 }
 
 TEST(StringNarrow, LengthsCapacityAndArguments)

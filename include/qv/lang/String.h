@@ -149,6 +149,14 @@ public:
     explicit String(const char* bytes, int32_t length = -1, const char16_t* encoding = nullptr, int32_t capacity = 0);
     explicit String(const signed char* bytes, int32_t length = -1, const char16_t* encoding = nullptr,
                     int32_t capacity = 0);
+    template <class T, IfUShortText<T> = 0>
+    explicit String(const char* bytes, int32_t length, const T* encoding, int32_t capacity = 0)
+        : String(bytes, length, reinterpret_cast<const char16_t*>(encoding), capacity)
+    {}
+    template <class T, IfUShortText<T> = 0>
+    explicit String(const signed char* bytes, int32_t length, const T* encoding, int32_t capacity = 0)
+        : String(bytes, length, reinterpret_cast<const char16_t*>(encoding), capacity)
+    {}
     ~String() override;
 
     // A String made with new is mostly a value handed to another thread
@@ -176,6 +184,16 @@ public:
                             int32_t capacity = 0);
     static String CQVString(const signed char* bytes, int32_t length = -1, const char16_t* encoding = nullptr,
                             int32_t capacity = 0);
+    template <class T, IfUShortText<T> = 0>
+    static String CQVString(const char* bytes, int32_t length, const T* encoding, int32_t capacity = 0)
+    {
+        return CQVString(bytes, length, reinterpret_cast<const char16_t*>(encoding), capacity);
+    }
+    template <class T, IfUShortText<T> = 0>
+    static String CQVString(const signed char* bytes, int32_t length, const T* encoding, int32_t capacity = 0)
+    {
+        return CQVString(bytes, length, reinterpret_cast<const char16_t*>(encoding), capacity);
+    }
 
     // "true" or "false", wrapping constant text.
     static String valueOf(bool value);
@@ -223,6 +241,16 @@ public:
     // the String keeps its text.
     String& setTo(const char* bytes, int32_t length = -1, const char16_t* encoding = nullptr);
     String& setTo(const signed char* bytes, int32_t length = -1, const char16_t* encoding = nullptr);
+    template <class T, IfUShortText<T> = 0>
+    String& setTo(const char* bytes, int32_t length, const T* encoding)
+    {
+        return setTo(bytes, length, reinterpret_cast<const char16_t*>(encoding));
+    }
+    template <class T, IfUShortText<T> = 0>
+    String& setTo(const signed char* bytes, int32_t length, const T* encoding)
+    {
+        return setTo(bytes, length, reinterpret_cast<const char16_t*>(encoding));
+    }
     // Shares other's buffer, as the copy constructor does.
     String& setAddRef(const String& other);
 
@@ -548,12 +576,27 @@ public:
     // write or a conversion to another encoding: asking again for the same
     // encoding (ASCII case ignored) converts nothing.
     const char* getBytes(const char16_t* encoding = nullptr) const;
+    template <class T, IfUShortText<T> = 0>
+    const char* getBytes(const T* encoding) const
+    {
+        return getBytes(reinterpret_cast<const char16_t*>(encoding));
+    }
     // The same, after taking this String's read lock; the caller releases it
     // with releaseReadLock().
     const char* getBytesReadLock(const char16_t* encoding = nullptr) const;
+    template <class T, IfUShortText<T> = 0>
+    const char* getBytesReadLock(const T* encoding) const
+    {
+        return getBytesReadLock(reinterpret_cast<const char16_t*>(encoding));
+    }
     // Fills buffer with the bytes and a NUL after them; its length becomes
     // the byte count. On failure its length stays as it was.
     void getBytes(util::IByteBuffer* buffer, const char16_t* encoding) const;
+    template <class T, IfUShortText<T> = 0>
+    void getBytes(util::IByteBuffer* buffer, const T* encoding) const
+    {
+        getBytes(buffer, reinterpret_cast<const char16_t*>(encoding));
+    }
     // Into the caller's memory: the bytes and a NUL, returning the byte count.
     // When they do not fit into capacity bytes, throws
     // ResultException(0x80004009) with destination holding an empty text
@@ -561,6 +604,16 @@ public:
     // character or leave a stateful encoding open.
     int32_t getBytes(char* destination, int32_t capacity, const char16_t* encoding = nullptr) const;
     int32_t getBytes(signed char* destination, int32_t capacity, const char16_t* encoding = nullptr) const;
+    template <class T, IfUShortText<T> = 0>
+    int32_t getBytes(char* destination, int32_t capacity, const T* encoding) const
+    {
+        return getBytes(destination, capacity, reinterpret_cast<const char16_t*>(encoding));
+    }
+    template <class T, IfUShortText<T> = 0>
+    int32_t getBytes(signed char* destination, int32_t capacity, const T* encoding) const
+    {
+        return getBytes(destination, capacity, reinterpret_cast<const char16_t*>(encoding));
+    }
     const char16_t* getReadLock() const override;
     void releaseReadLock() const override;
     // Always true: a String copies its text before writing when it must.
