@@ -515,6 +515,9 @@ TEST(StringNarrowCache, EncodingNamesCompareAsciiCaseInsensitively)
     EXPECT_FALSE(utf8->encodingEquals(u"UTF-"));
     Reference<String::AnsiBytes> accented = makeReference<String::AnsiBytes>(u"\u00e9");
     EXPECT_FALSE(accented->encodingEquals(u"\u00c9")) << "only a to z are folded";
+    const unsigned short utf8Name[] = {'U', 't', 'F', '-', '8', 0};
+    EXPECT_TRUE(utf8->encodingEquals(utf8Name));
+    EXPECT_TRUE(makeReference<String::AnsiBytes>(utf8Name)->encodingEquals(u"utf-8"));
     EXPECT_TRUE(utf8->isWritable());
 }
 

@@ -703,6 +703,9 @@ class QV_EXPORT String::AnsiBytes : public util::RWByteBuffer {
 public:
     // Keeps a copy of the name.
     explicit AnsiBytes(const char16_t* encoding);
+    template <class T, IfUShortText<T> = 0>
+    explicit AnsiBytes(const T* encoding) : AnsiBytes(reinterpret_cast<const char16_t*>(encoding))
+    {}
     AnsiBytes(const AnsiBytes&) = delete;
     AnsiBytes& operator=(const AnsiBytes&) = delete;
     ~AnsiBytes() override;
@@ -711,6 +714,11 @@ public:
     // True when both names are null, or both are set and equal with 'a' to
     // 'z' folded to upper case (every other unit compares by value).
     bool encodingEquals(const char16_t* encoding) const noexcept;
+    template <class T, IfUShortText<T> = 0>
+    bool encodingEquals(const T* encoding) const noexcept
+    {
+        return encodingEquals(reinterpret_cast<const char16_t*>(encoding));
+    }
 
 private:
     char16_t* m_encoding;
