@@ -657,6 +657,17 @@ QVCORE3_API QVRESULT QVFileWriteUnguarded(int32_t fd, const void* data, uint32_t
    another page. */
 QVCORE3_API const char16_t* QVStrFindUnitOrEndW(const char16_t* text, char16_t unit) QVCORE3_NOEXCEPT;
 
+/* ---- run-time type relations ------------------------------------------- */
+
+/* *result 1 when an object whose most-derived object starts at object and
+   whose dynamic type is the run-time type descriptor derivedType (a
+   std::type_info) can be reached as a public, unambiguous baseType, 0
+   otherwise: what a dynamic_cast to baseType would decide, asked with
+   descriptors alone. Reading a class hierarchy from its descriptors is the
+   C++ run time's own business, hence here. */
+QVCORE3_API QVRESULT QVTypeIsBaseOf(const void* baseType, const void* derivedType, const void* object,
+                                    int32_t* result) QVCORE3_NOEXCEPT;
+
 /* ---- fault injection (test builds only) ----------------------------------
    Present when the library is built with QVCORE3_FAULT_INJECTION. An armed
    operation fails with the given code on its nth call from now (1 = the next

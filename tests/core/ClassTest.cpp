@@ -16,6 +16,9 @@ namespace {
 
 class Unregistered : public qv::Object {};
 
+class ClientBase : public qv::Object {};
+class ClientDerived : public ClientBase {};
+
 // Overrides only the overridable, non-const form.
 class Named : public qv::Object {
 public:
@@ -94,6 +97,14 @@ TEST(Class, ByTypeAndFirstRegistrationWins)
     EXPECT_EQ(dynamic_cast<qv::Exception*>(made.get()), nullptr);
     // The type index keeps the class that registered the type first.
     EXPECT_TRUE(qv::String(qv::Class::forType(&typeid(qv::Object))->getName()).equals(u"qv::Object"));
+
+    // A client's class comes with its type descriptor only; objects of classes
+    // derived from it are still its instances.
+    registry->registerClass(u"test::ClientBase", &typeid(ClientBase), nullptr);
+    const qv::Class* client = qv::Class::forType(&typeid(ClientBase));
+    EXPECT_TRUE(client->isInstance(ClientDerived()));
+    EXPECT_TRUE(client->isInstance(ClientBase()));
+    EXPECT_FALSE(client->isInstance(qv::Object()));
 }
 
 TEST(Object, ConstCallersReachTheNonConstOverride)

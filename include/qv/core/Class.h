@@ -18,7 +18,8 @@ class QV_EXPORT Class : public Object {
 public:
     typedef Object* (*CreateFunction)();
     // Answers whether an object is of the class or derived from it; made per
-    // class by instanceTestFor<T>, since a type descriptor alone cannot say.
+    // class by instanceTestFor<T>. A class registered without one is answered
+    // from its type descriptor through the platform layer.
     typedef bool (*InstanceTest)(const Object& obj);
 
     template <class T>

@@ -3,6 +3,7 @@
 #include <qv/core/ClassManagerBase.h>
 #include <qv/core/Exception.h>
 #include <qv/lang/String.h>
+#include <qvcore3/qvcore3.h>
 
 namespace qv {
 
@@ -16,7 +17,14 @@ bool Class::isInstance(const Object& obj) const
 {
     if (typeid(obj) == *m_type)
         return true;
-    return m_instanceTest && m_instanceTest(obj);
+    if (m_instanceTest)
+        return m_instanceTest(obj);
+    // A class registered by a client has only its type descriptor.
+    int32_t derived = 0;
+    const Result result = QVTypeIsBaseOf(m_type, &typeid(obj), dynamic_cast<const void*>(&obj), &derived);
+    if (result < 0)
+        throw ResultException(result);
+    return derived != 0;
 }
 
 Object* Class::createInstance() const
