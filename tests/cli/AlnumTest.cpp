@@ -57,6 +57,7 @@ TEST(AlnumTest, WrapsLikeBase32AndRefusesBadInput)
         {{"alnum", dir.path()}, 1, "qvcl alnum: " + dir.path() + ": Is a directory\n"},
         {{"alnum", "-w", "x"}, 2, "qvcl alnum: invalid wrap size: 'x' (see 'qvcl alnum --help')\n"},
         {{"alnum", "--alphabet=ABC"}, 2, ""},
+        {{"alnum", "--alphabet=ABCDEFGHJKLMNPQRSTUVWXYZ23456788"}, 2, ""},
         {{"alnum", "a", "b"}, 2, "qvcl alnum: extra operand 'b' (see 'qvcl alnum --help')\n"},
     };
     for (const Case& c : cases) {

@@ -190,6 +190,16 @@ int runAlnum(Arguments& arguments, int argc, char** argv)
     } catch (const qv::Exception& error) {
         throw UsageError{narrow(error.getDescription())};
     }
+    // The streams take repeats and wide characters; text written with such
+    // an alphabet would not decode to what went in.
+    if (alphabet) {
+        bool seen[256] = {};
+        for (const char16_t* c = alphabet; *c; ++c) {
+            if (*c > 0xFF || seen[*c])
+                throw UsageError{"alphabet must be 32 distinct characters from U+0001 to U+00FF"};
+            seen[*c] = true;
+        }
+    }
 
     std::unique_ptr<Input> input;
     try {

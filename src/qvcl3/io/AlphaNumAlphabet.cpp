@@ -14,24 +14,20 @@ namespace {
 
 [[noreturn]] void refuse()
 {
-    throw ResultException(results::INVALIDARG,
-                          u"AlphaNum alphabet must be 32 distinct characters from U+0001 to U+00FF");
+    throw ResultException(results::INVALIDARG, u"AlphaNum alphabet must have exactly 32 characters");
 }
 
 } // namespace
 
-void loadAlphabet(const char16_t* alphabet, signed char (&characters)[32])
+void loadAlphabet(const char16_t* alphabet, char16_t (&characters)[32])
 {
     if (!alphabet)
         alphabet = AlphaNumOutputStream::DEFAULT_ALPHABET;
-    bool seen[256] = {};
     int length = 0;
     for (; alphabet[length] != 0; ++length) {
-        const char16_t c = alphabet[length];
-        if (length == 32 || c > 0xFF || seen[c])
+        if (length == 32)
             refuse();
-        seen[c] = true;
-        characters[length] = static_cast<signed char>(c);
+        characters[length] = alphabet[length];
     }
     if (length != 32)
         refuse();

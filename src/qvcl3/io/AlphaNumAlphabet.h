@@ -8,11 +8,11 @@ namespace io {
 namespace detail {
 
 // Checks an alphabet of the alphanumeric streams (null: the default one)
-// and gives its 32 characters as the bytes they are written as. Anything
-// but 32 distinct characters from U+0001 to U+00FF throws
-// ResultException(0x80070057): a duplicate would make decoding ambiguous,
-// and a wider character would lose its high bits on the way out.
-void loadAlphabet(const char16_t* alphabet, signed char (&characters)[32]);
+// and copies its 32 characters. Any other length throws
+// ResultException(0x80070057). Repeats and characters above U+00FF are
+// accepted as callers may hand them in: the encoder writes a character's low
+// eight bits, and the decoder gives a byte the first index holding it.
+void loadAlphabet(const char16_t* alphabet, char16_t (&characters)[32]);
 
 } // namespace detail
 } // namespace io

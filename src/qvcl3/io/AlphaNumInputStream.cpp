@@ -39,12 +39,16 @@ int64_t charactersFor(int64_t bytes, int q)
 
 AlphaNumInputStream::AlphaNumInputStream(InputStream* in, const char16_t* alphabet) : FilterInputStream(in)
 {
-    signed char characters[32];
+    char16_t characters[32];
     detail::loadAlphabet(alphabet, characters);
     for (signed char& value : m_values)
         value = -1;
-    for (int i = 0; i < 32; ++i)
-        m_values[static_cast<unsigned char>(characters[i])] = static_cast<signed char>(i);
+    // Backwards, so that a repeated character decodes as its first index; a
+    // character above U+00FF never equals an input byte.
+    for (int i = 31; i >= 0; --i) {
+        if (characters[i] <= 0xFF)
+            m_values[characters[i]] = static_cast<signed char>(i);
+    }
 }
 
 AlphaNumInputStream::~AlphaNumInputStream() = default;

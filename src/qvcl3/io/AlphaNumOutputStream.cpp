@@ -10,7 +10,10 @@ namespace io {
 
 AlphaNumOutputStream::AlphaNumOutputStream(OutputStream* out, const char16_t* alphabet) : FilterOutputStream(out)
 {
-    detail::loadAlphabet(alphabet, m_alphabet);
+    char16_t characters[32];
+    detail::loadAlphabet(alphabet, characters);
+    for (int i = 0; i < 32; ++i)
+        m_alphabet[i] = static_cast<signed char>(characters[i] & 0xFF);
 }
 
 AlphaNumOutputStream::~AlphaNumOutputStream() = default;
