@@ -11,6 +11,7 @@
 #include <Thrown.h>
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -121,6 +122,23 @@ TEST(CodecRegistry, FirstRegistrationWins)
                  ClassNotFoundException);
     EXPECT_FALSE(codecs->getDecoder(u"Test-Missing"));
     EXPECT_THROW(codecs->registerCodec(nullptr, u"a", u"b"), ResultException);
+
+    // The registry takes names in the unsigned short spelling as well.
+    const unsigned short name[] = {'t', 'e', 's', 't', '-', 'u', 's', 0};
+    const std::u16string encoder = u"qv::text::charset::CTBUTF8", decoder = u"qv::text::charset::BTCUTF8";
+    const std::vector<unsigned short> encoderUnits(encoder.begin(), encoder.end() + 1),
+        decoderUnits(decoder.begin(), decoder.end() + 1);
+    codecs->registerCodec(name, encoderUnits.data(), decoderUnits.data());
+    EXPECT_EQ(decoderName(u"TEST-US"), u"UTF-8");
+    std::unique_ptr<Object> byShortName(codecs->getEncoder(name));
+    ASSERT_TRUE(dynamic_cast<CharToByteConverter*>(byShortName.get()));
+    EXPECT_EQ(std::u16string(static_cast<CharToByteConverter&>(*byShortName).getEncodingName()), u"UTF-8");
+    EXPECT_TRUE(std::unique_ptr<Object>(codecs->getDecoder(name)));
+    EXPECT_TRUE(codecs->getCodecClasses(name));
+    EXPECT_THROW(
+        codecs->registerCodec(static_cast<const unsigned short*>(nullptr), encoderUnits.data(), decoderUnits.data()),
+        ResultException);
+    EXPECT_FALSE(codecs->getDecoder(static_cast<const unsigned short*>(nullptr)));
 }
 
 namespace {

@@ -64,6 +64,11 @@ TYPED_TEST(BufferFamily, DataConstructorAllocatesTheLargerAndCopiesTheLength)
     ASSERT_EQ(buffer.GetLength(), 10);
     EXPECT_NE(buffer.GetData(), source.data());
     EXPECT_TRUE(std::equal(source.begin(), source.end(), buffer.GetData()));
+    // Writable data with the capacity left out is copied just the same.
+    BasicRWBuffer<TypeParam> twoArguments(source.data(), 10);
+    EXPECT_EQ(twoArguments.GetLength(), 10);
+    EXPECT_EQ(twoArguments.getCapacity(), 16);
+    EXPECT_NE(twoArguments.GetData(), source.data());
 
     BasicRWBuffer<TypeParam> copy(buffer);
     EXPECT_EQ(copy.getCapacity(), 16);
@@ -213,7 +218,7 @@ namespace {
 template <class E>
 class EmbeddedBuffer : public BasicRWBuffer<E> {
 public:
-    EmbeddedBuffer() : BasicRWBuffer<E>(m_room, 32) {}
+    EmbeddedBuffer() : BasicRWBuffer<E>(typename BasicRWBuffer<E>::EmbeddedStorage(), m_room, 32) {}
     const E* room() const { return m_room; }
     bool embedded() const { return this->isEmbedded(); }
 

@@ -186,9 +186,12 @@ public:
     static int32_t adjustCapacity(int32_t n);
 
 protected:
+    // Tags the constructor below, so that (data, length) with writable data
+    // reaches the public copying constructor rather than this one.
+    struct EmbeddedStorage {};
     // Takes embedded storage for capacity elements (a multiple of 16) that
     // the derived object owns and outlives the buffer's use of it.
-    BasicRWBuffer(E* embedded, int32_t capacity) noexcept
+    BasicRWBuffer(EmbeddedStorage, E* embedded, int32_t capacity) noexcept
         : m_data(embedded), m_capacity(capacity), m_length(0), m_embedded(true)
     {}
     // True while the elements sit in the storage given to the constructor.

@@ -66,7 +66,7 @@ public:
 
 private:
     explicit EmbeddedCharBuffer(int32_t units) noexcept
-        : util::RWCharBuffer(reinterpret_cast<char16_t*>(this + 1), units)
+        : util::RWCharBuffer(EmbeddedStorage(), reinterpret_cast<char16_t*>(this + 1), units)
     {}
 
     // Capacities are multiples of this (adjustCapacity).

@@ -6,6 +6,7 @@
 #include <qv/core/ComObject.h>
 #include <qv/core/Export.h>
 #include <qv/core/Reference.h>
+#include <qv/core/TextSpelling.h>
 #include <qv/util/Singleton.h>
 
 namespace qv {
@@ -43,6 +44,12 @@ public:
     // unregistered class name throws ClassNotFoundException, a null argument
     // ResultException(0x80070057).
     void registerCodec(const char16_t* name, const char16_t* encoderClassName, const char16_t* decoderClassName);
+    template <class T, IfOtherNameText<T> = 0>
+    void registerCodec(const T* name, const T* encoderClassName, const T* decoderClassName)
+    {
+        const Utf16Name wideName(name), wideEncoder(encoderClassName), wideDecoder(decoderClassName);
+        registerCodec(wideName.get(), wideEncoder.get(), wideDecoder.get());
+    }
 
     // A new converter at reference count 0, owned by the caller (delete it,
     // or hold it in a Reference), or null for a name nobody knows (a null
@@ -52,15 +59,44 @@ public:
     // as "Velmara.CharCodec." + name (see qvcom/ConverterComponent.h).
     Object* getEncoder(const char16_t* name) const;
     Object* getDecoder(const char16_t* name) const;
+    template <class T, IfOtherNameText<T> = 0>
+    Object* getEncoder(const T* name) const
+    {
+        return getEncoder(Utf16Name(name).get());
+    }
+    template <class T, IfOtherNameText<T> = 0>
+    Object* getDecoder(const T* name) const
+    {
+        return getDecoder(Utf16Name(name).get());
+    }
 
     // The registration itself, or null; code pages have none.
     Reference<CodecClasses> getCodecClasses(const char16_t* name) const;
+    template <class T, IfOtherNameText<T> = 0>
+    Reference<CodecClasses> getCodecClasses(const T* name) const
+    {
+        return getCodecClasses(Utf16Name(name).get());
+    }
     int32_t getCodecCount() const noexcept { return m_codecs.getSize(); }
 
     CodecManager(const CodecManager&) = delete;
     CodecManager& operator=(const CodecManager&) = delete;
 
 private:
+    // A name in another spelling as UTF-16; a null name stays null, so the
+    // UTF-16 forms decide what null means.
+    class Utf16Name {
+    public:
+        template <class T>
+        explicit Utf16Name(const T* name) : m_null(!name), m_text(name ? widenName(name) : std::u16string())
+        {}
+        const char16_t* get() const noexcept { return m_null ? nullptr : m_text.c_str(); }
+
+    private:
+        bool m_null;
+        std::u16string m_text;
+    };
+
     template <class T, sync::LockObject** Lock>
     friend class util::Singleton;
 
