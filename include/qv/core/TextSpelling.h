@@ -39,6 +39,20 @@ std::u16string widenName(const T* name)
     return wide;
 }
 
+// A name in another spelling held as UTF-16 for one call. A null name stays
+// null, so the UTF-16 form called with it decides what null means.
+class Utf16Name {
+public:
+    template <class T>
+    explicit Utf16Name(const T* name) : m_null(!name), m_text(name ? widenName(name) : std::u16string())
+    {}
+    const char16_t* get() const noexcept { return m_null ? nullptr : m_text.c_str(); }
+
+private:
+    bool m_null;
+    std::u16string m_text;
+};
+
 } // namespace qv
 
 #endif

@@ -71,9 +71,7 @@ public:
     template <class T, IfOtherNameText<T> = 0>
     static Reference<CharToByteConverter> getConverter(const T* name)
     {
-        if (!name)
-            return getConverter(static_cast<const char16_t*>(nullptr));
-        return getConverter(widenName(name).c_str());
+        return getConverter(Utf16Name(name).get());
     }
     // The encoder of the process locale's code set, or ASCII when the registry
     // does not know that code set.

@@ -83,20 +83,6 @@ public:
     CodecManager& operator=(const CodecManager&) = delete;
 
 private:
-    // A name in another spelling as UTF-16; a null name stays null, so the
-    // UTF-16 forms decide what null means.
-    class Utf16Name {
-    public:
-        template <class T>
-        explicit Utf16Name(const T* name) : m_null(!name), m_text(name ? widenName(name) : std::u16string())
-        {}
-        const char16_t* get() const noexcept { return m_null ? nullptr : m_text.c_str(); }
-
-    private:
-        bool m_null;
-        std::u16string m_text;
-    };
-
     template <class T, sync::LockObject** Lock>
     friend class util::Singleton;
 
